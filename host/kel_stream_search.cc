@@ -1,0 +1,169 @@
+#include <host/kel_exception.h>
+#include <host/kel_stream.h>
+#include <host/kel_stream_impl.h>
+
+#include <cstring>
+#include <vector>
+
+namespace {
+
+// The strings of one search that can match at all (length > 0), in list
+// order. The adapter passes at most five, so the usual case lives on the
+// stack.
+class NeedleSet {
+ public:
+  NeedleSet(const char** ppszStrings, const int* pnLengths) {
+    for (int i = 0; ppszStrings[i] != nullptr; ++i) {
+      if (pnLengths[i] <= 0) continue;
+      Add(i, ppszStrings[i], static_cast<unsigned long>(pnLengths[i]));
+    }
+  }
+
+  struct Needle {
+    int nIndex;
+    const char* pszString;
+    unsigned long nLength;
+  };
+
+  size_t Count() const { return m_nCount; }
+  const Needle& operator[](size_t i) const {
+    return i < kInline ? m_aInline[i] : m_overflow[i - kInline];
+  }
+
+ private:
+  static constexpr size_t kInline = 8;
+
+  void Add(int nIndex, const char* pszString, unsigned long nLength) {
+    Needle needle{nIndex, pszString, nLength};
+    if (m_nCount < kInline) {
+      m_aInline[m_nCount] = needle;
+    } else {
+      try {
+        m_overflow.push_back(needle);
+      } catch (const std::bad_alloc&) {
+        throw CKelException(KEL_ERR_MEMORY, "CKelStream::GetDelimitedLength");
+      }
+    }
+    ++m_nCount;
+  }
+
+  Needle m_aInline[kInline];
+  std::vector<Needle> m_overflow;
+  size_t m_nCount = 0;
+};
+
+// Distinct first bytes up to this many are found with one memchr each;
+// beyond that a byte table is cheaper.
+constexpr size_t kMaxMemchrBytes = 8;
+
+}  // namespace
+
+bool CKelStream::Impl::MatchAt(size_t nSegmentIndex, unsigned long nOffsetIn,
+                               const char* pszString,
+                               unsigned long nLength) const {
+  while (nLength > 0) {
+    if (nSegmentIndex >= segments.size()) return false;
+    const KelSegment& segment = segments[nSegmentIndex];
+    unsigned long nAvailable = segment.nSize - nOffsetIn;
+    if (nAvailable > 0) {
+      unsigned long nTake = nAvailable < nLength ? nAvailable : nLength;
+      if (memcmp(segment.pData + nOffsetIn, pszString, nTake) != 0) {
+        return false;
+      }
+      pszString += nTake;
+      nLength -= nTake;
+    }
+    ++nSegmentIndex;
+    nOffsetIn = 0;
+  }
+  return true;
+}
+
+long CKelStream::GetDelimitedLength(const char** ppszStrings,
+                                    const int* pnLengths, int& nIndex) {
+  if (ppszStrings == nullptr || pnLengths == nullptr) {
+    throw CKelException(KEL_ERR_ARGUMENT, "CKelStream::GetDelimitedLength");
+  }
+  const Impl& s = *m_pImpl;
+  NeedleSet needles(ppszStrings, pnLengths);
+
+  bool abFirst[256] = {};
+  unsigned char abDistinct[kMaxMemchrBytes];
+  size_t nDistinct = 0;
+  for (size_t i = 0; i < needles.Count(); ++i) {
+    unsigned char b = static_cast<unsigned char>(needles[i].pszString[0]);
+    if (abFirst[b]) continue;
+    abFirst[b] = true;
+    if (nDistinct < kMaxMemchrBytes) abDistinct[nDistinct] = b;
+    ++nDistinct;
+  }
+
+  nIndex = -1;
+  if (nDistinct == 0 || s.nPosition >= s.nTotal) {
+    return static_cast<long>(s.nTotal - s.nPosition);
+  }
+
+  // Checks the needles with first byte *p in list order; the earliest
+  // position is guaranteed by the caller scanning forward.
+  auto matchHere = [&](size_t nSeg, const unsigned char* pBase,
+                       const unsigned char* p) -> int {
+    unsigned long nOff = static_cast<unsigned long>(p - pBase);
+    for (size_t i = 0; i < needles.Count(); ++i) {
+      const NeedleSet::Needle& needle = needles[i];
+      if (static_cast<unsigned char>(needle.pszString[0]) != *p) continue;
+      if (s.MatchAt(nSeg, nOff, needle.pszString, needle.nLength)) {
+        return needle.nIndex;
+      }
+    }
+    return -1;
+  };
+
+  unsigned long nOffset = s.nOffset;
+  for (size_t nSeg = s.nSegment; nSeg < s.segments.size();
+       ++nSeg, nOffset = 0) {
+    const KelSegment& segment = s.segments[nSeg];
+    if (nOffset >= segment.nSize) continue;
+    const unsigned char* pBase =
+        reinterpret_cast<const unsigned char*>(segment.pData);
+    const unsigned char* pEnd = pBase + segment.nSize;
+    const unsigned char* pFrom = pBase + nOffset;
+
+    if (nDistinct <= kMaxMemchrBytes) {
+      // Next occurrence of each first byte; only the one just consumed is
+      // searched again, so every byte is passed by each memchr at most once.
+      const unsigned char* apNext[kMaxMemchrBytes];
+      for (size_t k = 0; k < nDistinct; ++k) {
+        apNext[k] = static_cast<const unsigned char*>(
+            memchr(pFrom, abDistinct[k], static_cast<size_t>(pEnd - pFrom)));
+      }
+      for (;;) {
+        size_t nBest = nDistinct;
+        for (size_t k = 0; k < nDistinct; ++k) {
+          if (apNext[k] != nullptr &&
+              (nBest == nDistinct || apNext[k] < apNext[nBest])) {
+            nBest = k;
+          }
+        }
+        if (nBest == nDistinct) break;
+        const unsigned char* p = apNext[nBest];
+        int nFound = matchHere(nSeg, pBase, p);
+        if (nFound >= 0) {
+          nIndex = nFound;
+          return static_cast<long>(segment.nStart + (p - pBase) - s.nPosition);
+        }
+        apNext[nBest] = static_cast<const unsigned char*>(
+            memchr(p + 1, abDistinct[nBest], static_cast<size_t>(pEnd - p - 1)));
+      }
+    } else {
+      for (const unsigned char* p = pFrom; p < pEnd; ++p) {
+        if (!abFirst[*p]) continue;
+        int nFound = matchHere(nSeg, pBase, p);
+        if (nFound >= 0) {
+          nIndex = nFound;
+          return static_cast<long>(segment.nStart + (p - pBase) - s.nPosition);
+        }
+      }
+    }
+  }
+  return static_cast<long>(s.nTotal - s.nPosition);
+}
