@@ -70,8 +70,7 @@ IntervalDescriptor* AsInterval(const void* p) {
 
 }  // namespace values
 
-sword AllocValueDescriptor(Env* env, ub4 type, void** out) {
-  if (env == nullptr) return OCI_INVALID_HANDLE;
+sword AllocValueDescriptor(Env* /*env*/, ub4 type, void** out) {
   if (out == nullptr) return OCI_ERROR;
   void* made = nullptr;
   if (values::IsDateTimeType(type)) {
@@ -83,7 +82,7 @@ sword AllocValueDescriptor(Env* env, ub4 type, void** out) {
     auto* d = new (std::nothrow) values::IntervalDescriptor{{kMagic, type}, kind, {}};
     made = d;
   } else {
-    return OCI_ERROR;
+    return OCI_INVALID_HANDLE;
   }
   if (made == nullptr) return OCI_ERROR;
   {

@@ -1,0 +1,273 @@
+#include "number_format.h"
+
+#include <algorithm>
+#include <cctype>
+
+namespace ocimem::values {
+namespace {
+
+char Upper(char c) { return static_cast<char>(std::toupper(static_cast<unsigned char>(c))); }
+
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
+bool StartsWithFold(std::string_view s, std::size_t pos, std::string_view word) {
+  if (s.size() - pos < word.size()) return false;
+  for (std::size_t i = 0; i < word.size(); ++i) {
+    if (Upper(s[pos + i]) != word[i]) return false;
+  }
+  return true;
+}
+
+std::size_t DigitPositions(const std::string& positions) {
+  return static_cast<std::size_t>(
+      std::count_if(positions.begin(), positions.end(), [](char c) { return c != ','; }));
+}
+
+}  // namespace
+
+int ParseNumberModel(std::string_view mask, NumberModel* out) {
+  NumberModel model;
+  std::size_t pos = 0;
+  if (StartsWithFold(mask, 0, "FM")) {
+    model.fill_mode = true;
+    pos = 2;
+  }
+  const std::size_t first = pos;
+  bool any_digit = false;
+  bool ended = false;  // MI / PR / trailing S close the model
+  while (pos < mask.size()) {
+    if (ended) return kOraInvalidFormat;
+    const char c = Upper(mask[pos]);
+    if (c == '9' || c == '0') {
+      (model.has_point ? model.fraction : model.integer) += c;
+      any_digit = true;
+      ++pos;
+    } else if (c == '.' || c == 'D') {
+      if (model.has_point) return kOraInvalidFormat;
+      model.has_point = true;
+      ++pos;
+    } else if (c == ',' || c == 'G') {
+      if (model.has_point || DigitPositions(model.integer) == 0) return kOraInvalidFormat;
+      model.integer += ',';
+      ++pos;
+    } else if (c == 'S') {
+      if (model.sign != NumberModel::Sign::Default) return kOraInvalidFormat;
+      if (pos == first) {
+        model.sign = NumberModel::Sign::LeadingS;
+      } else if (pos + 1 == mask.size()) {
+        model.sign = NumberModel::Sign::TrailingS;
+        ended = true;
+      } else {
+        return kOraInvalidFormat;
+      }
+      ++pos;
+    } else if (c == '$') {
+      if (model.dollar) return kOraInvalidFormat;
+      model.dollar = true;
+      if (any_digit) model.unsupported = true;
+      ++pos;
+    } else if (StartsWithFold(mask, pos, "MI") || StartsWithFold(mask, pos, "PR")) {
+      if (model.sign != NumberModel::Sign::Default || pos + 2 != mask.size()) {
+        return kOraInvalidFormat;
+      }
+      model.sign = c == 'M' ? NumberModel::Sign::TrailingMI : NumberModel::Sign::Brackets;
+      pos += 2;
+      ended = true;
+    } else if (StartsWithFold(mask, pos, "EEEE")) {
+      if (!any_digit) return kOraInvalidFormat;
+      model.unsupported = true;
+      pos += 4;
+    } else if (StartsWithFold(mask, pos, "RN") || StartsWithFold(mask, pos, "TM")) {
+      model.unsupported = true;
+      pos += 2;
+    } else if (c == 'B' || c == 'C' || c == 'L' || c == 'U' || c == 'V' || c == 'X') {
+      model.unsupported = true;
+      ++pos;
+    } else {
+      return kOraInvalidFormat;
+    }
+  }
+  *out = model;
+  return 0;
+}
+
+int FormatNumber(const Decimal& value, const NumberModel& model, std::string* out) {
+  if (model.unsupported) return kOraInvalidFormat;
+  const int int_positions = static_cast<int>(DigitPositions(model.integer));
+  const int frac_positions = static_cast<int>(model.fraction.size());
+  const Decimal r = RoundToFraction(value, frac_positions);
+  const int int_digits = r.IsZero() ? 0 : std::max(0, r.exponent);
+  if (int_digits > int_positions) return kOraTextOverflow;
+
+  auto digit_at = [&r](int index) {
+    return index >= 0 && index < static_cast<int>(r.digits.size())
+               ? r.digits[static_cast<std::size_t>(index)]
+               : '0';
+  };
+  std::string integer;
+  for (int i = 0; i < int_digits; ++i) integer += digit_at(i);
+  // A '0' element forces digits from its position to the point.
+  const std::size_t first_zero = model.integer.find('0');
+  if (first_zero != std::string::npos) {
+    const auto width = static_cast<std::size_t>(
+        DigitPositions(model.integer.substr(first_zero)));
+    if (integer.size() < width) integer.insert(0, width - integer.size(), '0');
+  }
+  std::string fraction;
+  for (int j = 0; j < frac_positions; ++j) fraction += digit_at(r.exponent + j);
+  if (model.fill_mode) {
+    const std::size_t last_zero = model.fraction.rfind('0');
+    const std::size_t keep = last_zero == std::string::npos ? 0 : last_zero + 1;
+    while (fraction.size() > keep && fraction.back() == '0') fraction.pop_back();
+  }
+  if (integer.empty() && fraction.empty()) integer = "0";
+
+  // Lay the integer digits into the mask's positions from the right.
+  const char pad = model.fill_mode ? '\0' : ' ';
+  std::string laid;
+  std::size_t remaining = integer.size();
+  std::size_t pads = 0;
+  for (std::size_t i = model.integer.size(); i-- > 0;) {
+    if (remaining > 0) {
+      laid += model.integer[i] == ',' ? ',' : integer[--remaining];
+    } else if (pad != '\0') {
+      ++pads;
+    }
+  }
+  // Digits a '0' forced or a lone zero may exceed the positions (mask "FM").
+  while (remaining > 0) laid += integer[--remaining];
+  std::reverse(laid.begin(), laid.end());
+
+  const bool negative = value.negative;
+  std::string head;
+  std::string tail;
+  switch (model.sign) {
+    case NumberModel::Sign::Default:
+      if (negative) {
+        head = "-";
+      } else if (!model.fill_mode) {
+        head = " ";
+      }
+      break;
+    case NumberModel::Sign::LeadingS:
+      head = negative ? "-" : "+";
+      break;
+    case NumberModel::Sign::TrailingS:
+      tail = negative ? "-" : "+";
+      break;
+    case NumberModel::Sign::TrailingMI:
+      if (negative) {
+        tail = "-";
+      } else if (!model.fill_mode) {
+        tail = " ";
+      }
+      break;
+    case NumberModel::Sign::Brackets:
+      if (negative) {
+        head = "<";
+        tail = ">";
+      } else if (!model.fill_mode) {
+        head = " ";
+        tail = " ";
+      }
+      break;
+  }
+  std::string text(pads, ' ');
+  text += head;
+  if (model.dollar) text += '$';
+  text += laid;
+  if (model.has_point) text += '.';
+  text += fraction;
+  text += tail;
+  *out = std::move(text);
+  return 0;
+}
+
+int ParseNumber(std::string_view text, const NumberModel& model, Decimal* out) {
+  if (model.unsupported) return kOraInvalidInput;
+  std::size_t pos = 0;
+  bool negative = false;
+  auto take_sign = [&]() {
+    if (pos < text.size() && (text[pos] == '+' || text[pos] == '-')) {
+      negative = text[pos++] == '-';
+      return true;
+    }
+    return false;
+  };
+  bool brackets = false;
+  switch (model.sign) {
+    case NumberModel::Sign::LeadingS:
+      if (!take_sign()) return kOraInvalidInput;
+      break;
+    case NumberModel::Sign::Default:
+      take_sign();
+      break;
+    case NumberModel::Sign::Brackets:
+      if (pos < text.size() && text[pos] == '<') {
+        brackets = true;
+        negative = true;
+        ++pos;
+      }
+      break;
+    default:
+      break;
+  }
+  if (model.dollar) {
+    if (pos >= text.size() || text[pos] != '$') return kOraInvalidInput;
+    ++pos;
+  }
+  const std::size_t int_begin = pos;
+  while (pos < text.size() && (IsDigit(text[pos]) || text[pos] == ',')) ++pos;
+  const std::string_view int_text = text.substr(int_begin, pos - int_begin);
+  if (int_text.size() > model.integer.size()) return kOraInvalidInput;
+  std::string digits;
+  for (std::size_t k = 0; k < int_text.size(); ++k) {
+    const char t = int_text[int_text.size() - 1 - k];
+    const char m = model.integer[model.integer.size() - 1 - k];
+    if ((t == ',') != (m == ',')) return kOraInvalidInput;
+  }
+  for (char t : int_text) {
+    if (t != ',') digits += t;
+  }
+  const int int_digits = static_cast<int>(digits.size());
+  bool any_digit = int_digits > 0;
+  if (pos < text.size() && text[pos] == '.') {
+    if (!model.has_point) return kOraInvalidInput;
+    ++pos;
+    std::size_t frac = 0;
+    while (pos < text.size() && IsDigit(text[pos])) {
+      digits += text[pos++];
+      ++frac;
+    }
+    if (frac > model.fraction.size()) return kOraInvalidInput;
+    any_digit = any_digit || frac > 0;
+  }
+  switch (model.sign) {
+    case NumberModel::Sign::TrailingS:
+      if (!take_sign()) return kOraInvalidInput;
+      break;
+    case NumberModel::Sign::TrailingMI:
+      if (pos < text.size() && (text[pos] == '-' || text[pos] == ' ')) {
+        negative = text[pos++] == '-';
+      }
+      break;
+    case NumberModel::Sign::Brackets:
+      if (brackets) {
+        if (pos >= text.size() || text[pos] != '>') return kOraInvalidInput;
+        ++pos;
+      }
+      break;
+    default:
+      break;
+  }
+  if (pos != text.size() || !any_digit) return kOraInvalidInput;
+  Decimal d;
+  d.digits = digits;
+  d.exponent = int_digits;
+  Normalize(&d);
+  d.negative = negative && !d.IsZero();
+  *out = d;
+  return 0;
+}
+
+}  // namespace ocimem::values
