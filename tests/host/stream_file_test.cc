@@ -1,0 +1,238 @@
+#include "stream_test_util.h"
+
+#include <cstdio>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+namespace {
+
+std::string TempPath(const char* pszName) {
+  return testing::TempDir() + "host_stream_" + pszName;
+}
+
+std::string FileText(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream text;
+  text << in.rdbuf();
+  return text.str();
+}
+
+void SetFileText(const std::string& path, const std::string& text) {
+  std::ofstream out(path, std::ios::binary | std::ios::trunc);
+  out << text;
+}
+
+bool Exists(const std::string& path) {
+  return std::ifstream(path).good();
+}
+
+TEST(KelStreamFile, WriteCloseReopenReadBack) {
+  std::string path = TempPath("roundtrip.bin");
+  std::remove(path.c_str());
+  std::string data = "field1|field2\r\n" + std::string(100, 'x') +
+                     std::string("\0\1\2", 3);
+  {
+    CKelStream stream(8, path.c_str(), "w", 0);
+    Put(stream, data);
+  }
+  EXPECT_EQ(data, FileText(path));
+  CKelStream stream(8, path.c_str(), "r", 0);
+  EXPECT_EQ(data.size(), stream.GetSize());
+  EXPECT_EQ(0, stream.Tell());
+  std::string back(data.size(), '\0');
+  EXPECT_EQ(data.size(), stream.Read(&back[0], back.size()));
+  EXPECT_EQ(data, back);
+  EXPECT_NE(0, stream.IsEnd());
+}
+
+TEST(KelStreamFile, LoadedFileIsPaged) {
+  std::string path = TempPath("paged.bin");
+  SetFileText(path, std::string(40, 'p'));
+  CKelStream stream(16, path.c_str(), "rb", 0);
+  EXPECT_EQ(16u, stream.ReadPage().GetSize());
+  EXPECT_EQ(16u, stream.ReadPage().GetSize());
+  EXPECT_EQ(8u, stream.ReadPage().GetSize());
+  EXPECT_EQ(0u, stream.ReadPage().GetSize());
+}
+
+TEST(KelStreamFile, EmptyFileLoadsEmpty) {
+  std::string path = TempPath("empty.bin");
+  SetFileText(path, "");
+  CKelStream stream(0, path.c_str(), "r", 0);
+  EXPECT_EQ(0u, stream.GetSize());
+  EXPECT_NE(0, stream.IsEnd());
+}
+
+TEST(KelStreamFile, AppendAddsToTheEnd) {
+  std::string path = TempPath("append.bin");
+  SetFileText(path, "old|");
+  {
+    CKelStream stream(4, path.c_str(), "a", 0);
+    EXPECT_EQ(4, stream.Tell());
+    EXPECT_EQ(4u, stream.GetSize());
+    Put(stream, "new");
+  }
+  EXPECT_EQ("old|new", FileText(path));
+}
+
+TEST(KelStreamFile, AppendWritesGoToTheEndWhateverThePosition) {
+  std::string path = TempPath("append_seek.bin");
+  SetFileText(path, "abc");
+  {
+    CKelStream stream(4, path.c_str(), "a+", 0);
+    stream.Seek(0, 0);
+    char c = 0;
+    EXPECT_EQ(1u, stream.Read(&c, 1));
+    EXPECT_EQ('a', c);
+    Put(stream, "X");
+    EXPECT_EQ(4, stream.Tell());
+    stream.Seek(1, 0);
+    CKelStreamPage& page = stream.NewPage(2);
+    memcpy(page.GetData(), "YZ", 2);
+    stream.WritePage(page, 2);
+  }
+  EXPECT_EQ("abcXYZ", FileText(path));
+}
+
+TEST(KelStreamFile, AppendCreatesMissingFile) {
+  std::string path = TempPath("append_new.bin");
+  std::remove(path.c_str());
+  {
+    CKelStream stream(0, path.c_str(), "a", 0);
+    EXPECT_EQ(0u, stream.GetSize());
+    Put(stream, "first");
+  }
+  EXPECT_EQ("first", FileText(path));
+}
+
+TEST(KelStreamFile, ReadWriteOverwritesInPlace) {
+  std::string path = TempPath("rplus.bin");
+  SetFileText(path, "0123456789");
+  {
+    CKelStream stream(3, path.c_str(), "r+", 0);
+    EXPECT_EQ(0, stream.Tell());
+    stream.Seek(4, 0);
+    Put(stream, "ab");
+  }
+  EXPECT_EQ("0123ab6789", FileText(path));
+}
+
+TEST(KelStreamFile, ReadWriteMissingFileThrows) {
+  std::string path = TempPath("rplus_missing.bin");
+  std::remove(path.c_str());
+  ExpectKelError(KEL_ERR_IO,
+                 [&] { CKelStream stream(0, path.c_str(), "r+", 0); });
+  EXPECT_FALSE(Exists(path));
+}
+
+TEST(KelStreamFile, ReadMissingFileThrows) {
+  std::string path = TempPath("missing.bin");
+  std::remove(path.c_str());
+  ExpectKelError(KEL_ERR_IO, [&] { CKelStream stream(0, path.c_str(), "r", 0); });
+  EXPECT_FALSE(Exists(path));
+}
+
+TEST(KelStreamFile, ReadOnlyStreamRefusesChanges) {
+  std::string path = TempPath("readonly.bin");
+  SetFileText(path, "keep");
+  {
+    CKelStream stream(0, path.c_str(), "r", 0);
+    ExpectKelError(KEL_ERR_IO, [&] { Put(stream, "x"); });
+    ExpectKelError(KEL_ERR_IO, [&] { stream.NewPage(4); });
+    ExpectKelError(KEL_ERR_IO, [&] { stream.SetSize(0); });
+    const char buffer[] = "zz";
+    CKelStreamPage& page = stream.NewPage(buffer, 2, 0);
+    ExpectKelError(KEL_ERR_IO, [&] { stream.WritePage(page, 2); });
+    EXPECT_EQ("keep", Contents(stream));
+  }
+  EXPECT_EQ("keep", FileText(path));
+}
+
+TEST(KelStreamFile, WriteModeTruncatesAtOnce) {
+  std::string path = TempPath("truncate.bin");
+  SetFileText(path, "previous contents");
+  CKelStream stream(0, path.c_str(), "w", 0);
+  EXPECT_EQ(0u, stream.GetSize());
+  EXPECT_EQ("", FileText(path));
+}
+
+TEST(KelStreamFile, FlushWritesWithoutClosing) {
+  std::string path = TempPath("flush.bin");
+  CKelStream stream(4, path.c_str(), "w+", 0);
+  Put(stream, "part one");
+  stream.Flush();
+  EXPECT_EQ("part one", FileText(path));
+  stream.Seek(5, 0);
+  Put(stream, "ONE, two");
+  stream.Flush();
+  EXPECT_EQ("part ONE, two", FileText(path));
+}
+
+TEST(KelStreamFile, ShortenedStreamShortensTheFile) {
+  std::string path = TempPath("shorten.bin");
+  SetFileText(path, "0123456789");
+  {
+    CKelStream stream(4, path.c_str(), "r+", 0);
+    stream.SetSize(3);
+  }
+  EXPECT_EQ("012", FileText(path));
+}
+
+TEST(KelStreamFile, ExtendedStreamWritesZeros) {
+  std::string path = TempPath("extend.bin");
+  SetFileText(path, "ab");
+  {
+    CKelStream stream(4, path.c_str(), "r+", 0);
+    stream.SetSize(5);
+  }
+  EXPECT_EQ(std::string("ab\0\0\0", 5), FileText(path));
+}
+
+TEST(KelStreamFile, ReferencedPagesReachTheFile) {
+  std::string path = TempPath("referenced.bin");
+  const char buffer[] = "REFERENCED";
+  {
+    CKelStream stream(4, path.c_str(), "w", 0);
+    Put(stream, "<");
+    stream.WritePage(stream.NewPage(buffer, 10, 0),
+                     static_cast<unsigned long>(-1));
+    Put(stream, ">");
+  }
+  EXPECT_EQ("<REFERENCED>", FileText(path));
+}
+
+TEST(KelStreamFile, UnchangedFileIsLeftAlone) {
+  std::string path = TempPath("unchanged.bin");
+  SetFileText(path, "same");
+  {
+    CKelStream stream(0, path.c_str(), "r+", 0);
+    char buf[4];
+    EXPECT_EQ(4u, stream.Read(buf, 4));
+  }
+  EXPECT_EQ("same", FileText(path));
+}
+
+TEST(KelStreamFile, InvalidModesAreRejected) {
+  std::string path = TempPath("modes.bin");
+  SetFileText(path, "x");
+  for (const char* pszMode : {"", "x", "rw", "r+t", "q+"}) {
+    SCOPED_TRACE(pszMode);
+    ExpectKelError(KEL_ERR_ARGUMENT,
+                   [&] { CKelStream stream(0, path.c_str(), pszMode, 0); });
+  }
+  ExpectKelError(KEL_ERR_ARGUMENT,
+                 [&] { CKelStream stream(0, path.c_str(), nullptr, 0); });
+  EXPECT_EQ("x", FileText(path));
+}
+
+TEST(KelStreamFile, UncreatableFileThrows) {
+  ExpectKelError(KEL_ERR_IO, [] {
+    CKelStream stream(0, "/nonexistent-dir/stream.bin", "w", 0);
+  });
+  ExpectKelError(KEL_ERR_IO, [] {
+    CKelStream stream(0, "/nonexistent-dir/stream.bin", "a", 0);
+  });
+}
+
+}  // namespace

@@ -1,0 +1,251 @@
+#include "stream_test_util.h"
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+namespace {
+
+// A NULL-terminated string list as the adapter passes it.
+struct NeedleList {
+  std::vector<std::string> texts;
+  std::vector<const char*> pointers;
+  std::vector<int> lengths;
+
+  explicit NeedleList(std::vector<std::string> list) : texts(std::move(list)) {
+    for (const std::string& text : texts) {
+      pointers.push_back(text.data());
+      lengths.push_back(static_cast<int>(text.size()));
+    }
+    pointers.push_back(nullptr);
+    lengths.push_back(0);
+  }
+};
+
+// The plain definition: first offset where any listed string lies wholly in
+// the data, earlier list entries winning at equal offsets.
+long ReferenceLength(const std::string& data, size_t nFrom,
+                     const NeedleList& list, int& nIndex) {
+  for (size_t pos = nFrom; pos < data.size(); ++pos) {
+    for (size_t i = 0; i < list.texts.size(); ++i) {
+      const std::string& text = list.texts[i];
+      if (text.empty() || pos + text.size() > data.size()) continue;
+      if (memcmp(data.data() + pos, text.data(), text.size()) == 0) {
+        nIndex = static_cast<int>(i);
+        return static_cast<long>(pos - nFrom);
+      }
+    }
+  }
+  nIndex = -1;
+  return static_cast<long>(data.size() - nFrom);
+}
+
+long Measure(CKelStream& stream, const NeedleList& list, int& nIndex) {
+  return stream.GetDelimitedLength(
+      const_cast<const char**>(list.pointers.data()), list.lengths.data(),
+      nIndex);
+}
+
+struct SearchCase {
+  const char* pszName;
+  unsigned long nPageSize;
+  std::string data;
+  long nStart;
+  std::vector<std::string> needles;
+  long nLength;
+  int nIndex;
+};
+
+const std::vector<SearchCase>& Cases() {
+  static const std::vector<SearchCase> cases = {
+      {"delimiter_found", 0, "abc|def", 0, {"!", "]", "|"}, 3, 2},
+      {"nothing_found_gives_rest", 0, "abcdef", 0, {"!", "]", "|"}, 6, -1},
+      {"from_current_position", 0, "ab|cd|ef", 3, {"|"}, 2, 0},
+      {"at_current_position", 0, "ab|cd", 2, {"|"}, 0, 0},
+      {"at_end_of_data", 0, "abc", 3, {"|"}, 0, -1},
+      {"empty_stream", 0, "", 0, {"|"}, 0, -1},
+      {"first_occurrence_wins", 0, "x]y|z", 0, {"|", "]"}, 1, 1},
+      {"earlier_list_entry_wins_at_same_offset", 0, "ab||c", 0, {"|", "||"},
+       2, 0},
+      {"longer_first_in_list_wins", 0, "ab||c", 0, {"||", "|"}, 2, 0},
+      {"multibyte_terminator", 0, "row\r\nnext", 0, {"|", "\r\n"}, 3, 1},
+      {"partial_multibyte_not_a_match", 0, "a\rb\r\n", 0, {"\r\n"}, 3, 0},
+      {"multibyte_cut_by_end", 0, "abc\r", 0, {"\r\n"}, 4, -1},
+      {"straddles_tiny_pages", 2, "abc\r\nd", 0, {"\r\n"}, 3, 0},
+      {"straddles_three_pages", 1, "xx<-->yy", 0, {"<-->"}, 2, 0},
+      {"zero_length_entry_ignored", 0, "ab|c", 0, {"", "|"}, 2, 1},
+      {"only_zero_length_entries", 0, "ab|c", 0, {"", ""}, 4, -1},
+      {"nul_bytes_match", 0, std::string("a\0b\0c", 5), 0,
+       {std::string("\0c", 2)}, 3, 0},
+      {"overlapping_prefixes", 3, "aaaab", 0, {"aab", "ab"}, 2, 0},
+      {"self_overlap", 1, "ababac", 0, {"abac"}, 2, 0},
+      {"many_distinct_first_bytes", 2, "mnopqrstuvwxyz9", 0,
+       {"0", "1", "2", "3", "4", "5", "6", "7", "8", "9"}, 14, 9},
+      {"many_distinct_none_found", 3, "abcdefgh", 0,
+       {"0", "1", "2", "3", "4", "5", "6", "7", "8", "9"}, 8, -1},
+  };
+  return cases;
+}
+
+TEST(KelStreamSearch, TableOfCases) {
+  for (const SearchCase& c : Cases()) {
+    SCOPED_TRACE(c.pszName);
+    CKelStream stream(c.nPageSize, nullptr, nullptr, 0);
+    Put(stream, c.data);
+    stream.Seek(c.nStart, 0);
+    NeedleList list(c.needles);
+    int nIndex = 99;
+    EXPECT_EQ(c.nLength, Measure(stream, list, nIndex));
+    EXPECT_EQ(c.nIndex, nIndex);
+    EXPECT_EQ(c.nStart, stream.Tell());
+  }
+}
+
+TEST(KelStreamSearch, PositionDoesNotMove) {
+  CKelStream stream(3, nullptr, nullptr, 0);
+  Put(stream, "abc|def|");
+  stream.Seek(1, 0);
+  NeedleList list({"|"});
+  int nIndex = 0;
+  EXPECT_EQ(2, Measure(stream, list, nIndex));
+  EXPECT_EQ(1, stream.Tell());
+  char c = 0;
+  stream.Read(&c, 1);
+  EXPECT_EQ('b', c);
+}
+
+TEST(KelStreamSearch, NegativeLengthIsIgnored) {
+  CKelStream stream(0, nullptr, nullptr, 0);
+  Put(stream, "ab|cd");
+  stream.Seek(0, 0);
+  const char* apsz[] = {"a", "|", nullptr};
+  int anLengths[] = {-1, 1, 0};
+  int nIndex = 0;
+  EXPECT_EQ(2, stream.GetDelimitedLength(apsz, anLengths, nIndex));
+  EXPECT_EQ(1, nIndex);
+}
+
+TEST(KelStreamSearch, NullListsAreRejected) {
+  CKelStream stream(0, nullptr, nullptr, 0);
+  int anLengths[] = {0};
+  const char* apsz[] = {nullptr};
+  int nIndex = 0;
+  ExpectKelError(KEL_ERR_ARGUMENT, [&] {
+    stream.GetDelimitedLength(nullptr, anLengths, nIndex);
+  });
+  ExpectKelError(KEL_ERR_ARGUMENT,
+                 [&] { stream.GetDelimitedLength(apsz, nullptr, nIndex); });
+}
+
+TEST(KelStreamSearch, FindsAcrossReferencedAndOwnedPages) {
+  const char first[] = "abc\r";
+  const char second[] = "\nxyz";
+  CKelStream stream(0, nullptr, nullptr, 0);
+  stream.WritePage(stream.NewPage(first, 4, 0), 4);
+  stream.WritePage(stream.NewPage(second, 4, 0), 4);
+  Put(stream, "|tail");
+  stream.Seek(0, 0);
+  NeedleList list({"|", "\r\n"});
+  int nIndex = 0;
+  EXPECT_EQ(3, Measure(stream, list, nIndex));
+  EXPECT_EQ(1, nIndex);
+  stream.Seek(5, 0);
+  EXPECT_EQ(3, Measure(stream, list, nIndex));
+  EXPECT_EQ(0, nIndex);
+}
+
+TEST(KelStreamSearch, AdapterSpecialSetOnLongStream) {
+  CKelStream stream(0, nullptr, nullptr, 0);
+  std::string filler(200000, 'v');
+  Put(stream, filler + "]" + filler + "[");
+  stream.Seek(0, 0);
+  NeedleList list({"!", "]", "|", "[", "\r\n"});
+  int nIndex = 0;
+  EXPECT_EQ(200000, Measure(stream, list, nIndex));
+  EXPECT_EQ(1, nIndex);
+  stream.Seek(200001, 0);
+  EXPECT_EQ(200000, Measure(stream, list, nIndex));
+  EXPECT_EQ(3, nIndex);
+}
+
+// Random data over a small alphabet, random page sizes (tiny ones
+// included), random needle sets with shared prefixes, random start offsets,
+// and pages that are partly the caller's buffers: every answer must agree
+// with the plain definition.
+TEST(KelStreamSearch, AgreesWithReferenceOnRandomData) {
+  Lcg rng(777);
+  const char kAlphabet[] = "ab|\r\n";
+  for (int round = 0; round < 3000; ++round) {
+    unsigned long nPageSize = rng.Below(4) == 0 ? 0 : 1 + rng.Below(7);
+    std::string data(rng.Below(60), '\0');
+    for (char& ch : data) ch = kAlphabet[rng.Below(5)];
+
+    std::vector<std::string> needles(1 + rng.Below(4));
+    for (std::string& needle : needles) {
+      needle.resize(1 + rng.Below(5));
+      for (char& ch : needle) ch = kAlphabet[rng.Below(5)];
+    }
+    // Shared prefixes: sometimes derive one needle from another.
+    if (needles.size() > 1 && rng.Below(2) == 0) {
+      needles[1] = needles[0].substr(0, 1 + rng.Below(
+                                                static_cast<unsigned int>(
+                                                    needles[0].size())));
+    }
+    if (rng.Below(6) == 0) needles[rng.Below(static_cast<unsigned int>(
+        needles.size()))].clear();
+    NeedleList list(needles);
+
+    CKelStream stream(nPageSize, nullptr, nullptr, 0);
+    std::vector<std::string> pieces;
+    pieces.reserve(data.size() + 1);
+    for (size_t at = 0; at < data.size();) {
+      size_t n = std::min<size_t>(data.size() - at, 1 + rng.Below(9));
+      if (rng.Below(3) == 0) {
+        pieces.push_back(data.substr(at, n));
+        stream.WritePage(stream.NewPage(pieces.back().data(), n, 0), n);
+      } else {
+        stream.Write(data.data() + at, n);
+      }
+      at += n;
+    }
+    size_t nFrom = rng.Below(static_cast<unsigned int>(data.size() + 1));
+    stream.Seek(static_cast<long>(nFrom), 0);
+
+    int nExpectedIndex = 0;
+    long nExpected = ReferenceLength(data, nFrom, list, nExpectedIndex);
+    int nIndex = 42;
+    long nGot = Measure(stream, list, nIndex);
+    ASSERT_EQ(nExpected, nGot) << "round " << round;
+    ASSERT_EQ(nExpectedIndex, nIndex) << "round " << round;
+    ASSERT_EQ(static_cast<long>(nFrom), stream.Tell());
+  }
+}
+
+// Same comparison with more distinct first bytes than the memchr path takes.
+TEST(KelStreamSearch, AgreesWithReferenceWithManyFirstBytes) {
+  Lcg rng(99);
+  for (int round = 0; round < 1000; ++round) {
+    unsigned long nPageSize = 1 + rng.Below(7);
+    std::string data(rng.Below(50), '\0');
+    for (char& ch : data) ch = static_cast<char>('a' + rng.Below(12));
+    std::vector<std::string> needles(9 + rng.Below(4));
+    // Distinct first bytes, so the search cannot take the memchr path.
+    for (size_t i = 0; i < needles.size(); ++i) {
+      needles[i].resize(1 + rng.Below(3));
+      for (char& ch : needles[i]) ch = static_cast<char>('a' + rng.Below(12));
+      needles[i][0] = static_cast<char>('a' + i);
+    }
+    NeedleList list(needles);
+    CKelStream stream(nPageSize, nullptr, nullptr, 0);
+    Put(stream, data);
+    size_t nFrom = rng.Below(static_cast<unsigned int>(data.size() + 1));
+    stream.Seek(static_cast<long>(nFrom), 0);
+    int nExpectedIndex = 0;
+    long nExpected = ReferenceLength(data, nFrom, list, nExpectedIndex);
+    int nIndex = 42;
+    ASSERT_EQ(nExpected, Measure(stream, list, nIndex)) << "round " << round;
+    ASSERT_EQ(nExpectedIndex, nIndex) << "round " << round;
+  }
+}
+
+}  // namespace
