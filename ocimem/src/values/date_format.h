@@ -1,0 +1,129 @@
+// Datetime format models (TO_CHAR / TO_DATE style masks) shared by OCIDate
+// and OCIDateTime text conversions, NLS language AMERICAN. Results are Oracle
+// error numbers (0 = success).
+#ifndef OCIMEM_VALUES_DATE_FORMAT_H
+#define OCIMEM_VALUES_DATE_FORMAT_H
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace ocimem::values {
+
+enum class DateElement {
+  Literal,
+  Year4,        // YYYY
+  SignedYear4,  // SYYYY
+  Year2,        // YY
+  RoundYear2,   // RR
+  RoundYear4,   // RRRR
+  Month,        // MM
+  MonthAbbr,    // MON
+  MonthName,    // MONTH
+  Day,          // DD
+  Hour24,       // HH24
+  Hour12,       // HH, HH12
+  Meridian,     // AM, PM, A.M., P.M.
+  Minute,       // MI
+  Second,       // SS
+  Fraction,     // FF, FF1..FF9
+  ZoneRegion,   // TZR
+  ZoneAbbr,     // TZD
+  ZoneHour,     // TZH
+  ZoneMinute,   // TZM
+  FillMode,     // FM
+  Exact,        // FX
+};
+
+struct DateToken {
+  DateElement element = DateElement::Literal;
+  std::string text;  // literal bytes, or the element as written (for its case)
+  int digits = 0;    // FF1..FF9; 0 for FF
+};
+
+struct DateMask {
+  std::vector<DateToken> tokens;
+};
+
+struct DateTimeFields {
+  int year = 1;
+  int month = 1;
+  int day = 1;
+  int hour = 0;
+  int minute = 0;
+  int second = 0;
+  std::uint32_t nanos = 0;
+};
+
+// Zone of a value for output.
+struct ZoneOutput {
+  bool is_region = false;
+  std::string region;        // printed in upper case
+  int offset_minutes = 0;
+  std::string abbreviation;  // TZD; empty for a plain offset
+};
+
+// Zone as read from text, not yet resolved.
+struct ZoneInput {
+  bool present = false;
+  bool is_region = false;
+  int offset_minutes = 0;
+  std::string region;
+  std::string abbreviation;
+};
+
+struct DateParseOptions {
+  bool allow_fraction = false;
+  bool allow_zone = false;
+  int current_year = 2000;   // for YY, RR and a year missing from the mask
+  int current_month = 1;
+};
+
+constexpr int kOraFormatTwice = 1810;
+constexpr int kOraYearTwice = 1812;
+constexpr int kOraHourTwice = 1813;
+constexpr int kOraMonthTwice = 1816;
+constexpr int kOraDateFormatNotRecognized = 1821;
+constexpr int kOraInputTooLong = 1830;
+constexpr int kOraDayNotValidForMonth = 1839;
+constexpr int kOraInputTooShort = 1840;
+constexpr int kOraBadYear = 1841;
+constexpr int kOraBadMonth = 1843;
+constexpr int kOraBadDay = 1847;
+constexpr int kOraBadHour12 = 1849;
+constexpr int kOraBadHour = 1850;
+constexpr int kOraBadMinute = 1851;
+constexpr int kOraBadSecond = 1852;
+constexpr int kOraMeridianRequired = 1855;
+constexpr int kOraBadZone = 1857;
+constexpr int kOraNonNumeric = 1858;
+constexpr int kOraLiteralMismatch = 1861;
+constexpr int kOraZoneHour = 1874;
+constexpr int kOraZoneMinute = 1875;
+constexpr int kOraBadFraction = 1880;
+
+// Returns 0 or kOraDateFormatNotRecognized.
+int ParseDateMask(std::string_view mask, DateMask* out);
+
+// fsprec: digits printed by FF. zone: nullptr when the value has no zone
+// (then a zone element is kOraDateFormatNotRecognized, as is FF unless
+// allow_fraction).
+int FormatDateTime(const DateMask& mask, const DateTimeFields& value, bool allow_fraction,
+                   int fsprec, const ZoneOutput* zone, std::string* out);
+
+int ParseDateTime(std::string_view text, const DateMask& mask, const DateParseOptions& options,
+                  DateTimeFields* value, ZoneInput* zone);
+
+// The Oracle text for each error number used above.
+const char* DateErrorText(int ora);
+
+// Year used for YY/RR and missing fields: the machine clock unless a test
+// pins it.
+int CurrentYear();
+int CurrentMonth();
+void PinClockForTesting(int year, int month);  // year 0 releases the pin
+
+}  // namespace ocimem::values
+
+#endif  // OCIMEM_VALUES_DATE_FORMAT_H

@@ -1,0 +1,40 @@
+#include "oci_common.h"
+
+#include <cctype>
+#include <cstring>
+
+#include "../internal.h"
+#include "date_format.h"
+
+namespace ocimem::values {
+
+bool IsAmerican(const oratext* lang, std::size_t length) {
+  if (lang == nullptr || length == 0) return true;
+  static constexpr std::string_view kAmerican = "AMERICAN";
+  if (length != kAmerican.size()) return false;
+  for (std::size_t i = 0; i < length; ++i) {
+    if (std::toupper(lang[i]) != kAmerican[i]) return false;
+  }
+  return true;
+}
+
+sword FailLanguage(OCIError* err) {
+  return Fail(err, 12705, "Cannot access NLS data files or invalid environment specified");
+}
+
+sword FailDate(OCIError* err, int ora) { return Fail(err, ora, DateErrorText(ora)); }
+
+std::string_view MaskOrDefault(const oratext* fmt, std::size_t length) {
+  if (fmt == nullptr || length == 0) return "DD-MON-YY";
+  return std::string_view(reinterpret_cast<const char*>(fmt), length);
+}
+
+sword CopyText(OCIError* err, const std::string& text, ub4* buf_size, oratext* buf) {
+  if (text.size() > *buf_size) return FailDate(err, 1877);
+  std::memcpy(buf, text.data(), text.size());
+  if (text.size() < *buf_size) buf[text.size()] = '\0';
+  *buf_size = static_cast<ub4>(text.size());
+  return OCI_SUCCESS;
+}
+
+}  // namespace ocimem::values

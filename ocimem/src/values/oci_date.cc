@@ -1,0 +1,90 @@
+// OCIDate text conversions.
+#include <cstring>
+#include <string>
+
+#include "../internal.h"
+#include "calendar.h"
+#include "date_format.h"
+#include "oci_common.h"
+
+namespace {
+
+using ocimem::values::DateTimeFields;
+
+// The validity checks of a stored OCIDate, in the order Oracle reports them.
+int CheckDate(const OCIDate& d) {
+  if (d.OCIDateYYYY == 0 || d.OCIDateYYYY < ocimem::values::kMinYear ||
+      d.OCIDateYYYY > ocimem::values::kMaxYear) {
+    return ocimem::values::kOraBadYear;
+  }
+  if (d.OCIDateMM < 1 || d.OCIDateMM > 12) return ocimem::values::kOraBadMonth;
+  if (d.OCIDateDD < 1 || d.OCIDateDD > 31) return ocimem::values::kOraBadDay;
+  if (!ocimem::values::IsValidDate(d.OCIDateYYYY, d.OCIDateMM, d.OCIDateDD)) {
+    return ocimem::values::kOraDayNotValidForMonth;
+  }
+  if (d.OCIDateTime.OCITimeHH > 23) return ocimem::values::kOraBadHour;
+  if (d.OCIDateTime.OCITimeMI > 59) return ocimem::values::kOraBadMinute;
+  if (d.OCIDateTime.OCITimeSS > 59) return ocimem::values::kOraBadSecond;
+  return 0;
+}
+
+}  // namespace
+
+extern "C" {
+
+sword OCIDateToText(OCIError* err, const OCIDate* date, const oratext* fmt, ub1 fmt_length,
+                    const oratext* lang_name, ub4 lang_length, ub4* buf_size, oratext* buf) {
+  sword rc;
+  if (ocimem::Enter("OCIDateToText", err, &rc)) return rc;
+  if (date == nullptr) return ocimem::FailArgument(err, 2);
+  if (buf_size == nullptr) return ocimem::FailArgument(err, 7);
+  if (buf == nullptr) return ocimem::FailArgument(err, 8);
+  if (!ocimem::values::IsAmerican(lang_name, lang_length)) return ocimem::values::FailLanguage(err);
+  if (int ora = CheckDate(*date)) return ocimem::values::FailDate(err, ora);
+  ocimem::values::DateMask mask;
+  if (int ora = ocimem::values::ParseDateMask(ocimem::values::MaskOrDefault(fmt, fmt_length), &mask)) {
+    return ocimem::values::FailDate(err, ora);
+  }
+  DateTimeFields v;
+  v.year = date->OCIDateYYYY;
+  v.month = date->OCIDateMM;
+  v.day = date->OCIDateDD;
+  v.hour = date->OCIDateTime.OCITimeHH;
+  v.minute = date->OCIDateTime.OCITimeMI;
+  v.second = date->OCIDateTime.OCITimeSS;
+  std::string text;
+  if (int ora = ocimem::values::FormatDateTime(mask, v, false, 0, nullptr, &text)) {
+    return ocimem::values::FailDate(err, ora);
+  }
+  return ocimem::values::CopyText(err, text, buf_size, buf);
+}
+
+sword OCIDateFromText(OCIError* err, const oratext* date_str, ub4 d_str_length, const oratext* fmt,
+                      ub1 fmt_length, const oratext* lang_name, ub4 lang_length, OCIDate* date) {
+  sword rc;
+  if (ocimem::Enter("OCIDateFromText", err, &rc)) return rc;
+  if (date_str == nullptr) return ocimem::FailArgument(err, 2);
+  if (date == nullptr) return ocimem::FailArgument(err, 8);
+  if (!ocimem::values::IsAmerican(lang_name, lang_length)) return ocimem::values::FailLanguage(err);
+  ocimem::values::DateMask mask;
+  if (int ora = ocimem::values::ParseDateMask(ocimem::values::MaskOrDefault(fmt, fmt_length), &mask)) {
+    return ocimem::values::FailDate(err, ora);
+  }
+  ocimem::values::DateParseOptions options;
+  options.current_year = ocimem::values::CurrentYear();
+  options.current_month = ocimem::values::CurrentMonth();
+  DateTimeFields v;
+  const std::string_view text(reinterpret_cast<const char*>(date_str), d_str_length);
+  if (int ora = ocimem::values::ParseDateTime(text, mask, options, &v, nullptr)) {
+    return ocimem::values::FailDate(err, ora);
+  }
+  date->OCIDateYYYY = static_cast<sb2>(v.year);
+  date->OCIDateMM = static_cast<ub1>(v.month);
+  date->OCIDateDD = static_cast<ub1>(v.day);
+  date->OCIDateTime.OCITimeHH = static_cast<ub1>(v.hour);
+  date->OCIDateTime.OCITimeMI = static_cast<ub1>(v.minute);
+  date->OCIDateTime.OCITimeSS = static_cast<ub1>(v.second);
+  return OCI_SUCCESS;
+}
+
+}  // extern "C"
