@@ -56,6 +56,10 @@ class NeedleSet {
 // beyond that a byte table is cheaper.
 constexpr size_t kMaxMemchrBytes = 8;
 
+// Window sizes of the memchr scan: small first, since fields are short.
+constexpr size_t kFirstWindow = 64;
+constexpr size_t kLastWindow = 64 * 1024;
+
 }  // namespace
 
 bool CKelStream::Impl::MatchAt(size_t nSegmentIndex, unsigned long nOffsetIn,
@@ -129,30 +133,44 @@ long CKelStream::GetDelimitedLength(const char** ppszStrings,
     const unsigned char* pFrom = pBase + nOffset;
 
     if (nDistinct <= kMaxMemchrBytes) {
-      // Next occurrence of each first byte; only the one just consumed is
-      // searched again, so every byte is passed by each memchr at most once.
-      const unsigned char* apNext[kMaxMemchrBytes];
-      for (size_t k = 0; k < nDistinct; ++k) {
-        apNext[k] = static_cast<const unsigned char*>(
-            memchr(pFrom, abDistinct[k], static_cast<size_t>(pEnd - pFrom)));
-      }
-      for (;;) {
-        size_t nBest = nDistinct;
+      // Scan in growing windows so that a first byte that is rare (or
+      // absent) costs no more than the distance to the nearest match. In a
+      // window, each first byte is searched once and then only again after
+      // its occurrence was consumed, so memchr passes every byte once per
+      // distinct first byte.
+      size_t nWindow = kFirstWindow;
+      for (const unsigned char* pWindow = pFrom; pWindow < pEnd;) {
+        size_t nLeft = static_cast<size_t>(pEnd - pWindow);
+        const unsigned char* pWindowEnd =
+            pWindow + (nLeft < nWindow ? nLeft : nWindow);
+        const unsigned char* apNext[kMaxMemchrBytes];
         for (size_t k = 0; k < nDistinct; ++k) {
-          if (apNext[k] != nullptr &&
-              (nBest == nDistinct || apNext[k] < apNext[nBest])) {
-            nBest = k;
+          apNext[k] = static_cast<const unsigned char*>(
+              memchr(pWindow, abDistinct[k],
+                     static_cast<size_t>(pWindowEnd - pWindow)));
+        }
+        for (;;) {
+          size_t nBest = nDistinct;
+          for (size_t k = 0; k < nDistinct; ++k) {
+            if (apNext[k] != nullptr &&
+                (nBest == nDistinct || apNext[k] < apNext[nBest])) {
+              nBest = k;
+            }
           }
+          if (nBest == nDistinct) break;
+          const unsigned char* p = apNext[nBest];
+          int nFound = matchHere(nSeg, pBase, p);
+          if (nFound >= 0) {
+            nIndex = nFound;
+            return static_cast<long>(segment.nStart + (p - pBase) -
+                                     s.nPosition);
+          }
+          apNext[nBest] = static_cast<const unsigned char*>(
+              memchr(p + 1, abDistinct[nBest],
+                     static_cast<size_t>(pWindowEnd - p - 1)));
         }
-        if (nBest == nDistinct) break;
-        const unsigned char* p = apNext[nBest];
-        int nFound = matchHere(nSeg, pBase, p);
-        if (nFound >= 0) {
-          nIndex = nFound;
-          return static_cast<long>(segment.nStart + (p - pBase) - s.nPosition);
-        }
-        apNext[nBest] = static_cast<const unsigned char*>(
-            memchr(p + 1, abDistinct[nBest], static_cast<size_t>(pEnd - p - 1)));
+        pWindow = pWindowEnd;
+        if (nWindow < kLastWindow) nWindow *= 2;
       }
     } else {
       for (const unsigned char* p = pFrom; p < pEnd; ++p) {

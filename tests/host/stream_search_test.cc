@@ -168,6 +168,28 @@ TEST(KelStreamSearch, AdapterSpecialSetOnLongStream) {
   EXPECT_EQ(3, nIndex);
 }
 
+// One match at every offset of a long single page, so that every boundary
+// of the scan's internal windows is met, with both a one-byte and a
+// two-byte string (the latter also straddling those boundaries).
+TEST(KelStreamSearch, FindsAMatchAtEveryOffsetOfALongPage) {
+  NeedleList list({"!", "\r\n"});
+  for (size_t nAt = 0; nAt < 1100; ++nAt) {
+    for (int nWhich = 0; nWhich < 2; ++nWhich) {
+      std::string data(1100, 'v');
+      data.replace(nAt, nWhich == 0 ? 1 : 2, nWhich == 0 ? "!" : "\r\n");
+      data.resize(1100);
+      CKelStream stream(0, nullptr, nullptr, 0);
+      Put(stream, data);
+      stream.Seek(0, 0);
+      int nIndex = -5;
+      long nLength = Measure(stream, list, nIndex);
+      bool bWhole = nWhich == 0 || nAt + 2 <= data.size();
+      ASSERT_EQ(bWhole ? static_cast<long>(nAt) : 1100L, nLength) << nAt;
+      ASSERT_EQ(bWhole ? nWhich : -1, nIndex) << nAt;
+    }
+  }
+}
+
 // Random data over a small alphabet, random page sizes (tiny ones
 // included), random needle sets with shared prefixes, random start offsets,
 // and pages that are partly the caller's buffers: every answer must agree
@@ -177,8 +199,15 @@ TEST(KelStreamSearch, AgreesWithReferenceOnRandomData) {
   const char kAlphabet[] = "ab|\r\n";
   for (int round = 0; round < 3000; ++round) {
     unsigned long nPageSize = rng.Below(4) == 0 ? 0 : 1 + rng.Below(7);
-    std::string data(rng.Below(60), '\0');
-    for (char& ch : data) ch = kAlphabet[rng.Below(5)];
+    // Mostly short data; sometimes long enough to cross the scan windows.
+    std::string data(rng.Below(8) == 0 ? rng.Below(1500) : rng.Below(60),
+                     '\0');
+    // Sparse special bytes in long data, dense in short data.
+    unsigned int nSpread = data.size() > 60 ? 400 : 5;
+    for (char& ch : data) {
+      unsigned int n = rng.Below(nSpread);
+      ch = n < 5 ? kAlphabet[n] : 'v';
+    }
 
     std::vector<std::string> needles(1 + rng.Below(4));
     for (std::string& needle : needles) {
@@ -199,7 +228,8 @@ TEST(KelStreamSearch, AgreesWithReferenceOnRandomData) {
     std::vector<std::string> pieces;
     pieces.reserve(data.size() + 1);
     for (size_t at = 0; at < data.size();) {
-      size_t n = std::min<size_t>(data.size() - at, 1 + rng.Below(9));
+      size_t n = std::min<size_t>(
+          data.size() - at, 1 + rng.Below(data.size() > 60 ? 400 : 9));
       if (rng.Below(3) == 0) {
         pieces.push_back(data.substr(at, n));
         stream.WritePage(stream.NewPage(pieces.back().data(), n, 0), n);
