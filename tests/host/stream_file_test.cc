@@ -5,11 +5,24 @@
 #include <sstream>
 #include <string>
 
+#include <unistd.h>
+
 namespace {
 
 std::string TempPath(const char* pszName) {
-  return testing::TempDir() + "host_stream_" + pszName;
+  // The process id keeps concurrent runs of the suite apart.
+  return testing::TempDir() + "host_stream_" + std::to_string(getpid()) + "_" +
+         pszName;
 }
+
+// A file name of its own for one test, removed before and after it.
+struct TempFile {
+  explicit TempFile(const char* pszName) : path(TempPath(pszName)) {
+    std::remove(path.c_str());
+  }
+  ~TempFile() { std::remove(path.c_str()); }
+  std::string path;
+};
 
 std::string FileText(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
@@ -28,8 +41,8 @@ bool Exists(const std::string& path) {
 }
 
 TEST(KelStreamFile, WriteCloseReopenReadBack) {
-  std::string path = TempPath("roundtrip.bin");
-  std::remove(path.c_str());
+  TempFile temp("roundtrip.bin");
+  const std::string& path = temp.path;
   std::string data = "field1|field2\r\n" + std::string(100, 'x') +
                      std::string("\0\1\2", 3);
   {
@@ -47,7 +60,8 @@ TEST(KelStreamFile, WriteCloseReopenReadBack) {
 }
 
 TEST(KelStreamFile, LoadedFileIsPaged) {
-  std::string path = TempPath("paged.bin");
+  TempFile temp("paged.bin");
+  const std::string& path = temp.path;
   SetFileText(path, std::string(40, 'p'));
   CKelStream stream(16, path.c_str(), "rb", 0);
   EXPECT_EQ(16u, stream.ReadPage().GetSize());
@@ -57,7 +71,8 @@ TEST(KelStreamFile, LoadedFileIsPaged) {
 }
 
 TEST(KelStreamFile, EmptyFileLoadsEmpty) {
-  std::string path = TempPath("empty.bin");
+  TempFile temp("empty.bin");
+  const std::string& path = temp.path;
   SetFileText(path, "");
   CKelStream stream(0, path.c_str(), "r", 0);
   EXPECT_EQ(0u, stream.GetSize());
@@ -65,7 +80,8 @@ TEST(KelStreamFile, EmptyFileLoadsEmpty) {
 }
 
 TEST(KelStreamFile, AppendAddsToTheEnd) {
-  std::string path = TempPath("append.bin");
+  TempFile temp("append.bin");
+  const std::string& path = temp.path;
   SetFileText(path, "old|");
   {
     CKelStream stream(4, path.c_str(), "a", 0);
@@ -77,7 +93,8 @@ TEST(KelStreamFile, AppendAddsToTheEnd) {
 }
 
 TEST(KelStreamFile, AppendWritesGoToTheEndWhateverThePosition) {
-  std::string path = TempPath("append_seek.bin");
+  TempFile temp("append_seek.bin");
+  const std::string& path = temp.path;
   SetFileText(path, "abc");
   {
     CKelStream stream(4, path.c_str(), "a+", 0);
@@ -96,8 +113,8 @@ TEST(KelStreamFile, AppendWritesGoToTheEndWhateverThePosition) {
 }
 
 TEST(KelStreamFile, AppendCreatesMissingFile) {
-  std::string path = TempPath("append_new.bin");
-  std::remove(path.c_str());
+  TempFile temp("append_new.bin");
+  const std::string& path = temp.path;
   {
     CKelStream stream(0, path.c_str(), "a", 0);
     EXPECT_EQ(0u, stream.GetSize());
@@ -107,7 +124,8 @@ TEST(KelStreamFile, AppendCreatesMissingFile) {
 }
 
 TEST(KelStreamFile, ReadWriteOverwritesInPlace) {
-  std::string path = TempPath("rplus.bin");
+  TempFile temp("rplus.bin");
+  const std::string& path = temp.path;
   SetFileText(path, "0123456789");
   {
     CKelStream stream(3, path.c_str(), "r+", 0);
@@ -119,22 +137,23 @@ TEST(KelStreamFile, ReadWriteOverwritesInPlace) {
 }
 
 TEST(KelStreamFile, ReadWriteMissingFileThrows) {
-  std::string path = TempPath("rplus_missing.bin");
-  std::remove(path.c_str());
+  TempFile temp("rplus_missing.bin");
+  const std::string& path = temp.path;
   ExpectKelError(KEL_ERR_IO,
                  [&] { CKelStream stream(0, path.c_str(), "r+", 0); });
   EXPECT_FALSE(Exists(path));
 }
 
 TEST(KelStreamFile, ReadMissingFileThrows) {
-  std::string path = TempPath("missing.bin");
-  std::remove(path.c_str());
+  TempFile temp("missing.bin");
+  const std::string& path = temp.path;
   ExpectKelError(KEL_ERR_IO, [&] { CKelStream stream(0, path.c_str(), "r", 0); });
   EXPECT_FALSE(Exists(path));
 }
 
 TEST(KelStreamFile, ReadOnlyStreamRefusesChanges) {
-  std::string path = TempPath("readonly.bin");
+  TempFile temp("readonly.bin");
+  const std::string& path = temp.path;
   SetFileText(path, "keep");
   {
     CKelStream stream(0, path.c_str(), "r", 0);
@@ -150,7 +169,8 @@ TEST(KelStreamFile, ReadOnlyStreamRefusesChanges) {
 }
 
 TEST(KelStreamFile, WriteModeTruncatesAtOnce) {
-  std::string path = TempPath("truncate.bin");
+  TempFile temp("truncate.bin");
+  const std::string& path = temp.path;
   SetFileText(path, "previous contents");
   CKelStream stream(0, path.c_str(), "w", 0);
   EXPECT_EQ(0u, stream.GetSize());
@@ -158,7 +178,8 @@ TEST(KelStreamFile, WriteModeTruncatesAtOnce) {
 }
 
 TEST(KelStreamFile, FlushWritesWithoutClosing) {
-  std::string path = TempPath("flush.bin");
+  TempFile temp("flush.bin");
+  const std::string& path = temp.path;
   CKelStream stream(4, path.c_str(), "w+", 0);
   Put(stream, "part one");
   stream.Flush();
@@ -170,7 +191,8 @@ TEST(KelStreamFile, FlushWritesWithoutClosing) {
 }
 
 TEST(KelStreamFile, ShortenedStreamShortensTheFile) {
-  std::string path = TempPath("shorten.bin");
+  TempFile temp("shorten.bin");
+  const std::string& path = temp.path;
   SetFileText(path, "0123456789");
   {
     CKelStream stream(4, path.c_str(), "r+", 0);
@@ -180,7 +202,8 @@ TEST(KelStreamFile, ShortenedStreamShortensTheFile) {
 }
 
 TEST(KelStreamFile, ExtendedStreamWritesZeros) {
-  std::string path = TempPath("extend.bin");
+  TempFile temp("extend.bin");
+  const std::string& path = temp.path;
   SetFileText(path, "ab");
   {
     CKelStream stream(4, path.c_str(), "r+", 0);
@@ -190,7 +213,8 @@ TEST(KelStreamFile, ExtendedStreamWritesZeros) {
 }
 
 TEST(KelStreamFile, ReferencedPagesReachTheFile) {
-  std::string path = TempPath("referenced.bin");
+  TempFile temp("referenced.bin");
+  const std::string& path = temp.path;
   const char buffer[] = "REFERENCED";
   {
     CKelStream stream(4, path.c_str(), "w", 0);
@@ -203,7 +227,8 @@ TEST(KelStreamFile, ReferencedPagesReachTheFile) {
 }
 
 TEST(KelStreamFile, UnchangedFileIsLeftAlone) {
-  std::string path = TempPath("unchanged.bin");
+  TempFile temp("unchanged.bin");
+  const std::string& path = temp.path;
   SetFileText(path, "same");
   {
     CKelStream stream(0, path.c_str(), "r+", 0);
@@ -214,7 +239,8 @@ TEST(KelStreamFile, UnchangedFileIsLeftAlone) {
 }
 
 TEST(KelStreamFile, InvalidModesAreRejected) {
-  std::string path = TempPath("modes.bin");
+  TempFile temp("modes.bin");
+  const std::string& path = temp.path;
   SetFileText(path, "x");
   for (const char* pszMode : {"", "x", "rw", "r+t", "q+"}) {
     SCOPED_TRACE(pszMode);

@@ -6,14 +6,27 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+
+#include <unistd.h>
 #include <utility>
 #include <vector>
 
 namespace {
 
 std::string TempPath(const char* pszName) {
-  return testing::TempDir() + "host_trace_" + pszName;
+  // The process id keeps concurrent runs of the suite apart.
+  return testing::TempDir() + "host_trace_" + std::to_string(getpid()) + "_" +
+         pszName;
 }
+
+// A file name of its own for one test, removed before and after it.
+struct TempFile {
+  explicit TempFile(const char* pszName) : path(TempPath(pszName)) {
+    std::remove(path.c_str());
+  }
+  ~TempFile() { std::remove(path.c_str()); }
+  std::string path;
+};
 
 std::string FileText(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
@@ -87,8 +100,8 @@ TEST(KelTrace, LongLinesAreNotTruncated) {
 }
 
 TEST(KelTrace, LongLineReachesStdioWhole) {
-  std::string path = TempPath("long.txt");
-  std::remove(path.c_str());
+  TempFile temp("long.txt");
+  const std::string& path = temp.path;
   std::string text(4000, 'w');
   {
     CKelTrace trace;
@@ -167,7 +180,8 @@ TEST(KelTrace, NullCallbackIsSilent) {
 }
 
 TEST(KelTrace, FileSinkAppends) {
-  std::string path = TempPath("append.txt");
+  TempFile temp("append.txt");
+  const std::string& path = temp.path;
   {
     std::ofstream seed(path, std::ios::binary | std::ios::trunc);
     seed << "earlier\n";
@@ -187,8 +201,8 @@ TEST(KelTrace, FileSinkAppends) {
 }
 
 TEST(KelTrace, FileSinkCreatesMissingFile) {
-  std::string path = TempPath("created.txt");
-  std::remove(path.c_str());
+  TempFile temp("created.txt");
+  const std::string& path = temp.path;
   {
     CKelTrace trace;
     trace.ToFile(path.c_str());
@@ -238,8 +252,8 @@ TEST(KelTrace, StdioSinkWritesToCallersStream) {
 }
 
 TEST(KelTrace, BackToStderrAfterFile) {
-  std::string path = TempPath("switch.txt");
-  std::remove(path.c_str());
+  TempFile temp("switch.txt");
+  const std::string& path = temp.path;
   CKelTrace trace;
   trace.ToFile(path.c_str());
   trace.Printf("to file");
