@@ -1,0 +1,29 @@
+// In-memory databases, named by the connect string.  Sessions of one process that name the
+// same database share it; it lives while at least one server handle is attached to it.
+#ifndef OCIMEM_SRC_DATABASE_H
+#define OCIMEM_SRC_DATABASE_H
+
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "catalog.h"
+
+namespace ocimem {
+
+struct Database {
+  explicit Database(std::string db_name) : name(std::move(db_name)) {}
+  const std::string name;
+  // Guards everything below; sessions of several threads may share the database.
+  std::mutex mutex;
+  std::map<std::string, std::string> passwords;  // user -> password of its first logon
+  Catalog catalog;
+};
+
+// The database named `name`, made empty when no attached server holds it.
+std::shared_ptr<Database> OpenDatabase(const std::string& name);
+
+}  // namespace ocimem
+
+#endif  // OCIMEM_SRC_DATABASE_H

@@ -1,0 +1,110 @@
+// Handles of the environment tree.  Every handle starts with a tag (a live marker and
+// its OCI_HTYPE_ value) so that a handle of the wrong kind is answered with
+// OCI_INVALID_HANDLE instead of being used.  An environment owns every handle, descriptor
+// and standalone instance made from it and releases them when it is freed.
+#ifndef OCIMEM_SRC_HANDLES_H
+#define OCIMEM_SRC_HANDLES_H
+
+#include <memory>
+#include <mutex>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "oci.h"
+
+namespace ocimem {
+
+constexpr ub4 kLiveHandle = 0x4f43494dU;
+
+struct Env;
+struct Database;
+struct Instance;
+
+struct Handle {
+  Handle(ub4 handle_type, Env* owner) : type(handle_type), env(owner) {}
+  Handle(const Handle&) = delete;
+  Handle& operator=(const Handle&) = delete;
+  virtual ~Handle() { live = 0; }
+
+  ub4 live = kLiveHandle;
+  ub4 type;
+  Env* env;
+  std::unique_ptr<unsigned char[]> user_memory;
+};
+
+// The handle behind `p` when it is a live handle of `type`, else nullptr.
+template <typename T>
+T* AsHandle(const void* p, ub4 type) {
+  if (p == nullptr) return nullptr;
+  auto* h = static_cast<Handle*>(const_cast<void*>(p));
+  if (h->live != kLiveHandle || h->type != type) return nullptr;
+  return static_cast<T*>(h);
+}
+
+struct ErrorRecord {
+  sb4 code;
+  std::string text;  // "ORA-NNNNN: message"
+};
+
+struct ErrorHandle : Handle {
+  explicit ErrorHandle(Env* owner) : Handle(OCI_HTYPE_ERROR, owner) {}
+  std::vector<ErrorRecord> records;
+};
+
+struct Server : Handle {
+  explicit Server(Env* owner) : Handle(OCI_HTYPE_SERVER, owner) {}
+  std::shared_ptr<Database> db;  // set while attached
+};
+
+struct Session : Handle {
+  explicit Session(Env* owner) : Handle(OCI_HTYPE_SESSION, owner) {}
+  std::string username;
+  std::string password;
+  bool has_username = false;
+  bool has_password = false;
+  std::shared_ptr<Database> db;  // set while the session is begun
+  std::string schema;            // default schema of the begun session
+};
+
+struct SvcCtx : Handle {
+  explicit SvcCtx(Env* owner) : Handle(OCI_HTYPE_SVCCTX, owner) {}
+  Server* server = nullptr;
+  Session* session = nullptr;
+  bool from_logon = false;  // made by OCILogon/OCILogon2: owns server and session
+};
+
+
+struct Env : Handle {
+  explicit Env(ub4 create_mode);
+  ~Env() override;
+
+  ub4 mode;
+  bool object_mode;
+  bool new_not_null = false;
+  std::string session_time_zone;
+  std::vector<ErrorRecord> records;  // diagnostics of OCIEnvCreate, read with OCI_HTYPE_ENV
+
+  // Guards the registries below; an OCI_THREADED environment may be shared by threads.
+  std::mutex registry_mutex;
+  std::unordered_set<Handle*> handles;
+  std::unordered_map<void*, ub4> descriptors;  // OCIDescriptorAlloc'd: address -> OCI_DTYPE_
+  std::unordered_map<void*, std::unique_ptr<Instance>> instances;
+  // Null structs that OCIObjectFree(..., OCI_OBJECTFREE_NONULL) left to the caller.
+  std::vector<void*> kept_null_structs;
+
+  void Adopt(Handle* h);
+  // Destroys a child handle (and what it owns).  False when it is not ours.
+  bool Release(Handle* h);
+};
+
+inline Env* AsEnv(const void* p) { return AsHandle<Env>(p, OCI_HTYPE_ENV); }
+inline ErrorHandle* AsError(const void* p) { return AsHandle<ErrorHandle>(p, OCI_HTYPE_ERROR); }
+inline SvcCtx* AsSvcCtx(const void* p) { return AsHandle<SvcCtx>(p, OCI_HTYPE_SVCCTX); }
+inline Server* AsServer(const void* p) { return AsHandle<Server>(p, OCI_HTYPE_SERVER); }
+inline Session* AsSession(const void* p) { return AsHandle<Session>(p, OCI_HTYPE_SESSION); }
+
+}  // namespace ocimem
+
+#endif  // OCIMEM_SRC_HANDLES_H

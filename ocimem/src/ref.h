@@ -1,0 +1,20 @@
+// REF values.  Objects are kept by value only, so every REF that ocimem makes is a null
+// REF; the slot and its copies exist so that REF attributes have Oracle's layout.
+#ifndef OCIMEM_SRC_REF_H
+#define OCIMEM_SRC_REF_H
+
+#include "oci.h"
+
+namespace ocimem {
+constexpr ub4 kLiveRef = 0x52454646U;
+}  // namespace ocimem
+
+struct OCIRef {
+  ub4 live = ocimem::kLiveRef;
+};
+
+namespace ocimem {
+OCIRef* AsRef(const void* p);
+}  // namespace ocimem
+
+#endif  // OCIMEM_SRC_REF_H

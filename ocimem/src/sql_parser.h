@@ -1,0 +1,53 @@
+// Recursive-descent parser from tokens to a Statement.  Statement kinds are dispatched on
+// the leading words in ParseStatement; each form has its own member function.
+#ifndef OCIMEM_SRC_SQL_PARSER_H
+#define OCIMEM_SRC_SQL_PARSER_H
+
+#include <string_view>
+#include <vector>
+
+#include "sql_ast.h"
+#include "sql_lexer.h"
+
+namespace ocimem {
+
+// The OCI_STMT_ code of a statement text, from its first word (known after prepare).
+ub2 ClassifyStatement(std::string_view sql);
+
+class Parser {
+ public:
+  explicit Parser(std::vector<Token> tokens) : tokens_(std::move(tokens)) {}
+
+  // Parses one whole statement; false with `error` set on a syntax error.
+  bool ParseStatement(Statement* out, SqlError* error);
+
+ private:
+  const Token& Peek(size_t ahead = 0) const;
+  const Token& Next();
+  bool AcceptWord(std::string_view upper);
+  bool AcceptSymbol(std::string_view symbol);
+  bool Fail(int code, std::string message);
+  bool ExpectWord(std::string_view upper);
+  bool ExpectSymbol(std::string_view symbol);
+  bool ExpectEnd(int code);
+  bool ParseIdentifier(std::string* out);
+  bool ParseQualifiedName(QualifiedName* out);
+  bool ParseUnsigned(long long min, long long max, int code, std::string_view message,
+                     long long* out);
+  bool ParseSigned(long long min, long long max, int code, std::string_view message,
+                   long long* out);
+
+  bool ParseCreateType(Statement* out, bool or_replace);
+  bool ParseDropType(Statement* out);
+  bool ParseDataType(DataTypeSpec* out);
+  bool ParseCharLength(DataTypeSpec* out, bool required, ub4 max);
+  bool ParseOptionalPrecision(ub1 default_value, ub1* out);
+
+  std::vector<Token> tokens_;
+  size_t pos_ = 0;
+  SqlError* error_ = nullptr;
+};
+
+}  // namespace ocimem
+
+#endif  // OCIMEM_SRC_SQL_PARSER_H

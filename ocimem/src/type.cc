@@ -1,0 +1,89 @@
+#include "type.h"
+
+#include <cstring>
+
+namespace ocimem {
+
+size_t ValueType::Size() const {
+  switch (kind) {
+    case ValueKind::kNumber:
+      return sizeof(OCINumber);
+    case ValueKind::kDate:
+      return sizeof(OCIDate);
+    case ValueKind::kObject:
+      return named->size;
+    default:
+      return sizeof(void*);
+  }
+}
+
+size_t ValueType::Align() const {
+  switch (kind) {
+    case ValueKind::kNumber:
+      return alignof(OCINumber);
+    case ValueKind::kDate:
+      return alignof(OCIDate);
+    case ValueKind::kObject:
+      return named->align;
+    default:
+      return alignof(void*);
+  }
+}
+
+size_t ValueType::IndSize() const {
+  return kind == ValueKind::kObject ? named->ind_size : sizeof(OCIInd);
+}
+
+OCIType* AsType(const void* p) {
+  if (p == nullptr) return nullptr;
+  auto* t = static_cast<OCIType*>(const_cast<void*>(p));
+  return t->live == kLiveType ? t : nullptr;
+}
+
+}  // namespace ocimem
+
+namespace {
+size_t RoundUp(size_t n, size_t align) { return (n + align - 1) / align * align; }
+}  // namespace
+
+void OCIType::Layout() {
+  size_t offset = 0;
+  size_t max_align = 1;
+  size_t ind = sizeof(OCIInd);  // _atomic
+  for (ocimem::Attribute& a : attributes) {
+    size_t attr_align = a.type.Align();
+    offset = RoundUp(offset, attr_align);
+    a.offset = offset;
+    offset += a.type.Size();
+    if (attr_align > max_align) max_align = attr_align;
+    a.ind_offset = ind;
+    ind += a.type.IndSize();
+  }
+  align = max_align;
+  size = RoundUp(offset, max_align);
+  ind_size = ind;
+}
+
+const ocimem::Attribute* OCIType::FindAttribute(const char* attr_name, size_t length) const {
+  for (const ocimem::Attribute& a : attributes) {
+    if (a.name.size() == length && std::memcmp(a.name.data(), attr_name, length) == 0) return &a;
+  }
+  return nullptr;
+}
+
+namespace {
+bool ValueDependsOn(const ocimem::ValueType& v, const OCIType& other) {
+  if (v.named.get() == &other) return true;
+  return v.kind == ocimem::ValueKind::kRef && v.ref_schema == other.schema &&
+         v.ref_name == other.name;
+}
+}  // namespace
+
+bool OCIType::DependsOn(const OCIType& other) const {
+  if (this == &other) return false;
+  if (IsCollection()) return ValueDependsOn(element, other);
+  for (const ocimem::Attribute& a : attributes) {
+    if (ValueDependsOn(a.type, other)) return true;
+  }
+  return false;
+}

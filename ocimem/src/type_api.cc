@@ -1,0 +1,46 @@
+// OCITypeByName: type descriptors from the session's database.
+#include <mutex>
+
+#include "database.h"
+#include "internal.h"
+
+using namespace ocimem;
+
+sword OCITypeByName(OCIEnv* envh, OCIError* err, const OCISvcCtx* svc,
+                    const oratext* schema_name, ub4 s_length, const oratext* type_name,
+                    ub4 t_length, const oratext* version_name, ub4 v_length,
+                    OCIDuration pin_duration, OCITypeGetOpt get_option, OCIType** tdo) {
+  // Only the current version exists; a header-only TDO is as complete as a full one, and
+  // a pinned TDO stays valid while its database lives whatever the duration.
+  (void)version_name;
+  (void)v_length;
+  (void)pin_duration;
+  (void)get_option;
+  sword rc;
+  if (Enter("OCITypeByName", err, &rc)) return rc;
+  Env* env = nullptr;
+  if ((rc = CheckObjectEnv(envh, err, &env)) != OCI_SUCCESS) return rc;
+  SvcCtx* ctx = AsSvcCtx(svc);
+  if (ctx == nullptr) return OCI_INVALID_HANDLE;
+  if (type_name == nullptr || t_length == 0) return FailArgument(err, 6);
+  if (tdo == nullptr) return FailArgument(err, 12);
+  if (ctx->session == nullptr || !ctx->session->db) return Fail(err, 1012, "not logged on");
+  // Names are matched as stored: nothing is upper-cased or unquoted here.
+  std::string name(reinterpret_cast<const char*>(type_name), t_length);
+  bool qualified = schema_name != nullptr && s_length > 0;
+  std::string schema = qualified
+                           ? std::string(reinterpret_cast<const char*>(schema_name), s_length)
+                           : ctx->session->schema;
+  Database* db = ctx->session->db.get();
+  std::shared_ptr<OCIType> type;
+  {
+    std::lock_guard<std::mutex> lock(db->mutex);
+    type = db->catalog.FindType(schema, name);
+  }
+  if (!type) {
+    return Fail(err, 4043, "object " + (qualified ? schema + "." + name : name) + " does not exist");
+  }
+  type->pins.fetch_add(1);
+  *tdo = type.get();
+  return OCI_SUCCESS;
+}
