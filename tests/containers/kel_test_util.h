@@ -27,18 +27,21 @@
 
 namespace kel_test {
 
-// Tree payload: an id, and a shared destruction tally indexed by id (copies
-// share it, as member-wise copies do). Live instances are counted.
+// Tree payload: an id, a shared destruction tally indexed by id and a shared
+// log of destruction order (copies share both, as member-wise copies do).
+// Live instances are counted.
 struct Payload {
   int id = -1;
   std::vector<int>* destroyed = nullptr;
+  std::vector<int>* order = nullptr;
 
   Payload() { ++live; }
-  Payload(const Payload& other) : id(other.id), destroyed(other.destroyed) { ++live; }
+  Payload(const Payload& other) : id(other.id), destroyed(other.destroyed), order(other.order) { ++live; }
   Payload& operator=(const Payload&) = default;
   ~Payload() {
     --live;
     if (destroyed != nullptr && id >= 0) ++(*destroyed)[static_cast<std::size_t>(id)];
+    if (order != nullptr) order->push_back(id);
   }
 
   static inline long live = 0;
@@ -113,6 +116,28 @@ inline std::vector<std::pair<int, int>> Shape(const Tree& root) {
   return out;
 }
 
+// Pre-order (depth, id) of src and every later sibling of src with their
+// subtrees, src's depth counted as 0: exactly what a chain copy reproduces.
+inline std::vector<std::pair<int, int>> ChainShape(const Tree& src) {
+  std::vector<std::pair<int, int>> out;
+  for (const Tree* node = &src; node != nullptr; node = node->GetNextSibling()) {
+    for (const auto& [depth, id] : Shape(*node)) out.emplace_back(depth, id);
+  }
+  return out;
+}
+
+// The child with the given id, searched among root's descendants.
+inline Tree* Find(Tree& root, int id) {
+  std::vector<Tree*> stack{&root};
+  while (!stack.empty()) {
+    Tree* node = stack.back();
+    stack.pop_back();
+    if (node->m_Data.id == id) return node;
+    for (Tree* c = node->GetFirstChild(); c != nullptr; c = c->GetNextSibling()) stack.push_back(c);
+  }
+  return nullptr;
+}
+
 // Ids of the direct children, in order.
 inline std::vector<int> ChildIds(const Tree& node) {
   std::vector<int> ids;
@@ -129,12 +154,14 @@ inline Tree& AddChild(Tree& parent, int id) {
 
 // root(0) { 1 { 2 { 3, 4 }, 5 }, 6, 7 { 8 } }: three levels below the root,
 // several siblings at each level.
-inline void BuildSample(Tree& root, std::vector<int>* tally = nullptr) {
+inline void BuildSample(Tree& root, std::vector<int>* tally = nullptr, std::vector<int>* order = nullptr) {
   root.m_Data.id = 0;
   root.m_Data.destroyed = tally;
-  auto add = [tally](Tree& parent, int id) -> Tree& {
+  root.m_Data.order = order;
+  auto add = [tally, order](Tree& parent, int id) -> Tree& {
     Tree& child = AddChild(parent, id);
     child.m_Data.destroyed = tally;
+    child.m_Data.order = order;
     return child;
   };
   Tree& n1 = add(root, 1);
