@@ -54,7 +54,9 @@ class OciTest : public ::testing::Test {
 
   void TearDown() override {
     ocimemFaultReset();
-    if (env_ != nullptr) EXPECT_EQ(OCI_SUCCESS, OCIHandleFree(env_, OCI_HTYPE_ENV));
+    if (env_ != nullptr) {
+      EXPECT_EQ(OCI_SUCCESS, OCIHandleFree(env_, OCI_HTYPE_ENV));
+    }
   }
 
   // A database per test, so that tests never see each other's types.
