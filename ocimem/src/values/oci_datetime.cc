@@ -1,0 +1,271 @@
+// OCIDateTime entry points over the descriptors of descriptors.cc.
+#include <string>
+
+#include "../internal.h"
+#include "calendar.h"
+#include "date_format.h"
+#include "datetime.h"
+#include "descriptor.h"
+#include "oci_common.h"
+
+namespace {
+
+using ocimem::values::DateTimeDescriptor;
+using ocimem::values::DateTimeFields;
+using ocimem::values::DateTimeKind;
+using ocimem::values::Zone;
+
+bool Zoned(DateTimeKind k) {
+  return k == DateTimeKind::TimestampTz || k == DateTimeKind::TimestampLtz;
+}
+
+// Resolves the handle's environment and its session time zone.
+sword SessionOf(void* hndl, OCIError* err, Zone* zone) {
+  ocimem::Env* env = ocimem::EnvFromHandle(hndl);
+  if (env == nullptr) return OCI_INVALID_HANDLE;
+  if (int ora = ocimem::values::ResolveSessionZone(env->session_time_zone, zone)) {
+    return ocimem::values::FailDate(err, ora);
+  }
+  return OCI_SUCCESS;
+}
+
+int CheckFields(const DateTimeFields& f) {
+  if (f.year == 0 || f.year < ocimem::values::kMinYear || f.year > ocimem::values::kMaxYear) {
+    return ocimem::values::kOraBadYear;
+  }
+  if (f.month < 1 || f.month > 12) return ocimem::values::kOraBadMonth;
+  if (f.day < 1 || f.day > 31) return ocimem::values::kOraBadDay;
+  if (!ocimem::values::IsValidDate(f.year, f.month, f.day)) {
+    return ocimem::values::kOraDayNotValidForMonth;
+  }
+  if (f.hour > 23) return ocimem::values::kOraBadHour;
+  if (f.minute > 59) return ocimem::values::kOraBadMinute;
+  if (f.second > 59) return ocimem::values::kOraBadSecond;
+  if (f.nanos > 999999999U) return ocimem::values::kOraBadFraction;
+  return 0;
+}
+
+// Stores local fields (read or constructed) into a descriptor of any kind.
+int StoreLocal(DateTimeDescriptor* d, DateTimeFields local, const Zone* given,
+               std::string_view abbreviation, const Zone& session) {
+  if (d->kind == DateTimeKind::Date) local.nanos = 0;
+  if (!Zoned(d->kind)) {
+    d->value = ocimem::values::DateTimeValue{};
+    ocimem::values::SetFields(local, &d->value);
+    return 0;
+  }
+  ocimem::values::DateTimeValue v;
+  if (int ora = ocimem::values::MakeZonedValue(local, given != nullptr ? *given : session,
+                                               abbreviation, &v)) {
+    return ora;
+  }
+  if (d->kind == DateTimeKind::TimestampLtz) {
+    // An instant: kept in UTC and shown in the session zone.
+    ocimem::values::DateTimeValue utc;
+    ocimem::values::SetFields(ocimem::values::ToUtc(v), &utc);
+    v = utc;
+  }
+  d->value = v;
+  return 0;
+}
+
+// The fields a caller sees and the zone it is shown with (nullptr: none).
+DateTimeFields Shown(const DateTimeDescriptor& d, const Zone& session,
+                     ocimem::values::ZoneOutput* zone, bool* has_zone) {
+  *has_zone = Zoned(d.kind);
+  if (d.kind == DateTimeKind::TimestampLtz) {
+    DateTimeFields local;
+    ocimem::values::FromUtc(ocimem::values::FieldsOf(d.value), session, &local, zone);
+    return local;
+  }
+  if (d.kind == DateTimeKind::TimestampTz) {
+    zone->is_region = !d.value.region.empty();
+    zone->region = d.value.region;
+    zone->offset_minutes = d.value.offset_minutes;
+    zone->abbreviation = d.value.abbreviation;
+  }
+  return ocimem::values::FieldsOf(d.value);
+}
+
+}  // namespace
+
+extern "C" {
+
+sword OCIDateTimeConstruct(void* hndl, OCIError* err, OCIDateTime* datetime, sb2 yr, ub1 mnth,
+                           ub1 dy, ub1 hr, ub1 mm, ub1 ss, ub4 fsec, OraText* timezone,
+                           size_t timezone_length) {
+  sword rc;
+  if (ocimem::Enter("OCIDateTimeConstruct", err, &rc)) return rc;
+  Zone session;
+  if ((rc = SessionOf(hndl, err, &session)) != OCI_SUCCESS) return rc;
+  DateTimeDescriptor* d = ocimem::values::AsDateTime(datetime);
+  if (d == nullptr) return ocimem::FailArgument(err, 3);
+  DateTimeFields f;
+  f.year = yr;
+  f.month = mnth;
+  f.day = dy;
+  f.hour = hr;
+  f.minute = mm;
+  f.second = ss;
+  f.nanos = fsec;
+  if (int ora = CheckFields(f)) return ocimem::values::FailDate(err, ora);
+  Zone given;
+  const bool has_zone = timezone != nullptr && timezone_length != 0 && Zoned(d->kind);
+  if (has_zone) {
+    const std::string_view text(reinterpret_cast<const char*>(timezone), timezone_length);
+    if (int ora = ocimem::values::ResolveZoneText(text, &given)) {
+      return ocimem::values::FailDate(err, ora);
+    }
+  }
+  if (int ora = StoreLocal(d, f, has_zone ? &given : nullptr, {}, session)) {
+    return ocimem::values::FailDate(err, ora);
+  }
+  return OCI_SUCCESS;
+}
+
+sword OCIDateTimeGetDate(void* hndl, OCIError* err, const OCIDateTime* date, sb2* yr, ub1* mnth,
+                         ub1* dy) {
+  sword rc;
+  if (ocimem::Enter("OCIDateTimeGetDate", err, &rc)) return rc;
+  Zone session;
+  if ((rc = SessionOf(hndl, err, &session)) != OCI_SUCCESS) return rc;
+  const DateTimeDescriptor* d = ocimem::values::AsDateTime(date);
+  if (d == nullptr) return ocimem::FailArgument(err, 3);
+  if (yr == nullptr) return ocimem::FailArgument(err, 4);
+  if (mnth == nullptr) return ocimem::FailArgument(err, 5);
+  if (dy == nullptr) return ocimem::FailArgument(err, 6);
+  ocimem::values::ZoneOutput zone;
+  bool has_zone = false;
+  const DateTimeFields f = Shown(*d, session, &zone, &has_zone);
+  *yr = static_cast<sb2>(f.year);
+  *mnth = static_cast<ub1>(f.month);
+  *dy = static_cast<ub1>(f.day);
+  return OCI_SUCCESS;
+}
+
+sword OCIDateTimeGetTime(void* hndl, OCIError* err, OCIDateTime* datetime, ub1* hr, ub1* mm,
+                         ub1* ss, ub4* fsec) {
+  sword rc;
+  if (ocimem::Enter("OCIDateTimeGetTime", err, &rc)) return rc;
+  Zone session;
+  if ((rc = SessionOf(hndl, err, &session)) != OCI_SUCCESS) return rc;
+  const DateTimeDescriptor* d = ocimem::values::AsDateTime(datetime);
+  if (d == nullptr) return ocimem::FailArgument(err, 3);
+  if (hr == nullptr) return ocimem::FailArgument(err, 4);
+  if (mm == nullptr) return ocimem::FailArgument(err, 5);
+  if (ss == nullptr) return ocimem::FailArgument(err, 6);
+  if (fsec == nullptr) return ocimem::FailArgument(err, 7);
+  ocimem::values::ZoneOutput zone;
+  bool has_zone = false;
+  const DateTimeFields f = Shown(*d, session, &zone, &has_zone);
+  *hr = static_cast<ub1>(f.hour);
+  *mm = static_cast<ub1>(f.minute);
+  *ss = static_cast<ub1>(f.second);
+  *fsec = f.nanos;
+  return OCI_SUCCESS;
+}
+
+sword OCIDateTimeGetTimeZoneOffset(void* hndl, OCIError* err, const OCIDateTime* datetime,
+                                   sb1* hr, sb1* mm) {
+  sword rc;
+  if (ocimem::Enter("OCIDateTimeGetTimeZoneOffset", err, &rc)) return rc;
+  Zone session;
+  if ((rc = SessionOf(hndl, err, &session)) != OCI_SUCCESS) return rc;
+  const DateTimeDescriptor* d = ocimem::values::AsDateTime(datetime);
+  if (d == nullptr) return ocimem::FailArgument(err, 3);
+  if (hr == nullptr) return ocimem::FailArgument(err, 4);
+  if (mm == nullptr) return ocimem::FailArgument(err, 5);
+  ocimem::values::ZoneOutput zone;
+  bool has_zone = false;
+  Shown(*d, session, &zone, &has_zone);
+  if (!has_zone) return ocimem::values::FailDate(err, ocimem::values::kOraFieldNotFound);
+  *hr = static_cast<sb1>(zone.offset_minutes / 60);
+  *mm = static_cast<sb1>(zone.offset_minutes % 60);
+  return OCI_SUCCESS;
+}
+
+sword OCIDateTimeToText(void* hndl, OCIError* err, const OCIDateTime* date, const OraText* fmt,
+                        ub1 fmt_length, ub1 fsprec, const OraText* lang_name, size_t lang_length,
+                        ub4* buf_size, OraText* buf) {
+  sword rc;
+  if (ocimem::Enter("OCIDateTimeToText", err, &rc)) return rc;
+  Zone session;
+  if ((rc = SessionOf(hndl, err, &session)) != OCI_SUCCESS) return rc;
+  const DateTimeDescriptor* d = ocimem::values::AsDateTime(date);
+  if (d == nullptr) return ocimem::FailArgument(err, 3);
+  if (buf_size == nullptr) return ocimem::FailArgument(err, 9);
+  if (buf == nullptr) return ocimem::FailArgument(err, 10);
+  if (fsprec > 9) return ocimem::values::FailDate(err, 30088);
+  if (!ocimem::values::IsAmerican(lang_name, lang_length)) return ocimem::values::FailLanguage(err);
+  std::string_view mask_text;
+  if (fmt != nullptr && fmt_length != 0) {
+    mask_text = std::string_view(reinterpret_cast<const char*>(fmt), fmt_length);
+  } else {
+    mask_text = Zoned(d->kind) && d->kind != DateTimeKind::TimestampLtz
+                    ? "DD-MON-RR HH.MI.SS.FF AM TZR"
+                    : "DD-MON-RR HH.MI.SS.FF AM";
+  }
+  ocimem::values::DateMask mask;
+  if (int ora = ocimem::values::ParseDateMask(mask_text, &mask)) {
+    return ocimem::values::FailDate(err, ora);
+  }
+  ocimem::values::ZoneOutput zone;
+  bool has_zone = false;
+  const DateTimeFields f = Shown(*d, session, &zone, &has_zone);
+  std::string text;
+  if (int ora = ocimem::values::FormatDateTime(mask, f, true, fsprec, has_zone ? &zone : nullptr,
+                                               &text)) {
+    return ocimem::values::FailDate(err, ora);
+  }
+  return ocimem::values::CopyText(err, text, buf_size, buf);
+}
+
+sword OCIDateTimeFromText(void* hndl, OCIError* err, const OraText* date_str, size_t dstr_length,
+                          const OraText* fmt, ub1 fmt_length, const OraText* lang_name,
+                          size_t lang_length, OCIDateTime* date) {
+  sword rc;
+  if (ocimem::Enter("OCIDateTimeFromText", err, &rc)) return rc;
+  Zone session;
+  if ((rc = SessionOf(hndl, err, &session)) != OCI_SUCCESS) return rc;
+  if (date_str == nullptr) return ocimem::FailArgument(err, 3);
+  DateTimeDescriptor* d = ocimem::values::AsDateTime(date);
+  if (d == nullptr) return ocimem::FailArgument(err, 9);
+  if (!ocimem::values::IsAmerican(lang_name, lang_length)) return ocimem::values::FailLanguage(err);
+  std::string_view mask_text = "DD-MON-RR HH.MI.SS.FF AM";
+  if (fmt != nullptr && fmt_length != 0) {
+    mask_text = std::string_view(reinterpret_cast<const char*>(fmt), fmt_length);
+  }
+  ocimem::values::DateMask mask;
+  if (int ora = ocimem::values::ParseDateMask(mask_text, &mask)) {
+    return ocimem::values::FailDate(err, ora);
+  }
+  ocimem::values::DateParseOptions options;
+  options.allow_fraction = true;
+  options.allow_zone = Zoned(d->kind);
+  options.current_year = ocimem::values::CurrentYear();
+  options.current_month = ocimem::values::CurrentMonth();
+  DateTimeFields f;
+  ocimem::values::ZoneInput zone_in;
+  const std::string_view text(reinterpret_cast<const char*>(date_str), dstr_length);
+  if (int ora = ocimem::values::ParseDateTime(text, mask, options, &f, &zone_in)) {
+    return ocimem::values::FailDate(err, ora);
+  }
+  Zone given;
+  if (zone_in.present) {
+    if (zone_in.is_region) {
+      if (int ora = ocimem::values::ResolveZoneText(zone_in.region, &given)) {
+        return ocimem::values::FailDate(err, ora);
+      }
+    } else {
+      given.offset_minutes = zone_in.offset_minutes;
+    }
+  }
+  // A TZD after a plain offset carries no information and is ignored.
+  const std::string_view abbreviation = given.is_region ? zone_in.abbreviation : std::string_view{};
+  if (int ora = StoreLocal(d, f, zone_in.present ? &given : nullptr, abbreviation, session)) {
+    return ocimem::values::FailDate(err, ora);
+  }
+  return OCI_SUCCESS;
+}
+
+}  // extern "C"
