@@ -8,8 +8,9 @@ namespace {
 const KEL_ERR_MSG kHostErrors[] = {
     {KEL_ERR_INCOMPLETE, "Operation did not complete"},
     {KEL_ERR_ARGUMENT, "Invalid argument"},
-    {KEL_ERR_IO, "File input/output error"},
+    {KEL_ERR_POSITION, "Position belongs to another list"},
     {KEL_ERR_MEMORY, "Out of memory"},
+    {KEL_ERR_IO, "File input/output error"},
     {KEL_ERR_CONNECTION, "Database connection lost"},
     {KEL_ERR_CONVERSION, "Value conversion failed"},
     {KEL_ERR_LOB, "Large object transfer failed"},

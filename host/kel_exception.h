@@ -8,7 +8,8 @@
 enum {
   KEL_ERR_INCOMPLETE = -2,   // a traced scope ended without success
   KEL_ERR_ARGUMENT = -8,     // invalid argument or misuse of an object
-  KEL_ERR_IO = -9,           // file could not be opened, read or written
+  KEL_ERR_POSITION = -9,     // a list position that belongs to another list
+  KEL_ERR_IO = -11,          // file could not be opened, read or written
   KEL_ERR_MEMORY = -10,      // memory could not be obtained
   KEL_ERR_CONNECTION = -13,  // the database connection is unusable
   KEL_ERR_CONVERSION = -18,  // a value could not be converted

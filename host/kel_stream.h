@@ -38,7 +38,7 @@ class KEL_API CKelStreamPage {
 // mirrored to a file. The creator owns the stream; pages handed out by
 // NewPage/ReadPage belong to the stream. Errors are thrown as CKelException:
 // KEL_ERR_ARGUMENT (-8) for bad arguments or misuse, KEL_ERR_MEMORY (-10)
-// when storage cannot be obtained, KEL_ERR_IO (-9) for file failures.
+// when storage cannot be obtained, KEL_ERR_IO (-11) for file failures.
 //
 // Storage. Data lives in pages of nPageSize bytes (64 KiB when 0). A page
 // written with NewPage(const void*, ...) is referenced, not copied: the
@@ -51,7 +51,7 @@ class KEL_API CKelStreamPage {
 // writes its contents back on Flush() and on destruction (errors on
 // destruction are swallowed; call Flush() to see them). pszMode is as for
 // fopen ("b" is accepted and ignored):
-//   "r"        the file must exist; the stream is read-only (writes throw -9)
+//   "r"        the file must exist; the stream is read-only (writes throw -11)
 //   "r+"       the file must exist; read and overwrite, position 0
 //   "w", "w+"  the file is created or truncated at once; position 0
 //   "a", "a+"  the file is created if missing; position at the end, and
@@ -68,7 +68,7 @@ class KEL_API CKelStream {
   enum { KEL_DEFAULT_PAGE_SIZE = 64 * 1024 };
 
   // nFlags is reserved and ignored. Throws -8 for a file name without a
-  // valid mode, -9 when the file cannot be opened or read, -10 on memory.
+  // valid mode, -11 when the file cannot be opened or read, -10 on memory.
   CKelStream(unsigned long nPageSize, const char* pszFile, const char* pszMode,
              int nFlags);
   ~CKelStream();

@@ -22,8 +22,9 @@ struct HostCodeText {
 const HostCodeText kHostCodes[] = {
     {-2, "Operation did not complete"},
     {-8, "Invalid argument"},
-    {-9, "File input/output error"},
+    {-9, "Position belongs to another list"},
     {-10, "Out of memory"},
+    {-11, "File input/output error"},
     {-13, "Database connection lost"},
     {-18, "Value conversion failed"},
     {-21, "Large object transfer failed"},

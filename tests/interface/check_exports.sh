@@ -14,7 +14,7 @@ if [ -n "$bad" ]; then
   status=1
 fi
 for s in "$@"; do
-  if ! grep -q -x -F "$s" <<<"$syms"; then
+  if ! grep -q -E "^${s}(\(.*)?$" <<<"$syms"; then
     echo "missing export from $lib: $s"
     status=1
   fi
