@@ -4,6 +4,7 @@
 
 #include <cstring>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "alloc_hooks.h"
@@ -30,7 +31,16 @@ template <class T>
 class TypedAllocatorTest : public AllocatorTest {};
 
 using ElementTypes = ::testing::Types<char, unsigned char>;
-TYPED_TEST_SUITE(TypedAllocatorTest, ElementTypes);
+
+// Names the two instantiations, whose memory sources differ: C heap and free
+// store.
+struct ElementName {
+  template <class T>
+  static std::string GetName(int) {
+    return std::is_same<T, char>::value ? "CHeapChar" : "FreeStoreUnsignedChar";
+  }
+};
+TYPED_TEST_SUITE(TypedAllocatorTest, ElementTypes, ElementName);
 
 // ---- helper templates ----
 
