@@ -333,10 +333,22 @@ bool NextIsNumeric(const std::vector<DateToken>& tokens, std::size_t i) {
   return false;
 }
 
+bool NextIsFraction(const std::vector<DateToken>& tokens, std::size_t i) {
+  for (std::size_t j = i + 1; j < tokens.size(); ++j) {
+    const DateElement e = tokens[j].element;
+    if (e == DateElement::FillMode || e == DateElement::Exact) continue;
+    return e == DateElement::Fraction;
+  }
+  return false;
+}
+
+// Whether a '+' or '-' ahead belongs to a signed element rather than to the
+// punctuation (an optional fraction in between is looked through).
 bool NextIsSigned(const std::vector<DateToken>& tokens, std::size_t i) {
   for (std::size_t j = i + 1; j < tokens.size(); ++j) {
     const DateElement e = tokens[j].element;
-    if (e == DateElement::Literal || e == DateElement::FillMode || e == DateElement::Exact) {
+    if (e == DateElement::Literal || e == DateElement::FillMode || e == DateElement::Exact ||
+        e == DateElement::Fraction) {
       continue;
     }
     return e == DateElement::ZoneRegion || e == DateElement::ZoneHour ||
@@ -415,6 +427,13 @@ int ParseDateTime(std::string_view text, const DateMask& mask, const DateParseOp
         if (!MatchFold(text, r.pos, run)) return kOraLiteralMismatch;
         r.pos += run.size();
         continue;
+      }
+      if (NextIsFraction(tokens, i)) {
+        // The point belongs to the fraction: without fraction digits it
+        // stays for the punctuation after FF.
+        std::size_t end = r.pos;
+        while (end < text.size() && !IsAlnum(text[end])) ++end;
+        if (end >= text.size() || !IsDigit(text[end])) continue;
       }
       const bool keep_sign = NextIsSigned(tokens, i);
       std::size_t consumed = 0;

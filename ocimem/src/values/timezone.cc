@@ -143,7 +143,7 @@ class RegionIndex {
     std::error_code ec;
     std::filesystem::recursive_directory_iterator it(root, ec);
     for (; !ec && it != std::filesystem::recursive_directory_iterator(); it.increment(ec)) {
-      const std::string relative = std::filesystem::relative(it->path(), root, ec).generic_string();
+      const std::string relative = it->path().lexically_relative(root).generic_string();
       if (it->is_directory(ec)) {
         if (relative == "posix" || relative == "right") it.disable_recursion_pending();
         continue;
