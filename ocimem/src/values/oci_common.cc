@@ -29,6 +29,21 @@ std::string_view MaskOrDefault(const oratext* fmt, std::size_t length) {
   return std::string_view(reinterpret_cast<const char*>(fmt), length);
 }
 
+int CachedDateMask(std::string_view text, const DateMask** out) {
+  thread_local std::string cached_text;
+  thread_local DateMask cached_mask;
+  thread_local bool cached = false;
+  if (!cached || cached_text != text) {
+    DateMask mask;
+    if (int ora = ParseDateMask(text, &mask)) return ora;
+    cached_mask = std::move(mask);
+    cached_text = std::string(text);
+    cached = true;
+  }
+  *out = &cached_mask;
+  return 0;
+}
+
 sword CopyText(OCIError* err, const std::string& text, ub4* buf_size, oratext* buf) {
   if (text.size() > *buf_size) return FailDate(err, 1877);
   std::memcpy(buf, text.data(), text.size());

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "date_format.h"
 #include "oci.h"
 
 namespace ocimem::values {
@@ -18,6 +19,11 @@ sword FailDate(OCIError* err, int ora);
 
 // A NULL or empty mask means Oracle's default date mask DD-MON-YY.
 std::string_view MaskOrDefault(const oratext* fmt, std::size_t length);
+
+// The parsed form of a datetime mask; the last mask of each thread is kept
+// because the adapter converts many values with one mask. The pointer is
+// valid until the thread's next call. Returns 0 or the mask's ORA error.
+int CachedDateMask(std::string_view text, const DateMask** out);
 
 // Copies text into a caller buffer of *buf_size bytes: a text that exactly
 // fills the buffer is accepted without terminator; longer is ORA-01877.

@@ -41,8 +41,9 @@ sword OCIDateToText(OCIError* err, const OCIDate* date, const oratext* fmt, ub1 
   if (buf == nullptr) return ocimem::FailArgument(err, 8);
   if (!ocimem::values::IsAmerican(lang_name, lang_length)) return ocimem::values::FailLanguage(err);
   if (int ora = CheckDate(*date)) return ocimem::values::FailDate(err, ora);
-  ocimem::values::DateMask mask;
-  if (int ora = ocimem::values::ParseDateMask(ocimem::values::MaskOrDefault(fmt, fmt_length), &mask)) {
+  const ocimem::values::DateMask* mask = nullptr;
+  if (int ora = ocimem::values::CachedDateMask(ocimem::values::MaskOrDefault(fmt, fmt_length),
+                                               &mask)) {
     return ocimem::values::FailDate(err, ora);
   }
   DateTimeFields v;
@@ -53,7 +54,7 @@ sword OCIDateToText(OCIError* err, const OCIDate* date, const oratext* fmt, ub1 
   v.minute = date->OCIDateTime.OCITimeMI;
   v.second = date->OCIDateTime.OCITimeSS;
   std::string text;
-  if (int ora = ocimem::values::FormatDateTime(mask, v, false, 0, nullptr, &text)) {
+  if (int ora = ocimem::values::FormatDateTime(*mask, v, false, 0, nullptr, &text)) {
     return ocimem::values::FailDate(err, ora);
   }
   return ocimem::values::CopyText(err, text, buf_size, buf);
@@ -66,8 +67,9 @@ sword OCIDateFromText(OCIError* err, const oratext* date_str, ub4 d_str_length, 
   if (date_str == nullptr) return ocimem::FailArgument(err, 2);
   if (date == nullptr) return ocimem::FailArgument(err, 8);
   if (!ocimem::values::IsAmerican(lang_name, lang_length)) return ocimem::values::FailLanguage(err);
-  ocimem::values::DateMask mask;
-  if (int ora = ocimem::values::ParseDateMask(ocimem::values::MaskOrDefault(fmt, fmt_length), &mask)) {
+  const ocimem::values::DateMask* mask = nullptr;
+  if (int ora = ocimem::values::CachedDateMask(ocimem::values::MaskOrDefault(fmt, fmt_length),
+                                               &mask)) {
     return ocimem::values::FailDate(err, ora);
   }
   ocimem::values::DateParseOptions options;
@@ -75,7 +77,7 @@ sword OCIDateFromText(OCIError* err, const oratext* date_str, ub4 d_str_length, 
   options.current_month = ocimem::values::CurrentMonth();
   DateTimeFields v;
   const std::string_view text(reinterpret_cast<const char*>(date_str), d_str_length);
-  if (int ora = ocimem::values::ParseDateTime(text, mask, options, &v, nullptr)) {
+  if (int ora = ocimem::values::ParseDateTime(text, *mask, options, &v, nullptr)) {
     return ocimem::values::FailDate(err, ora);
   }
   date->OCIDateYYYY = static_cast<sb2>(v.year);

@@ -205,15 +205,15 @@ sword OCIDateTimeToText(void* hndl, OCIError* err, const OCIDateTime* date, cons
                     ? "DD-MON-RR HH.MI.SS.FF AM TZR"
                     : "DD-MON-RR HH.MI.SS.FF AM";
   }
-  ocimem::values::DateMask mask;
-  if (int ora = ocimem::values::ParseDateMask(mask_text, &mask)) {
+  const ocimem::values::DateMask* mask = nullptr;
+  if (int ora = ocimem::values::CachedDateMask(mask_text, &mask)) {
     return ocimem::values::FailDate(err, ora);
   }
   ocimem::values::ZoneOutput zone;
   bool has_zone = false;
   const DateTimeFields f = Shown(*d, session, &zone, &has_zone);
   std::string text;
-  if (int ora = ocimem::values::FormatDateTime(mask, f, true, fsprec, has_zone ? &zone : nullptr,
+  if (int ora = ocimem::values::FormatDateTime(*mask, f, true, fsprec, has_zone ? &zone : nullptr,
                                                &text)) {
     return ocimem::values::FailDate(err, ora);
   }
@@ -235,8 +235,8 @@ sword OCIDateTimeFromText(void* hndl, OCIError* err, const OraText* date_str, si
   if (fmt != nullptr && fmt_length != 0) {
     mask_text = std::string_view(reinterpret_cast<const char*>(fmt), fmt_length);
   }
-  ocimem::values::DateMask mask;
-  if (int ora = ocimem::values::ParseDateMask(mask_text, &mask)) {
+  const ocimem::values::DateMask* mask = nullptr;
+  if (int ora = ocimem::values::CachedDateMask(mask_text, &mask)) {
     return ocimem::values::FailDate(err, ora);
   }
   ocimem::values::DateParseOptions options;
@@ -247,7 +247,7 @@ sword OCIDateTimeFromText(void* hndl, OCIError* err, const OraText* date_str, si
   DateTimeFields f;
   ocimem::values::ZoneInput zone_in;
   const std::string_view text(reinterpret_cast<const char*>(date_str), dstr_length);
-  if (int ora = ocimem::values::ParseDateTime(text, mask, options, &f, &zone_in)) {
+  if (int ora = ocimem::values::ParseDateTime(text, *mask, options, &f, &zone_in)) {
     return ocimem::values::FailDate(err, ora);
   }
   Zone given;
