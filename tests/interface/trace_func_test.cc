@@ -1,5 +1,7 @@
 #include "interface/trace_func.h"
 
+#include "interface/err_lookup.h"
+
 #include <gtest/gtest.h>
 #include <host/kel.h>
 
@@ -95,6 +97,26 @@ TEST(TraceFunc, ErrLineIsUnconditionalWhateverTheLevel) {
   trace.SetLevel(0);
   { CKelTraceFunc scope(&trace, "g", -2); }
   EXPECT_EQ(Captured(trace), "*ERR: in g (-2)\n");
+}
+
+TEST(TraceFunc, AdapterErrorReachesHostAsLastExceptionAfterScopesPrinted) {
+  CKelTrace trace;
+  trace.CaptureToBuffer();
+  KelClearLastException();
+  try {
+    CKelTraceFunc scope(&trace, "CAdp::_ReadStream", -2);
+    throw CKelException(-1102, "CAdpReleaseParser::GetNextBlock", gAdpErrLookup,
+                        ADP_ERR_LOOKUP_COUNT);
+  } catch (const CKelException& e) {
+    KelSetLastException(e);
+  }
+  EXPECT_EQ(Captured(trace), "*ERR: in CAdp::_ReadStream (-2)\n");
+  CKelException last(0, "");
+  ASSERT_EQ(KelGetLastException(&last), 1);
+  EXPECT_EQ(last.GetRC(), -1102);
+  EXPECT_STREQ(last.GetText(), "Invalid relese character position");
+  EXPECT_STREQ(last.GetFunc(), "CAdpReleaseParser::GetNextBlock");
+  KelClearLastException();
 }
 
 }  // namespace
