@@ -5,8 +5,51 @@
 #include <type_traits>
 
 #include "oci.h"
+#include "orid.h"
+
+extern "C" int ocimem_c_header_check(void);
 
 namespace {
+
+template <typename A, typename B>
+constexpr bool Same() {
+  return std::is_same<A, B>::value;
+}
+
+// The prototypes that differ from what Oracle's prose documentation shows.
+static_assert(Same<decltype(&OCIErrorGet),
+                   sword (*)(void*, ub4, OraText*, sb4*, OraText*, ub4, ub4)>(),
+              "error code is sb4*");
+static_assert(Same<decltype(&OCILobRead),
+                   sword (*)(OCISvcCtx*, OCIError*, OCILobLocator*, ub4*, ub4, void*, ub4, void*,
+                             OCICallbackLobRead, ub2, ub1)>(),
+              "amount before offset");
+static_assert(Same<decltype(&OCILogon),
+                   sword (*)(OCIEnv*, OCIError*, OCISvcCtx**, const OraText*, ub4,
+                             const OraText*, ub4, const OraText*, ub4)>(),
+              "OCILogon");
+static_assert(Same<decltype(&OCIHandleAlloc),
+                   sword (*)(const void*, void**, const ub4, const size_t, void**)>(),
+              "OCIHandleAlloc");
+static_assert(Same<decltype(&OCIObjectSetAttr),
+                   sword (*)(OCIEnv*, OCIError*, void*, void*, OCIType*, const oratext**,
+                             const ub4*, const ub4, const ub4*, const ub4, const OCIInd,
+                             const void*, const void*)>(),
+              "OCIObjectSetAttr");
+static_assert(Same<decltype(&OCITypeByName),
+                   sword (*)(OCIEnv*, OCIError*, const OCISvcCtx*, const oratext*, ub4,
+                             const oratext*, ub4, const oratext*, ub4, OCIDuration,
+                             OCITypeGetOpt, OCIType**)>(),
+              "OCITypeByName");
+static_assert(Same<decltype(&OCICollMax), sb4 (*)(OCIEnv*, const OCIColl*)>(), "OCICollMax");
+static_assert(Same<decltype(&OCIStringPtr), oratext* (*)(OCIEnv*, const OCIString*)>(),
+              "OCIStringPtr");
+static_assert(Same<decltype(&OCIRawPtr), ub1* (*)(OCIEnv*, const OCIRaw*)>(), "OCIRawPtr");
+static_assert(Same<decltype(&OCIDateTimeGetTime),
+                   sword (*)(void*, OCIError*, OCIDateTime*, ub1*, ub1*, ub1*, ub4*)>(),
+              "non-const datetime");
+
+TEST(OciHeader, UsableFromC) { EXPECT_EQ(1, ocimem_c_header_check()); }
 
 TEST(OciHeader, ValueStructLayouts) {
   EXPECT_EQ(22u, sizeof(OCINumber));
