@@ -22,6 +22,7 @@ sword IndexError(OCIError* err, long long index, long long low, long long high) 
 sword StoreElement(Env* env, OCIError* err, OCIColl* coll, size_t i, const void* elem,
                    const void* elemind, int elem_position) {
   const ValueType& t = coll->element_type();
+  if (!ObjectValueFits(env, t, elem)) return FailArgument(err, elem_position);
   AssignResult r = AssignSlot(env, t, coll->ValueAt(i), elem);
   if (r == AssignResult::kBadValue) return FailArgument(err, elem_position);
   if (r == AssignResult::kNoMemory) {

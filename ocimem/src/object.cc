@@ -175,6 +175,8 @@ sword OCIObjectCopy(OCIEnv* envh, OCIError* err, const OCISvcCtx* svc, void* sou
   t.kind = ValueKind::kObject;
   t.typecode = OCI_TYPECODE_OBJECT;
   t.named = type->shared_from_this();
+  if (!ObjectValueFits(env, t, source)) return FailArgument(err, 4);
+  if (!ObjectValueFits(env, t, target)) return FailArgument(err, 6);
   AssignResult r = AssignSlot(env, t, target, source);
   if (r == AssignResult::kBadValue) return FailArgument(err, 4);
   if (r == AssignResult::kNoMemory) {

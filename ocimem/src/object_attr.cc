@@ -98,6 +98,7 @@ sword OCIObjectSetAttr(OCIEnv* envh, OCIError* err, void* instance, void* null_s
   if (rc != OCI_SUCCESS) return rc;
   const ValueType& t = ref.attribute->type;
   if (attr_value != nullptr) {
+    if (!ObjectValueFits(env, t, attr_value)) return FailArgument(err, 13);
     AssignResult r = AssignSlot(env, t, ref.slot, attr_value);
     if (r == AssignResult::kBadValue) return FailArgument(err, 13);
     if (r == AssignResult::kNoMemory) {

@@ -4,6 +4,7 @@
 #include <new>
 
 #include "coll.h"
+#include "instance.h"
 #include "lob.h"
 #include "ref.h"
 #include "value_descriptors.h"
@@ -129,6 +130,13 @@ void FreeSlot(const ValueType& t, void* slot) {
       break;
   }
   SlotPointer<void>(slot) = nullptr;
+}
+
+bool ObjectValueFits(Env* env, const ValueType& t, const void* elem) {
+  if (t.kind != ValueKind::kObject) return true;
+  const Instance* instance = FindInstance(env, elem);
+  if (instance == nullptr) return true;
+  return instance->kind == Instance::Kind::kObject && instance->type == t.named;
 }
 
 const void* ElementForm(const ValueType& t, const void* slot) {

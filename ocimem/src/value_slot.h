@@ -24,6 +24,9 @@ enum class AssignResult { kOk, kBadValue, kNoMemory };
 // OCIDate*, the struct of an object, or the handle itself (OCIString*, OCIRaw*, OCIRef*,
 // OCILobLocator*, OCIDateTime*, OCIInterval*, OCIColl*).
 AssignResult AssignSlot(Env* env, const ValueType& t, void* slot, const void* elem);
+// False when `elem` is a standalone object instance of another type than `t` (an object
+// value that is not standalone cannot be checked and is trusted).
+bool ObjectValueFits(Env* env, const ValueType& t, const void* elem);
 // The element form of the value held in a slot.
 const void* ElementForm(const ValueType& t, const void* slot);
 // A zero NUMBER and the first day of the Julian calendar, the defaults of new values.

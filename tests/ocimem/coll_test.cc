@@ -209,6 +209,26 @@ TEST_F(CollTest, CollectionOfObjects) {
   Free(c);
 }
 
+TEST_F(CollTest, ObjectOfAnotherTypeIsRefused) {
+  MustExec("create type other_t as object (qty number, name varchar2(20))");
+  OCIColl* c = NewColl("ITEM_NT");
+  void* other = nullptr;
+  ASSERT_EQ(OCI_SUCCESS, OCIObjectNew(env_, err_, svc_, OCI_TYPECODE_OBJECT,
+                                      TypeByName("OTHER_T"), nullptr, OCI_DURATION_DEFAULT, TRUE,
+                                      &other));
+  EXPECT_EQ(OCI_ERROR, OCICollAppend(env_, err_, other, nullptr, c));
+  EXPECT_EQ("ORA-21560: argument 3 is null, invalid, or out of range", FirstError(err_));
+  EXPECT_EQ(0, Size(c));
+  // A value of another kind altogether.
+  OCINumber n = Number(1);
+  OCIColl* nums = NewColl("NUM_NT");
+  EXPECT_EQ(OCI_ERROR, OCICollAppend(env_, err_, nums, nullptr, c));
+  EXPECT_EQ(OCI_SUCCESS, OCICollAppend(env_, err_, &n, nullptr, nums));
+  Free(nums);
+  Free(other);
+  Free(c);
+}
+
 TEST_F(CollTest, NestedCollections) {
   OCIColl* grid = NewColl("GRID_NT");
   OCIColl* row = NewColl("NUM_NT");

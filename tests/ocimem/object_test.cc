@@ -363,6 +363,26 @@ TEST_F(ObjectTest, SetAttrOnAnEmbeddedObject) {
   EXPECT_EQ(OCI_SUCCESS, OCIObjectFree(env_, err_, rec, OCI_DEFAULT));
 }
 
+TEST_F(ObjectTest, ObjectsOfAnotherTypeAreRefused) {
+  rec_t* rec = NewRec();
+  rec_t_ind* ind = IndOf(rec);
+  rec_t* other = NewRec();
+  EXPECT_EQ(OCI_ERROR, Set(rec, ind, rec_tdo_, "ADDR", OCI_IND_NOTNULL, nullptr, other));
+  EXPECT_EQ("ORA-21560: argument 13 is null, invalid, or out of range", FirstError(err_));
+  void* addr = nullptr;
+  ASSERT_EQ(OCI_SUCCESS, OCIObjectNew(env_, err_, svc_, OCI_TYPECODE_OBJECT, addr_tdo_, nullptr,
+                                      OCI_DURATION_DEFAULT, TRUE, &addr));
+  EXPECT_EQ(OCI_ERROR, OCIObjectCopy(env_, err_, svc_, addr, IndOf(rec), other, IndOf(other),
+                                     rec_tdo_, OCI_DURATION_DEFAULT, 0));
+  EXPECT_EQ("ORA-21560: argument 4 is null, invalid, or out of range", FirstError(err_));
+  EXPECT_EQ(OCI_ERROR, OCIObjectCopy(env_, err_, svc_, rec, ind, addr, ind, rec_tdo_,
+                                     OCI_DURATION_DEFAULT, 0));
+  EXPECT_EQ("ORA-21560: argument 6 is null, invalid, or out of range", FirstError(err_));
+  EXPECT_EQ(OCI_SUCCESS, OCIObjectFree(env_, err_, addr, OCI_DEFAULT));
+  EXPECT_EQ(OCI_SUCCESS, OCIObjectFree(env_, err_, other, OCI_DEFAULT));
+  EXPECT_EQ(OCI_SUCCESS, OCIObjectFree(env_, err_, rec, OCI_DEFAULT));
+}
+
 TEST_F(ObjectTest, SetAttrErrors) {
   rec_t* rec = NewRec();
   void* ind = IndOf(rec);
