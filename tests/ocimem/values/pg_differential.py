@@ -36,16 +36,18 @@ class Server:
     """A private postgres instance; stop() is safe to call more than once."""
 
     def __init__(self):
-        self.tmp = tempfile.mkdtemp(prefix="ocimem-pg-")
         self.proc = None
         self.prefix = []
+        user = None
         if os.geteuid() == 0:
             try:
                 user = pwd.getpwnam("postgres")
             except KeyError:
                 skip("running as root and there is no postgres user to run the server")
-            os.chown(self.tmp, user.pw_uid, user.pw_gid)
             self.prefix = ["runuser", "-u", "postgres", "--"]
+        self.tmp = tempfile.mkdtemp(prefix="ocimem-pg-")
+        if user is not None:
+            os.chown(self.tmp, user.pw_uid, user.pw_gid)
         self.data = os.path.join(self.tmp, "data")
 
     def start(self):
@@ -243,6 +245,8 @@ def main():
         print("driver answered %d lines for %d commands" % (len(ours), len(commands)))
         return 1
 
+    # A timeout (SIGTERM) must still stop the server.
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))
     server = Server()
     try:
         server.start()
