@@ -240,6 +240,36 @@ TEST_F(ConnectTest, StatementsNeedServerAndSession) {
   EXPECT_EQ("ORA-01012: not logged on", FirstError(err_));
 }
 
+TEST_F(ConnectTest, AttachArgumentErrors) {
+  AllocExplicit();
+  EXPECT_EQ(OCI_ERROR, OCIServerAttach(srv_, err_, Text("db"), -1, OCI_DEFAULT));
+  EXPECT_EQ("ORA-21560: argument 4 is null, invalid, or out of range", FirstError(err_));
+  EXPECT_EQ(OCI_ERROR, OCIServerAttach(srv_, err_, Text("db"), 2, 0x100));
+  EXPECT_EQ("ORA-24300: bad value for mode", FirstError(err_));
+  // Still unattached after both.
+  EXPECT_EQ(OCI_ERROR, OCIServerDetach(srv_, err_, OCI_DEFAULT));
+  EXPECT_EQ(3114, FirstCode(err_));
+}
+
+// UNCONFIRMED: freeing the handles does not end the session; the database stays while
+// another server is attached to it.
+TEST_F(ConnectTest, FreeingAttachedHandlesLeavesASharedDatabase) {
+  OCISvcCtx* keeper = nullptr;
+  ASSERT_EQ(OCI_SUCCESS, Logon("scott", "tiger", "freed_db", &keeper));
+  AllocExplicit();
+  ASSERT_EQ(OCI_SUCCESS, OCIServerAttach(srv_, err_, Text("freed_db"), 8, OCI_DEFAULT));
+  ASSERT_EQ(OCI_SUCCESS, OCIAttrSet(svc_, OCI_HTYPE_SVCCTX, srv_, 0, OCI_ATTR_SERVER, err_));
+  SetCredentials("scott", "tiger");
+  ASSERT_EQ(OCI_SUCCESS, OCISessionBegin(svc_, err_, ses_, OCI_CRED_RDBMS, OCI_DEFAULT));
+  ASSERT_EQ(OCI_SUCCESS, Run(svc_, "create type kept_t as object (a number)"));
+  EXPECT_EQ(OCI_SUCCESS, OCIHandleFree(svc_, OCI_HTYPE_SVCCTX));
+  EXPECT_EQ(OCI_SUCCESS, OCIHandleFree(ses_, OCI_HTYPE_SESSION));
+  EXPECT_EQ(OCI_SUCCESS, OCIHandleFree(srv_, OCI_HTYPE_SERVER));
+  OCIType* tdo = nullptr;
+  EXPECT_EQ(OCI_SUCCESS, Lookup(keeper, "KEPT_T", &tdo));
+  EXPECT_EQ(OCI_SUCCESS, OCILogoff(keeper, err_));
+}
+
 TEST_F(ConnectTest, ConnectionCallsCheckHandles) {
   AllocExplicit();
   EXPECT_EQ(OCI_INVALID_HANDLE, OCIServerAttach(nullptr, err_, nullptr, 0, OCI_DEFAULT));

@@ -222,6 +222,24 @@ TEST_F(DdlTest, PrepareKeepsTextAndClassifiesIt) {
   EXPECT_EQ(OCI_SUCCESS, OCIHandleFree(stmt, OCI_HTYPE_STMT));
 }
 
+TEST_F(DdlTest, StatementAttributesBeforePrepare) {
+  OCIStmt* stmt = nullptr;
+  ASSERT_EQ(OCI_SUCCESS, OCIHandleAlloc(env_, reinterpret_cast<void**>(&stmt), OCI_HTYPE_STMT, 0,
+                                        nullptr));
+  ub2 type = 99;
+  ub4 rows = 99;
+  ub4 size = 0;
+  EXPECT_EQ(OCI_SUCCESS, OCIAttrGet(stmt, OCI_HTYPE_STMT, &type, &size, OCI_ATTR_STMT_TYPE, err_));
+  EXPECT_EQ(OCI_STMT_UNKNOWN, type);
+  EXPECT_EQ(sizeof(ub2), size);
+  EXPECT_EQ(OCI_SUCCESS, OCIAttrGet(stmt, OCI_HTYPE_STMT, &rows, &size, OCI_ATTR_ROW_COUNT, err_));
+  EXPECT_EQ(0u, rows);
+  EXPECT_EQ(sizeof(ub4), size);
+  EXPECT_EQ(OCI_ERROR, OCIAttrGet(stmt, OCI_HTYPE_STMT, &rows, &size, OCI_ATTR_USERNAME, err_));
+  EXPECT_EQ(24315, FirstCode(err_));
+  EXPECT_EQ(OCI_SUCCESS, OCIHandleFree(stmt, OCI_HTYPE_STMT));
+}
+
 TEST_F(DdlTest, PrepareAndExecuteErrors) {
   OCIStmt* stmt = nullptr;
   ASSERT_EQ(OCI_SUCCESS, OCIHandleAlloc(env_, reinterpret_cast<void**>(&stmt), OCI_HTYPE_STMT, 0,
