@@ -539,12 +539,9 @@ int ParseDateTime(std::string_view text, const DateMask& mask, const DateParseOp
             need_full = false;
             break;
           }
-          if ((t.element == DateElement::SignedYear4 || t.element == DateElement::ZoneMinute) &&
-              (r.Peek() == '-' || r.Peek() == '+')) {
-            // sign handled below
-          } else {
-            return kOraNonNumeric;
-          }
+          const bool signed_year = t.element == DateElement::SignedYear4 &&
+                                   (r.Peek() == '-' || r.Peek() == '+');
+          if (!signed_year) return kOraNonNumeric;
         }
         bool negative = false;
         if (t.element == DateElement::SignedYear4 && (r.Peek() == '-' || r.Peek() == '+')) {

@@ -251,6 +251,10 @@ const FromTextCase kFromText[] = {
     // UNCONFIRMED: oracle-datatypes.md §7.3 (TZD not of the region: ORA-01857)
     {"ForeignAbbreviation", OCI_DTYPE_TIMESTAMP_TZ, "2001-02-03 04:05:06 US/Pacific EST", kTzMask,
      {}, 0, 1857},
+    {"ZoneHourAndMinute", OCI_DTYPE_TIMESTAMP_TZ, "2001-02-03 04:05:06 -03:30",
+     "YYYY-MM-DD HH24:MI:SS TZH:TZM", {2001, 2, 3, 4, 5, 6, 0}, -210, 0},
+    {"LocalTimeZoneWithOffsetText", OCI_DTYPE_TIMESTAMP_LTZ, "2001-02-03 04:05:06 +01:00",
+     "YYYY-MM-DD HH24:MI:SS TZR", {2001, 2, 3, 6, 5, 6, 0}, 0, 0},
     {"MissingDay", OCI_DTYPE_TIMESTAMP, "1582-10-10 12:34:56", "YYYY-MM-DD HH24:MI:SS",
      {1582, 10, 15, 12, 34, 56, 0}, 0, 0},
 };
@@ -320,6 +324,11 @@ TEST_F(OciDateTimeTest, LocalTimeZoneValueIsShownInTheSessionZone) {
   setenv("ORA_SDTZ", "-05:00", 1);
   ExpectStamp(Get(dt), {2001, 2, 3, 7, 0, 0, 0});
   EXPECT_EQ(OffsetMinutes(dt), -300);
+}
+
+TEST_F(OciDateTimeTest, DateDescriptorKeepsNoFraction) {
+  OCIDateTime* dt = Make(OCI_DTYPE_DATE, {2001, 2, 3, 4, 5, 6, 123456789}, nullptr);
+  ExpectStamp(Get(dt), {2001, 2, 3, 4, 5, 6, 0});
 }
 
 TEST_F(OciDateTimeTest, ConstructValidatesFields) {
