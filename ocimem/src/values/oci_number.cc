@@ -37,6 +37,11 @@ sword Store(OCIError* err, const Decimal& d, OCINumber* number) {
 
 bool HasNlsParams(const oratext* nls, ub4 length) { return nls != nullptr && length != 0; }
 
+// This library speaks the session defaults only (decimal '.', group ',').
+sword FailNlsParams(OCIError* err, const oratext* nls, ub4 length) {
+  return ocimem::Fail(err, 22064, "invalid NLS parameter string [" + Quoted(nls, length) + "]");
+}
+
 }  // namespace
 
 extern "C" {
@@ -50,7 +55,7 @@ sword OCINumberToText(OCIError* err, const OCINumber* number, const oratext* fmt
   if (buf_size == nullptr) return ocimem::FailArgument(err, 7);
   if (buf == nullptr) return ocimem::FailArgument(err, 8);
   if (HasNlsParams(nls_params, nls_p_length)) {
-    return ocimem::Fail(err, 22064, "invalid NLS parameter string used in SQL function");
+    return FailNlsParams(err, nls_params, nls_p_length);
   }
   Decimal value;
   if (ocimem::values::DecodeNumber(number->OCINumberPart, &value) != NumberError::None) {
@@ -90,7 +95,7 @@ sword OCINumberFromText(OCIError* err, const oratext* str, ub4 str_length, const
   if (fmt == nullptr) return ocimem::FailArgument(err, 4);
   if (number == nullptr) return ocimem::FailArgument(err, 8);
   if (HasNlsParams(nls_params, nls_p_length)) {
-    return ocimem::Fail(err, 22064, "invalid NLS parameter string used in SQL function");
+    return FailNlsParams(err, nls_params, nls_p_length);
   }
   ocimem::values::NumberModel model;
   const std::string mask = Quoted(fmt, fmt_length);

@@ -367,6 +367,7 @@ TEST_F(OciDateTimeTest, ConstructRejectsMalformedOffsetMinute) {
   EXPECT_EQ(LastError(), 1875);
 }
 
+// UNCONFIRMED: oci-semantics.md 2.2 (ORA-21560 for a pointer that is not a descriptor)
 TEST_F(OciDateTimeTest, InvalidHandlesAndDescriptors) {
   auto* dt = static_cast<OCIDateTime*>(Descriptor(OCI_DTYPE_TIMESTAMP));
   EXPECT_EQ(OCIDateTimeConstruct(nullptr, err_, dt, 2001, 1, 1, 0, 0, 0, 0, nullptr, 0),
@@ -473,6 +474,7 @@ TEST_F(OciDateTest, NullMaskMeansDefault) {
   EXPECT_EQ(std::string(reinterpret_cast<char*>(buf), size), "03-FEB-01");
 }
 
+// UNCONFIRMED: oracle-datatypes.md §6.4 codes reused for a stored date that is not valid
 TEST_F(OciDateTest, InvalidStoredDateIsRejected) {
   OCIDate d{};
   OCIDateSetDate(&d, 2001, 2, 30);
@@ -491,6 +493,7 @@ TEST_F(OciDateTest, FractionElementIsNotADateElement) {
   EXPECT_EQ(LastError(), 1821);
 }
 
+// UNCONFIRMED: oracle-datatypes.md §0 (AMERICAN only; the code given for another language)
 TEST_F(OciDateTest, OtherLanguagesAreRefused) {
   OCIDate d{};
   OCIDateSetDate(&d, 2001, 2, 3);

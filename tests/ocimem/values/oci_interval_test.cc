@@ -154,6 +154,7 @@ const InCase kIn[] = {
     {"Row05Zero", OCI_DTYPE_INTERVAL_YM, "0-0", {0, 0, 0, 0, 0}, 0},
     // UNCONFIRMED: oracle-datatypes.md §8.2 row 6
     {"Row06Month12", OCI_DTYPE_INTERVAL_YM, "1-12", {}, 1843},
+    // UNCONFIRMED: oracle-datatypes.md §1 ORA-01873 (01868 or 01873 from the client)
     {"Row07TenDigits", OCI_DTYPE_INTERVAL_YM, "1000000000-00", {}, 1873},
     // UNCONFIRMED: oracle-datatypes.md §8.2 row 8
     {"Row08WrongKind", OCI_DTYPE_INTERVAL_YM, "1 02:00:00", {}, 1867},
@@ -165,6 +166,7 @@ const InCase kIn[] = {
     {"Row14Hour24", OCI_DTYPE_INTERVAL_DS, "1 24:00:00", {}, 1850},
     {"Row15Minute60", OCI_DTYPE_INTERVAL_DS, "1 00:60:00", {}, 1851},
     {"Row16Second60", OCI_DTYPE_INTERVAL_DS, "1 00:00:60", {}, 1852},
+    // UNCONFIRMED: oracle-datatypes.md §1 ORA-01873 (01868 or 01873 from the client)
     {"Row17TenDigits", OCI_DTYPE_INTERVAL_DS, "1000000000 00:00:00", {}, 1873},
     // UNCONFIRMED: oracle-datatypes.md §8.2 row 18
     {"Row18WrongKind", OCI_DTYPE_INTERVAL_DS, "01-02", {}, 1867},
@@ -246,6 +248,7 @@ TEST_F(OciIntervalTest, MixedSignsAreNormalised) {
   EXPECT_EQ(m, 2);
 }
 
+// UNCONFIRMED: oracle-datatypes.md §8.2 (ORA-01867 for the wrong kind)
 TEST_F(OciIntervalTest, KindMismatchIsRefused) {
   auto* ds = static_cast<OCIInterval*>(Descriptor(OCI_DTYPE_INTERVAL_DS));
   EXPECT_EQ(OCIIntervalSetYearMonth(env_, err_, 1, 2, ds), OCI_ERROR);
@@ -254,12 +257,14 @@ TEST_F(OciIntervalTest, KindMismatchIsRefused) {
   EXPECT_EQ(OCIIntervalGetYearMonth(env_, err_, &y, &m, ds), OCI_ERROR);
 }
 
+// UNCONFIRMED: oracle-datatypes.md §1 ORA-01873 (which code the client calls raise)
 TEST_F(OciIntervalTest, LeadingFieldOverflowOnSet) {
   auto* ym = static_cast<OCIInterval*>(Descriptor(OCI_DTYPE_INTERVAL_YM));
   EXPECT_EQ(OCIIntervalSetYearMonth(env_, err_, 1000000000, 0, ym), OCI_ERROR);
   EXPECT_EQ(LastError(), 1873);
 }
 
+// UNCONFIRMED: oci-semantics.md 2.2 (ORA-21560 for a NULL descriptor)
 TEST_F(OciIntervalTest, InvalidHandles) {
   auto* ym = static_cast<OCIInterval*>(Descriptor(OCI_DTYPE_INTERVAL_YM));
   EXPECT_EQ(OCIIntervalSetYearMonth(env_, nullptr, 1, 2, ym), OCI_INVALID_HANDLE);
@@ -268,6 +273,7 @@ TEST_F(OciIntervalTest, InvalidHandles) {
   EXPECT_EQ(LastError(), 21560);
 }
 
+// UNCONFIRMED: oci-semantics.md 11.1 (content of a fresh descriptor)
 TEST_F(OciIntervalTest, FreshDescriptorIsZero) {
   auto* ym = static_cast<OCIInterval*>(Descriptor(OCI_DTYPE_INTERVAL_YM));
   EXPECT_EQ(Text(ym, 2, 0), "+00-00");

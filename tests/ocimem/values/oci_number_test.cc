@@ -133,8 +133,10 @@ TEST_F(OciNumberTest, NlsParametersAreRefused) {
                             buf),
             OCI_ERROR);
   EXPECT_EQ(LastError(), 22064);
+  EXPECT_EQ(LastMessage(), "ORA-22064: invalid NLS parameter string [NLS_NUMERIC_CHARACTERS=',.']\n");
 }
 
+// UNCONFIRMED: oci-semantics.md 2.2 (ORA-21560 for a NULL argument)
 TEST_F(OciNumberTest, NullArgumentsAreErrors) {
   const OCINumber n = Num("1");
   ub4 size = 10;
@@ -196,6 +198,7 @@ TEST_F(OciNumberTest, RealRoundTripBothSizes) {
   EXPECT_EQ(fback, f);
 }
 
+// UNCONFIRMED: oci-semantics.md 2.2 (ORA-21560 for the size argument)
 TEST_F(OciNumberTest, RealSizeZeroIsAnError) {
   const double d = 1;
   OCINumber n = Num("1");
@@ -242,6 +245,7 @@ TEST_F(OciNumberTest, IntegersOfEveryWidth) {
   EXPECT_EQ(back4, 2147483647);
 }
 
+// UNCONFIRMED: oracle-datatypes.md §1 ORA-22053 (overflow code of the client library)
 TEST_F(OciNumberTest, IntegerOverflowIsAnError) {
   std::int16_t out = 0;
   const OCINumber n = Num("32768");
@@ -253,6 +257,7 @@ TEST_F(OciNumberTest, IntegerOverflowIsAnError) {
   EXPECT_EQ(LastError(), 22053);
 }
 
+// UNCONFIRMED: oci-semantics.md 2.2 (ORA-21560 for a bad flag or width)
 TEST_F(OciNumberTest, IntegerBadSignFlagOrWidth) {
   OCINumber n;
   const std::int32_t v = 1;
