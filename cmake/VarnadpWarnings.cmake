@@ -2,3 +2,13 @@
 function(varnadp_warnings target)
   target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Werror)
 endfunction()
+
+# Shared libraries must resolve every symbol at link time, so a missing
+# dependency shows up when the library is built, not when a host loads it.
+# clang's sanitizer runtimes are linked into executables only, which leaves
+# their symbols undefined in a sanitized shared library: skip the check there.
+function(varnadp_no_undefined target)
+  if(NOT VARNADP_SANITIZE)
+    target_link_options(${target} PRIVATE "LINKER:--no-undefined")
+  endif()
+endfunction()

@@ -6,6 +6,7 @@
 #include <unordered_map>
 
 #include "../value_descriptors.h"
+#include "calendar.h"
 #include "descriptor.h"
 
 namespace ocimem {
@@ -75,6 +76,10 @@ sword AllocValueDescriptor(Env* /*env*/, ub4 type, void** out) {
   void* made = nullptr;
   if (values::IsDateTimeType(type)) {
     auto* d = new (std::nothrow) values::DateTimeDescriptor{{kMagic, type}, KindOf(type), {}};
+    // A fresh datetime holds the earliest date, 01-JAN-4712 BCE 00:00:00 (UTC for
+    // the zoned kinds): the value a new object's TIMESTAMP attribute has when
+    // the environment makes new objects not null.
+    if (d != nullptr) d->value.year = values::kMinYear;
     made = d;
   } else if (values::IsIntervalType(type)) {
     auto kind = type == values::kDescIntervalYm ? values::IntervalKind::YearMonth
