@@ -1,4 +1,5 @@
 #include "stream_test_util.h"
+#include "temp_file.h"
 
 #include <cstdio>
 #include <fstream>
@@ -8,33 +9,6 @@
 #include <unistd.h>
 
 namespace {
-
-std::string TempPath(const char* pszName) {
-  // The process id keeps concurrent runs of the suite apart.
-  return testing::TempDir() + "host_stream_" + std::to_string(getpid()) + "_" +
-         pszName;
-}
-
-// A file name of its own for one test, removed before and after it.
-struct TempFile {
-  explicit TempFile(const char* pszName) : path(TempPath(pszName)) {
-    std::remove(path.c_str());
-  }
-  ~TempFile() { std::remove(path.c_str()); }
-  std::string path;
-};
-
-std::string FileText(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
-
-void SetFileText(const std::string& path, const std::string& text) {
-  std::ofstream out(path, std::ios::binary | std::ios::trunc);
-  out << text;
-}
 
 bool Exists(const std::string& path) {
   return std::ifstream(path).good();

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "temp_file.h"
+
 #include <cstdio>
 #include <fstream>
 #include <sstream>
@@ -12,28 +14,6 @@
 #include <vector>
 
 namespace {
-
-std::string TempPath(const char* pszName) {
-  // The process id keeps concurrent runs of the suite apart.
-  return testing::TempDir() + "host_trace_" + std::to_string(getpid()) + "_" +
-         pszName;
-}
-
-// A file name of its own for one test, removed before and after it.
-struct TempFile {
-  explicit TempFile(const char* pszName) : path(TempPath(pszName)) {
-    std::remove(path.c_str());
-  }
-  ~TempFile() { std::remove(path.c_str()); }
-  std::string path;
-};
-
-std::string FileText(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
 
 TEST(KelTrace, DefaultLevelIsOne) {
   CKelTrace trace;
