@@ -108,6 +108,8 @@ sword OCILogoff(OCISvcCtx* svchp, OCIError* errhp) {
   if (svc == nullptr) return OCI_INVALID_HANDLE;
   if (!svc->from_logon) return Fail(errhp, 1012, "not logged on");
   Env* env = svc->env;
+  // Ending the session commits its open transaction.
+  EndSessionTransaction(svc->session, true);
   env->Release(svc->session);
   env->Release(svc->server);
   env->Release(svc);
@@ -162,6 +164,7 @@ sword OCISessionEnd(OCISvcCtx* svchp, OCIError* errhp, OCISession* usrhp, ub4 mo
   Session* session = usrhp != nullptr ? AsSession(usrhp) : svc->session;
   if (usrhp != nullptr && session == nullptr) return OCI_INVALID_HANDLE;
   if (session == nullptr || !session->db) return Fail(errhp, 1012, "not logged on");
+  EndSessionTransaction(session, true);  // ending a session commits its transaction
   session->db.reset();
   session->schema.clear();
   return OCI_SUCCESS;

@@ -3,12 +3,14 @@
 #ifndef OCIMEM_SRC_DATABASE_H
 #define OCIMEM_SRC_DATABASE_H
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <string>
 
 #include "catalog.h"
+#include "handles.h"
 
 namespace ocimem {
 
@@ -19,7 +21,12 @@ struct Database {
   std::mutex mutex;
   std::map<std::string, std::string> passwords;  // user -> password of its first logon
   Catalog catalog;
+  std::uint64_t next_txn = 1;
+  std::uint64_t next_constraint = 7131;  // numbers of system-named constraints
 };
+
+// Ends the session's open transaction (rolls it back); locks the database itself.
+void EndSessionTransaction(Session* session, bool commit);
 
 // The database named `name`, made empty when no attached server holds it.
 std::shared_ptr<Database> OpenDatabase(const std::string& name);

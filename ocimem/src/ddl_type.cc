@@ -21,7 +21,8 @@ bool TypeNotFound(SqlError* error, const std::string& schema, const std::string&
   return SetError(error, 22303, "type \"" + schema + "\".\"" + name + "\" not found");
 }
 
-// Turns a written data type into a slot type, looking named types up in the catalog.
+}  // namespace
+
 bool ResolveType(const ExecContext& ctx, const DataTypeSpec& spec, const std::string& own_schema,
                  const std::string& own_name, ValueType* out, SqlError* error) {
   using Base = DataTypeSpec::Base;
@@ -209,18 +210,6 @@ bool DropType(const ExecContext& ctx, const DropTypeStatement& s, SqlError* erro
   }
   catalog.Remove(schema, s.name.name);
   return true;
-}
-
-}  // namespace
-
-bool ExecuteStatement(const ExecContext& ctx, const Statement& statement, SqlError* error) {
-  if (const auto* create = std::get_if<CreateTypeStatement>(&statement)) {
-    return CreateType(ctx, *create, error);
-  }
-  if (const auto* drop = std::get_if<DropTypeStatement>(&statement)) {
-    return DropType(ctx, *drop, error);
-  }
-  return SetError(error, 900, "invalid SQL statement");
 }
 
 }  // namespace ocimem

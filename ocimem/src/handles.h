@@ -21,6 +21,7 @@ constexpr ub4 kLiveHandle = 0x4f43494dU;
 struct Env;
 struct Database;
 struct Instance;
+struct Transaction;
 
 struct Handle {
   Handle(ub4 handle_type, Env* owner) : type(handle_type), env(owner) {}
@@ -59,13 +60,16 @@ struct Server : Handle {
 };
 
 struct Session : Handle {
-  explicit Session(Env* owner) : Handle(OCI_HTYPE_SESSION, owner) {}
+  explicit Session(Env* owner);
+  // Rolls back a transaction still open.
+  ~Session() override;
   std::string username;
   std::string password;
   bool has_username = false;
   bool has_password = false;
   std::shared_ptr<Database> db;  // set while the session is begun
   std::string schema;            // default schema of the begun session
+  std::unique_ptr<Transaction> txn;  // open transaction (id 0 when none)
 };
 
 struct SvcCtx : Handle {

@@ -36,9 +36,47 @@ void FreeLocator(OCILobLocator* locator) {
 }
 
 void CopyLocator(const OCILobLocator& src, OCILobLocator* dst) {
+  if (&src == dst) return;
   dst->descriptor_type = src.descriptor_type;
   dst->lob_type = src.lob_type;
   dst->state = src.state;
+  dst->cell = src.cell;
+  dst->select_txn = src.select_txn;
+  dst->write = LobPiecewise();
+  dst->read = LobStreamRead();
+}
+
+namespace {
+
+// Length of the UTF-8 sequence led by `c` (1 for stray continuation bytes).
+size_t SequenceLength(unsigned char c) {
+  if (c >= 0xf0 && c < 0xf8) return 4;
+  if (c >= 0xe0) return 3;
+  if (c >= 0xc0) return 2;
+  return 1;
+}
+
+}  // namespace
+
+size_t ClobChars(const std::string& utf8) {
+  size_t units = 0;
+  for (size_t i = 0; i < utf8.size();) {
+    size_t n = SequenceLength(static_cast<unsigned char>(utf8[i]));
+    units += n == 4 ? 2 : 1;  // characters beyond the BMP take a surrogate pair
+    i += n;
+  }
+  return units;
+}
+
+size_t ClobBytePosition(const std::string& utf8, size_t chars) {
+  size_t units = 0;
+  size_t i = 0;
+  while (i < utf8.size() && units < chars) {
+    size_t n = SequenceLength(static_cast<unsigned char>(utf8[i]));
+    units += n == 4 ? 2 : 1;
+    i += n;
+  }
+  return i < utf8.size() ? i : utf8.size();
 }
 
 }  // namespace ocimem

@@ -1,9 +1,15 @@
 // LOB locators.  A locator is a descriptor (OCIDescriptorAlloc with OCI_DTYPE_LOB or
-// OCI_DTYPE_FILE) or a slot of an instance.  A slot's locator starts in the "new instance"
-// state: not null, an empty LOB that can be read but not written until the instance is
-// stored and fetched again.  Stored LOB contents are added with tables.
+// OCI_DTYPE_FILE) or a slot of an instance or of a stored row.  A slot's locator starts in
+// the "new instance" state: not null, an empty LOB that can be read but not written until
+// the instance is stored and fetched again.  The contents of a stored or temporary LOB live
+// in a LobCell that every locator of that LOB shares; a stored cell keeps its committed
+// bytes and the bytes written by the one transaction that holds its row's lock.
 #ifndef OCIMEM_SRC_LOB_H
 #define OCIMEM_SRC_LOB_H
+
+#include <cstdint>
+#include <memory>
+#include <string>
 
 #include "oci.h"
 
@@ -11,9 +17,41 @@ namespace ocimem {
 
 constexpr ub4 kLiveLob = 0x4c4f424cU;
 
+struct Database;
+struct RowRecord;
+
 enum class LobState : ub1 {
-  kUnset,        // a fresh descriptor that points to no LOB
+  kUnset,        // a fresh descriptor, a freed temporary LOB, or a NULL LOB: no LOB at all
   kNewInstance,  // the empty LOB of a new instance (decision D11)
+  kPersistent,   // a LOB stored in a row
+  kTemporary,    // made by OCILobCreateTemporary
+};
+
+struct LobCell {
+  bool clob = true;
+  std::string data;  // committed contents (a temporary LOB keeps everything here)
+  // Contents written by the transaction `pending_txn` and not yet committed.
+  bool has_pending = false;
+  std::uint64_t pending_txn = 0;
+  std::string pending;
+  // The database and row of a stored LOB; both empty for a temporary one.
+  std::weak_ptr<Database> db;
+  std::weak_ptr<RowRecord> row;
+};
+
+// Bytes handed over so far by an open piecewise OCILobWrite, applied by its last piece.
+struct LobPiecewise {
+  bool open = false;
+  ub4 offset = 1;
+  ub4 announced = 0;  // total in bytes given with the first piece, 0 = unknown
+  std::string bytes;
+};
+
+// Position of an open polling OCILobRead.
+struct LobStreamRead {
+  bool open = false;
+  size_t next = 0;  // byte position of the next piece
+  size_t end = 0;   // byte position after the last byte to hand out
 };
 
 }  // namespace ocimem
@@ -23,6 +61,11 @@ struct OCILobLocator {
   ub4 descriptor_type = OCI_DTYPE_LOB;  // or OCI_DTYPE_FILE
   OCITypeCode lob_type = 0;             // OCI_TYPECODE_CLOB, _BLOB, _BFILE; 0 when unset
   ocimem::LobState state = ocimem::LobState::kUnset;
+  std::shared_ptr<ocimem::LobCell> cell;  // kPersistent and kTemporary
+  // Transaction of the session that selected a persistent locator (0: none was open).
+  std::uint64_t select_txn = 0;
+  ocimem::LobPiecewise write;
+  ocimem::LobStreamRead read;
 };
 
 namespace ocimem {
@@ -34,7 +77,14 @@ OCILobLocator* NewLocatorDescriptor(ub4 descriptor_type);
 // The locator held by an instance slot of a CLOB, BLOB or BFILE attribute or element.
 OCILobLocator* NewInstanceLocator(OCITypeCode lob_type);
 void FreeLocator(OCILobLocator* locator);
+// Makes dst refer to the LOB of src (the contents are shared, not copied).
 void CopyLocator(const OCILobLocator& src, OCILobLocator* dst);
+
+// UTF-16 code units of UTF-8 text: the length of a CLOB in characters.
+size_t ClobChars(const std::string& utf8);
+// Byte position in UTF-8 text of the character (UTF-16 unit) `chars` from the start,
+// clamped to the end.
+size_t ClobBytePosition(const std::string& utf8, size_t chars);
 
 }  // namespace ocimem
 

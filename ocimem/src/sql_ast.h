@@ -77,7 +77,91 @@ struct DropTypeStatement {
   bool force = false;
 };
 
-using Statement = std::variant<CreateTypeStatement, DropTypeStatement>;
+struct ColumnSpec {
+  std::string name;
+  DataTypeSpec type;
+  bool not_null = false;
+  bool primary_key = false;
+  std::string constraint_name;  // CONSTRAINT name before PRIMARY KEY / NOT NULL
+};
+
+struct NestedStorage {
+  std::string column;  // or COLUMN_VALUE
+  std::string storage;
+};
+
+// CREATE TABLE name OF type [(constraints)] or CREATE TABLE name (columns, constraints).
+struct CreateTableStatement {
+  QualifiedName name;
+  bool object_table = false;
+  QualifiedName of_type;
+  std::vector<ColumnSpec> columns;       // relational; for an object table: constraints only
+  std::vector<std::string> primary_key;  // table-level PRIMARY KEY (cols)
+  std::string primary_key_name;
+  std::vector<NestedStorage> nested;
+};
+
+struct DropTableStatement {
+  QualifiedName name;
+};
+
+// An operand: a literal, a bind variable, a column, VALUE(alias), EMPTY_CLOB()/EMPTY_BLOB().
+struct Expr {
+  enum class Kind { kNull, kNumber, kString, kBind, kEmptyClob, kEmptyBlob, kColumn, kValue };
+  Kind kind = Kind::kNull;
+  std::string text;       // number or string literal, bind name (upper case), column name
+  std::string qualifier;  // alias or table of a column; the alias of VALUE()
+  size_t bind = 0;        // occurrence number of a bind variable in the statement
+  size_t offset = 0;      // in the statement text
+};
+
+struct Condition {
+  Expr column;
+  Expr value;
+};
+
+struct TableRef {
+  QualifiedName name;
+  std::string alias;
+};
+
+struct InsertStatement {
+  TableRef table;
+  bool has_columns = false;
+  std::vector<Expr> columns;  // kColumn
+  std::vector<Expr> values;
+};
+
+struct SelectItem {
+  bool star = false;
+  Expr expr;
+};
+
+struct SelectStatement {
+  std::vector<SelectItem> items;
+  TableRef table;
+  std::vector<Condition> where;
+  bool for_update = false;
+};
+
+struct UpdateStatement {
+  TableRef table;
+  std::vector<std::pair<Expr, Expr>> sets;  // column, value
+  std::vector<Condition> where;
+};
+
+struct DeleteStatement {
+  TableRef table;
+  std::vector<Condition> where;
+};
+
+struct CommitStatement {};
+struct RollbackStatement {};
+
+using Statement = std::variant<CreateTypeStatement, DropTypeStatement, CreateTableStatement,
+                               DropTableStatement, InsertStatement, SelectStatement,
+                               UpdateStatement, DeleteStatement, CommitStatement,
+                               RollbackStatement>;
 
 }  // namespace ocimem
 

@@ -3,6 +3,7 @@
 #ifndef OCIMEM_SRC_SQL_PARSER_H
 #define OCIMEM_SRC_SQL_PARSER_H
 
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -13,6 +14,13 @@ namespace ocimem {
 
 // The OCI_STMT_ code of a statement text, from its first word (known after prepare).
 ub2 ClassifyStatement(std::string_view sql);
+
+// Names of the bind variables of a statement text, one per occurrence, in order (upper
+// case unless written in quotes).  Empty when the text cannot be read.
+std::vector<std::string> Placeholders(std::string_view sql);
+
+// A bind variable's name as matched: upper case.
+std::string UpperBindName(const std::string& name);
 
 class Parser {
  public:
@@ -38,6 +46,19 @@ class Parser {
                    long long* out);
 
   bool ParseCreateType(Statement* out, bool or_replace);
+  bool ParseCreateTable(Statement* out);
+  bool ParseColumnConstraints(ColumnSpec* column);
+  bool ParseTableConstraint(CreateTableStatement* s);
+  bool ParseNestedStorage(CreateTableStatement* s);
+  bool ParseDropTable(Statement* out);
+  bool ParseInsert(Statement* out);
+  bool ParseSelect(Statement* out);
+  bool ParseUpdate(Statement* out);
+  bool ParseDelete(Statement* out);
+  bool ParseTableRef(TableRef* out, bool allow_alias);
+  bool ParseWhere(std::vector<Condition>* out);
+  bool ParseColumnRef(Expr* out);
+  bool ParseValue(Expr* out);
   bool ParseDropType(Statement* out);
   bool ParseDataType(DataTypeSpec* out);
   bool ParseCharLength(DataTypeSpec* out, bool required, ub4 max);
@@ -45,6 +66,7 @@ class Parser {
 
   std::vector<Token> tokens_;
   size_t pos_ = 0;
+  size_t binds_ = 0;  // bind occurrences met so far
   SqlError* error_ = nullptr;
 };
 

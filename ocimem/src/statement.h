@@ -1,12 +1,70 @@
-// Statement handles: the prepared text and what an execute left behind.
+// Statement handles: the prepared text, its bind and define handles, and the cursor an
+// executed query leaves open.  Bind and define handles belong to their statement and go
+// with it.
 #ifndef OCIMEM_SRC_STATEMENT_H
 #define OCIMEM_SRC_STATEMENT_H
 
+#include <cstdint>
+#include <memory>
 #include <string>
+#include <vector>
 
 #include "handles.h"
+#include "table.h"
 
 namespace ocimem {
+
+struct StmtHandle;
+
+struct BindHandle : Handle {
+  explicit BindHandle(Env* owner) : Handle(OCI_HTYPE_BIND, owner) {}
+  ub4 position = 0;   // by position (1-based), or 0
+  std::string name;   // by name, upper case without the colon
+  void* valuep = nullptr;
+  sb4 value_sz = 0;
+  ub2 dty = 0;
+  void* indp = nullptr;
+  ub2* alenp = nullptr;
+  ub2* rcodep = nullptr;
+  // SQLT_NTY: completed by OCIBindObject.
+  const OCIType* tdo = nullptr;
+  void** pgvpp = nullptr;
+  void** indpp = nullptr;
+};
+
+struct DefineHandle : Handle {
+  explicit DefineHandle(Env* owner) : Handle(OCI_HTYPE_DEFINE, owner) {}
+  StmtHandle* stmt = nullptr;
+  ub4 position = 0;
+  void* valuep = nullptr;
+  sb4 value_sz = 0;
+  ub2 dty = 0;
+  void* indp = nullptr;
+  ub2* rlenp = nullptr;
+  ub2* rcodep = nullptr;
+  // SQLT_NTY: completed by OCIDefineObject.
+  const OCIType* tdo = nullptr;
+  void** pgvpp = nullptr;
+  void** indpp = nullptr;
+};
+
+// One select-list item: where its value lies in a row, or a literal's own value.
+struct Projection {
+  ValueType type;
+  size_t offset = 0;      // of the value in the row
+  size_t ind_offset = 0;  // of its null information in the row's null struct
+  bool literal = false;
+  std::shared_ptr<RowData> literal_row;  // holds a literal as the one column of a row
+};
+
+struct Cursor {
+  std::vector<std::shared_ptr<RowData>> rows;
+  std::vector<Projection> items;
+  size_t next = 0;
+  bool for_update = false;
+  std::uint64_t txn = 0;  // transaction that locked the rows of a FOR UPDATE query
+  bool exhausted = false;
+};
 
 struct StmtHandle : Handle {
   explicit StmtHandle(Env* owner) : Handle(OCI_HTYPE_STMT, owner) {}
@@ -14,9 +72,18 @@ struct StmtHandle : Handle {
   std::string text;
   ub2 statement_type = OCI_STMT_UNKNOWN;
   ub4 row_count = 0;
+  std::vector<std::string> placeholders;  // one per bind occurrence
+  std::vector<std::unique_ptr<BindHandle>> binds;
+  std::vector<std::unique_ptr<DefineHandle>> defines;
+  std::unique_ptr<Cursor> cursor;
+  Session* session = nullptr;  // of the last execute
 };
 
 inline StmtHandle* AsStmt(const void* p) { return AsHandle<StmtHandle>(p, OCI_HTYPE_STMT); }
+inline BindHandle* AsBind(const void* p) { return AsHandle<BindHandle>(p, OCI_HTYPE_BIND); }
+inline DefineHandle* AsDefine(const void* p) {
+  return AsHandle<DefineHandle>(p, OCI_HTYPE_DEFINE);
+}
 
 }  // namespace ocimem
 

@@ -1,9 +1,156 @@
-// OCIStmtPrepare and OCIStmtExecute.  Prepare only keeps the text; parsing and every SQL
-// error happen at execute, as with a server.
+// OCIStmtPrepare, OCIStmtExecute, OCIStmtFetch and OCIStmtFetch2.  Prepare keeps the text
+// and finds its bind variables; parsing and every SQL error happen at execute, as with a
+// server.
+#include <cstring>
+
+#include "convert.h"
+#include "instance.h"
 #include "internal.h"
 #include "sql_exec.h"
 #include "sql_parser.h"
 #include "statement.h"
+#include "value_slot.h"
+
+namespace ocimem {
+namespace {
+
+bool IsDdl(const Statement& s) {
+  return std::holds_alternative<CreateTypeStatement>(s) ||
+         std::holds_alternative<DropTypeStatement>(s) ||
+         std::holds_alternative<CreateTableStatement>(s) ||
+         std::holds_alternative<DropTableStatement>(s);
+}
+
+// Checks the defines against the select list before anything is fetched.
+bool CheckDefines(const StmtHandle& s, SqlError* error) {
+  for (const auto& d : s.defines) {
+    if (d->position > s.cursor->items.size()) {
+      error->code = 1007;
+      error->message = "variable not in select list";
+      return false;
+    }
+    const ValueType& t = s.cursor->items[d->position - 1].type;
+    if (d->dty == SQLT_NTY) {
+      if (d->tdo == nullptr) {
+        error->code = 24359;
+        error->message = "OCIDefineObject not invoked for a Object type or Reference";
+        return false;
+      }
+      if ((t.kind != ValueKind::kObject && t.kind != ValueKind::kCollection) ||
+          t.named.get() != d->tdo) {
+        error->code = 932;
+        error->message = "inconsistent datatypes: expected " + d->tdo->schema + "." +
+                         d->tdo->name + " got " + TypeName(t);
+        return false;
+      }
+    } else if (!DefineFits(d->dty, t)) {
+      error->code = 932;
+      error->message = "inconsistent datatypes: expected " +
+                       std::string(t.kind == ValueKind::kNumber ? "CHAR" : "NUMBER") + " got " +
+                       TypeName(t);
+      return false;
+    }
+  }
+  return true;
+}
+
+// Delivers an object or collection into element `row` of an object define.
+bool FetchObject(Env* env, const DefineHandle& d, size_t row, const ValueType& t, void* slot,
+                 OCIInd* ind, std::uint64_t txn, SqlError* error) {
+  void*& target = d.pgvpp[row];
+  Instance* instance = target != nullptr ? FindInstance(env, target) : nullptr;
+  if (target == nullptr) {
+    instance = t.kind == ValueKind::kObject ? NewObjectInstance(env, t.named)
+                                            : NewCollectionInstance(env, t.named);
+    if (instance == nullptr) {
+      error->code = 4030;
+      error->message = "out of process memory";
+      return false;
+    }
+    target = instance->value;
+  }
+  if (AssignSlot(env, t, t.kind == ValueKind::kObject ? target : &target, ElementForm(t, slot)) !=
+      AssignResult::kOk) {
+    error->code = 4030;
+    error->message = "out of process memory";
+    return false;
+  }
+  if (instance != nullptr) {
+    if (t.kind == ValueKind::kObject) {
+      std::memcpy(instance->null_struct, ind, t.named->ind_size);
+    } else {
+      *instance->null_struct = *ind;
+    }
+    // decision D16: the pointer handed in is replaced, never written through
+    if (d.indpp != nullptr) d.indpp[row] = instance->null_struct;
+  }
+  ForEachLob(t, t.kind == ValueKind::kObject ? target : &target, nullptr,
+             [txn](OCILobLocator* l, bool) {
+               if (l != nullptr && l->state == LobState::kPersistent) l->select_txn = txn;
+             });
+  return true;
+}
+
+// Fetches up to `nrows` rows of the open cursor into the defines.
+sword FetchRows(StmtHandle* s, OCIError* err, ub4 nrows) {
+  Cursor& c = *s->cursor;
+  if (c.exhausted) return Fail(err, 1002, "fetch out of sequence");
+  if (c.for_update && s->session != nullptr &&
+      (!s->session->txn || s->session->txn->id != c.txn)) {
+    return Fail(err, 1002, "fetch out of sequence");
+  }
+  std::uint64_t txn = s->session != nullptr && s->session->txn ? s->session->txn->id : 0;
+  bool truncated = false;
+  ub4 fetched = 0;
+  SqlError error;
+  for (ub4 i = 0; i < nrows && c.next < c.rows.size(); ++i, ++c.next) {
+    const RowData& row = *c.rows[c.next];
+    for (const auto& d : s->defines) {
+      const Projection& p = c.items[d->position - 1];
+      const RowData& source = p.literal ? *p.literal_row : row;
+      auto* slot = static_cast<unsigned char*>(source.value) + p.offset;
+      auto* ind = reinterpret_cast<OCIInd*>(reinterpret_cast<unsigned char*>(source.ind) +
+                                            p.ind_offset);
+      if (d->dty == SQLT_NTY) {
+        if (!FetchObject(s->env, *d, i, p.type, slot, ind, txn, &error)) {
+          return Fail(err, error.code, error.message);
+        }
+        continue;
+      }
+      ub2 rc = 0;
+      if (!FetchScalar(*d, i, p.type, slot, ind, txn, &rc, &error)) {
+        return Fail(err, error.code, error.message);
+      }
+      if (d->rcodep != nullptr) d->rcodep[i] = rc;
+      if (rc == 1405 && d->indp == nullptr) {
+        ++c.next;
+        return Fail(err, 1405, "fetched column value is NULL");
+      }
+      if (rc == 1406) {
+        if (d->indp == nullptr && d->rcodep == nullptr) {
+          ++c.next;
+          return Fail(err, 1406, "fetched column value was truncated");
+        }
+        truncated = true;
+      }
+    }
+    ++fetched;
+  }
+  s->row_count += fetched;
+  if (fetched < nrows) {
+    c.exhausted = true;
+    AddRecord(err, 1403, "no data found");
+    return OCI_NO_DATA;
+  }
+  if (truncated) {
+    AddRecord(err, 24345, "A Truncation or null fetch error occurred");
+    return OCI_SUCCESS_WITH_INFO;
+  }
+  return OCI_SUCCESS;
+}
+
+}  // namespace
+}  // namespace ocimem
 
 using namespace ocimem;
 
@@ -19,6 +166,11 @@ sword OCIStmtPrepare(OCIStmt* stmtp, OCIError* errhp, const OraText* stmt, ub4 s
   if (stmt == nullptr) return FailArgument(errhp, 3);
   s->text.assign(reinterpret_cast<const char*>(stmt), stmt_len);
   s->statement_type = ClassifyStatement(s->text);
+  s->placeholders = Placeholders(s->text);
+  // Binds and defines belong to the text they were made for.
+  s->binds.clear();
+  s->defines.clear();
+  s->cursor.reset();
   s->prepared = true;
   s->row_count = 0;
   return OCI_SUCCESS;
@@ -26,10 +178,8 @@ sword OCIStmtPrepare(OCIStmt* stmtp, OCIError* errhp, const OraText* stmt, ub4 s
 
 sword OCIStmtExecute(OCISvcCtx* svchp, OCIStmt* stmtp, OCIError* errhp, ub4 iters, ub4 rowoff,
                      const OCISnapshot* snap_in, OCISnapshot* snap_out, ub4 mode) {
-  (void)rowoff;
   (void)snap_in;
   (void)snap_out;
-  (void)mode;
   sword rc;
   if (Enter("OCIStmtExecute", errhp, &rc)) return rc;
   SvcCtx* svc = AsSvcCtx(svchp);
@@ -49,8 +199,82 @@ sword OCIStmtExecute(OCISvcCtx* svchp, OCIStmt* stmtp, OCIError* errhp, ub4 iter
   Parser parser(std::move(tokens));
   Statement statement;
   if (!parser.ParseStatement(&statement, &error)) return Fail(errhp, error.code, error.message);
-  ExecContext ctx{svc->session->db.get(), svc->session->schema};
-  if (!ExecuteStatement(ctx, statement, &error)) return Fail(errhp, error.code, error.message);
+  bool query = std::holds_alternative<SelectStatement>(statement);
+  s->cursor.reset();
   s->row_count = 0;
-  return OCI_SUCCESS;
+  s->session = svc->session;
+  ExecContext ctx{svc->session->db.get(), svc->session->schema, svc->session->db, svc->session,
+                  s, 0};
+  for (size_t i = 0; i < s->placeholders.size(); ++i) {
+    bool bound = false;
+    for (const auto& b : s->binds) {
+      if (b->position == i + 1 || (b->position == 0 && b->name == s->placeholders[i])) {
+        bound = true;
+      }
+    }
+    if (!bound) return Fail(errhp, 1008, "not all variables bound");
+  }
+  if ((mode & OCI_DESCRIBE_ONLY) != 0) return OCI_SUCCESS;
+  if (query && iters > 0 && s->defines.empty()) {
+    return Fail(errhp, 24374, "define not done before fetch or execute and fetch");
+  }
+  // DDL commits the open transaction.
+  if (IsDdl(statement)) EndSessionTransaction(svc->session, true);
+  ub4 first = query ? 0 : rowoff;
+  ub4 last = query ? 1 : (iters > rowoff ? iters : rowoff + 1);
+  ub4 row_count = 0;
+  for (ub4 i = first; i < last; ++i) {
+    ctx.iteration = i;
+    ExecResult result;
+    if (!ExecuteStatement(ctx, statement, &result, &error)) {
+      s->row_count = row_count;
+      return Fail(errhp, error.code, error.message);
+    }
+    row_count += result.row_count;
+    if (query) s->cursor = std::move(result.cursor);
+  }
+  if ((mode & OCI_COMMIT_ON_SUCCESS) != 0) EndSessionTransaction(svc->session, true);
+  if (!query) {
+    s->row_count = row_count;
+    return OCI_SUCCESS;
+  }
+  if (!CheckDefines(*s, &error)) return Fail(errhp, error.code, error.message);
+  if (iters == 0) return OCI_SUCCESS;
+  return FetchRows(s, errhp, iters);
+}
+
+sword OCIStmtFetch2(OCIStmt* stmtp, OCIError* errhp, ub4 nrows, ub2 orientation,
+                    sb4 scrollOffset, ub4 mode) {
+  (void)scrollOffset;  // only scrollable cursors use it
+  (void)mode;
+  sword rc;
+  if (Enter("OCIStmtFetch2", errhp, &rc)) return rc;
+  StmtHandle* s = AsStmt(stmtp);
+  if (s == nullptr) return OCI_INVALID_HANDLE;
+  if (!s->cursor) return Fail(errhp, 24338, "statement handle not executed");
+  if (orientation != OCI_FETCH_NEXT && orientation != OCI_DEFAULT) {
+    return Fail(errhp, 24391, "invalid fetch operation");
+  }
+  if (nrows == 0) {  // cancels the cursor
+    s->cursor.reset();
+    return OCI_SUCCESS;
+  }
+  return FetchRows(s, errhp, nrows);
+}
+
+sword OCIStmtFetch(OCIStmt* stmtp, OCIError* errhp, ub4 nrows, ub2 orientation, ub4 mode) {
+  sword rc;
+  if (Enter("OCIStmtFetch", errhp, &rc)) return rc;
+  StmtHandle* s = AsStmt(stmtp);
+  if (s == nullptr) return OCI_INVALID_HANDLE;
+  if (!s->cursor) return Fail(errhp, 24338, "statement handle not executed");
+  (void)mode;
+  if (orientation != OCI_FETCH_NEXT && orientation != OCI_DEFAULT) {
+    return Fail(errhp, 24391, "invalid fetch operation");
+  }
+  if (nrows == 0) {
+    s->cursor.reset();
+    return OCI_SUCCESS;
+  }
+  return FetchRows(s, errhp, nrows);
 }

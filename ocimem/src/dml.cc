@@ -1,0 +1,546 @@
+// INSERT, UPDATE, DELETE and queries.  Each statement first works out everything it will
+// change, so that an error leaves the table as it was, then applies the changes.
+#include <cstring>
+#include <set>
+
+#include "convert.h"
+#include "sql_exec.h"
+#include "value_slot.h"
+
+namespace ocimem {
+namespace {
+
+bool SetError(SqlError* error, int code, std::string message) {
+  error->code = code;
+  error->message = std::move(message);
+  return false;
+}
+
+bool Busy(SqlError* error) {
+  return SetError(error, 54, "resource busy and acquire with NOWAIT specified or timeout expired");
+}
+
+unsigned char* SlotAt(const RowData& row, const Attribute& a) {
+  return static_cast<unsigned char*>(row.value) + a.offset;
+}
+OCIInd* IndAt(const RowData& row, size_t ind_offset) {
+  return reinterpret_cast<OCIInd*>(reinterpret_cast<unsigned char*>(row.ind) + ind_offset);
+}
+
+ValueType RowValueType(const Table& table) {
+  ValueType t;
+  t.kind = ValueKind::kObject;
+  t.typecode = OCI_TYPECODE_OBJECT;
+  t.named = table.row_type;
+  return t;
+}
+
+std::uint64_t CurrentTxn(const ExecContext& ctx) {
+  return ctx.session->txn ? ctx.session->txn->id : 0;
+}
+
+std::uint64_t EnsureTxn(const ExecContext& ctx) {
+  Transaction* txn = ctx.session->txn.get();
+  if (txn->id == 0) txn->id = ctx.db->next_txn++;
+  return txn->id;
+}
+
+void LockRecord(const ExecContext& ctx, const std::shared_ptr<RowRecord>& record) {
+  if (record->lock_txn == CurrentTxn(ctx) && record->lock_txn != 0) return;
+  record->lock_txn = EnsureTxn(ctx);
+  ctx.session->txn->rows.push_back(record);
+}
+
+bool ResolveTable(const ExecContext& ctx, const TableRef& ref, Table** out, SqlError* error) {
+  const std::string schema = ref.name.schema.empty() ? ctx.schema : ref.name.schema;
+  std::shared_ptr<Table> table = ctx.db->catalog.FindTable(schema, ref.name.name);
+  // DUAL is everybody's.
+  if (!table && ref.name.schema.empty() && ref.name.name == "DUAL") {
+    table = ctx.db->catalog.FindTable("SYS", "DUAL");
+  }
+  if (!table) return SetError(error, 942, "table or view does not exist");
+  *out = table.get();
+  return true;
+}
+
+bool InvalidIdentifier(SqlError* error, const Expr& e) {
+  std::string shown = e.qualifier.empty() ? "\"" + e.text + "\""
+                                          : "\"" + e.qualifier + "\".\"" + e.text + "\"";
+  return SetError(error, 904, shown + ": invalid identifier");
+}
+
+// Column position of a column reference, checking its qualifier (the alias, or the table
+// name when the statement gave no alias).
+bool ResolveColumn(const Table& table, const TableRef& ref, const Expr& e, size_t* out,
+                   SqlError* error) {
+  if (!e.qualifier.empty()) {
+    bool ok = ref.alias.empty() ? e.qualifier == ref.name.name : e.qualifier == ref.alias;
+    if (!ok) return InvalidIdentifier(error, e);
+  }
+  int pos = table.FindColumn(e.text);
+  if (pos < 0) return InvalidIdentifier(error, e);
+  *out = static_cast<size_t>(pos);
+  return true;
+}
+
+const BindHandle* BindFor(const StmtHandle& stmt, size_t occurrence) {
+  const BindHandle* by_name = nullptr;
+  for (const auto& b : stmt.binds) {
+    if (b->position == occurrence + 1) return b.get();
+    if (b->position == 0 && occurrence < stmt.placeholders.size() &&
+        b->name == stmt.placeholders[occurrence]) {
+      by_name = b.get();
+    }
+  }
+  return by_name;
+}
+
+bool Evaluate(const ExecContext& ctx, const Expr& e, Value* out, SqlError* error) {
+  if (e.kind == Expr::Kind::kBind) {
+    const BindHandle* b = BindFor(*ctx.stmt, e.bind);
+    if (b == nullptr) return SetError(error, 1008, "not all variables bound");
+    return ValueFromBind(*b, ctx.iteration, out, error);
+  }
+  return ValueFromLiteral(e, out, error);
+}
+
+Target TargetOf(const Table& table, size_t column) {
+  return Target{table.schema, table.name, table.columns()[column].name};
+}
+
+// Bytes of a LOB as the transaction sees them.
+std::string VisibleLobBytes(const OCILobLocator& l, std::uint64_t txn) {
+  if (!l.cell) return std::string();
+  if (l.cell->has_pending && l.cell->pending_txn == txn && txn != 0) return l.cell->pending;
+  return l.cell->data;
+}
+
+// Gives every LOB of a value about to be stored a cell of its own in `record`'s row.
+void MaterializeLobs(const ExecContext& ctx, const ValueType& t, void* slot, OCIInd* ind,
+                     const std::shared_ptr<RowRecord>& record) {
+  std::uint64_t txn = CurrentTxn(ctx);
+  ForEachLob(t, slot, ind, [&](OCILobLocator* l, bool is_null) {
+    if (l == nullptr) return;
+    if (is_null) {
+      l->state = LobState::kUnset;
+      l->cell.reset();
+      return;
+    }
+    auto cell = std::make_shared<LobCell>();
+    cell->clob = l->lob_type != OCI_TYPECODE_BLOB;
+    if (l->state == LobState::kPersistent || l->state == LobState::kTemporary) {
+      cell->data = VisibleLobBytes(*l, txn);
+    }
+    cell->db = ctx.db_ref;
+    cell->row = record;
+    l->state = LobState::kPersistent;
+    l->cell = std::move(cell);
+    l->select_txn = 0;
+  });
+}
+
+bool CannotBeNull(const Table& table, size_t column, const RowData& row, bool update,
+                  SqlError* error) {
+  const Attribute& a = table.columns()[column];
+  if (*IndAt(row, a.ind_offset) != OCI_IND_NULL) return true;
+  std::string name = "(\"" + table.schema + "\".\"" + table.name + "\".\"" + a.name + "\")";
+  if (update) return SetError(error, 1407, "cannot update " + name + " to NULL");
+  return SetError(error, 1400, "cannot insert NULL into " + name);
+}
+
+// ORA-00001 when another visible row holds `key`; ORA-00054 when another transaction's
+// uncommitted row may hold it.
+bool CheckKeyFree(const ExecContext& ctx, const Table& table, const std::string& key,
+                  const RowRecord* self, SqlError* error) {
+  if (table.primary_key.empty()) return true;
+  std::uint64_t mine = CurrentTxn(ctx);
+  auto range = table.key_index.equal_range(key);
+  for (auto it = range.first; it != range.second; ++it) {
+    const RowRecord* r = it->second;
+    if (r == self || r->dead) continue;
+    bool committed_has = r->committed && r->committed_key == key;
+    bool pending_has = r->has_pending && r->pending && r->pending_key == key;
+    bool occupied;
+    if (r->has_pending && mine != 0 && r->lock_txn == mine) {
+      occupied = pending_has;
+    } else if (r->has_pending && r->lock_txn != 0) {
+      if (committed_has || pending_has) return Busy(error);
+      occupied = false;
+    } else {
+      occupied = committed_has;
+    }
+    if (occupied) {
+      return SetError(error, 1, "unique constraint (" + table.schema + "." +
+                                    table.primary_key_name + ") violated");
+    }
+  }
+  return true;
+}
+
+struct PreparedCondition {
+  size_t column = 0;
+  bool never = false;  // compares with NULL: no row qualifies
+  std::string key;
+};
+
+bool PrepareWhere(const ExecContext& ctx, const Table& table, const TableRef& ref,
+                  const std::vector<Condition>& where, std::vector<PreparedCondition>* out,
+                  SqlError* error) {
+  for (const Condition& c : where) {
+    PreparedCondition p;
+    if (c.column.kind != Expr::Kind::kColumn) {
+      // literal = literal: only equal literals let rows through
+      Value a;
+      Value b;
+      if (!Evaluate(ctx, c.column, &a, error) || !Evaluate(ctx, c.value, &b, error)) return false;
+      p.never = a.kind == Value::Kind::kNull || b.kind == Value::Kind::kNull ||
+                a.kind != b.kind || a.bytes != b.bytes ||
+                std::memcmp(&a.number, &b.number, sizeof a.number) != 0;
+      p.column = static_cast<size_t>(-1);
+      out->push_back(std::move(p));
+      continue;
+    }
+    if (!ResolveColumn(table, ref, c.column, &p.column, error)) return false;
+    if (c.value.kind == Expr::Kind::kColumn || c.value.kind == Expr::Kind::kValue) {
+      return SetError(error, 920, "invalid relational operator");
+    }
+    Value v;
+    if (!Evaluate(ctx, c.value, &v, error)) return false;
+    const ValueType& t = table.columns()[p.column].type;
+    if (t.kind != ValueKind::kNumber && t.kind != ValueKind::kString &&
+        t.kind != ValueKind::kDate && t.kind != ValueKind::kRaw) {
+      return SetError(error, 932, "inconsistent datatypes: expected - got " + TypeName(t));
+    }
+    if (v.kind == Value::Kind::kNull) {
+      p.never = true;
+    } else {
+      // The compared value in the column's own type.
+      alignas(16) unsigned char slot[sizeof(OCINumber)] = {0};
+      OCIInd ind = OCI_IND_NULL;
+      InitSlot(nullptr, t, slot, &ind, true);
+      ValueType loose = t;
+      loose.length = 0;  // a longer value simply matches nothing
+      loose.precision = 0;
+      bool ok = StoreValue(v, loose, slot, &ind, Target(), error);
+      if (ok) p.key = KeyText(t, slot);
+      FreeSlot(t, slot);
+      if (!ok) return false;
+    }
+    out->push_back(std::move(p));
+  }
+  return true;
+}
+
+bool Matches(const Table& table, const RowData& row, const std::vector<PreparedCondition>& conds) {
+  for (const PreparedCondition& c : conds) {
+    if (c.never) return false;
+    if (c.column == static_cast<size_t>(-1)) continue;
+    const Attribute& a = table.columns()[c.column];
+    if (*IndAt(row, a.ind_offset) == OCI_IND_NULL) return false;
+    if (KeyText(a.type, SlotAt(row, a)) != c.key) return false;
+  }
+  return true;
+}
+
+struct Found {
+  std::shared_ptr<RowRecord> record;
+  std::shared_ptr<RowData> row;
+};
+
+// Rows the session sees that satisfy the conditions, through the key index when the
+// conditions fix the whole primary key.
+std::vector<Found> FindRows(const ExecContext& ctx, Table* table,
+                            const std::vector<PreparedCondition>& conds) {
+  std::vector<Found> found;
+  for (const PreparedCondition& c : conds) {
+    if (c.never) return found;
+  }
+  std::uint64_t txn = CurrentTxn(ctx);
+  auto consider = [&](const std::shared_ptr<RowRecord>& record) {
+    if (record->dead) return;
+    const std::shared_ptr<RowData>& row = VisibleVersion(*record, txn);
+    if (row && Matches(*table, *row, conds)) found.push_back({record, row});
+  };
+  if (!table->primary_key.empty()) {
+    std::string key;
+    bool complete = true;
+    for (size_t column : table->primary_key) {
+      const PreparedCondition* hit = nullptr;
+      for (const PreparedCondition& c : conds) {
+        if (c.column == column) hit = &c;
+      }
+      if (hit == nullptr) {
+        complete = false;
+        break;
+      }
+      key += std::to_string(hit->key.size()) + ':' + hit->key;
+    }
+    if (complete) {
+      std::vector<std::shared_ptr<RowRecord>> candidates;
+      auto range = table->key_index.equal_range(key);
+      for (auto it = range.first; it != range.second; ++it) {
+        candidates.push_back(it->second->shared_from_this());
+      }
+      for (const auto& record : candidates) consider(record);
+      return found;
+    }
+  }
+  for (const auto& record : table->rows) consider(record);
+  return found;
+}
+
+bool CheckLocks(const ExecContext& ctx, const std::vector<Found>& rows, SqlError* error) {
+  std::uint64_t mine = CurrentTxn(ctx);
+  for (const Found& f : rows) {
+    if (f.record->lock_txn != 0 && f.record->lock_txn != mine) return Busy(error);
+  }
+  return true;
+}
+
+}  // namespace
+
+bool ExecuteInsert(const ExecContext& ctx, const InsertStatement& s, ExecResult* result,
+                   SqlError* error) {
+  Table* table = nullptr;
+  if (!ResolveTable(ctx, s.table, &table, error)) return false;
+  if (table->dual) return SetError(error, 1031, "insufficient privileges");
+  const std::vector<Attribute>& columns = table->columns();
+  std::vector<size_t> targets;
+  if (s.has_columns) {
+    std::set<size_t> seen;
+    for (const Expr& c : s.columns) {
+      size_t pos = 0;
+      if (!ResolveColumn(*table, s.table, c, &pos, error)) return false;
+      if (!seen.insert(pos).second) return SetError(error, 957, "duplicate column name");
+      targets.push_back(pos);
+    }
+  } else {
+    for (size_t i = 0; i < columns.size(); ++i) targets.push_back(i);
+  }
+  std::vector<Value> values(s.values.size());
+  for (size_t i = 0; i < s.values.size(); ++i) {
+    if (!Evaluate(ctx, s.values[i], &values[i], error)) return false;
+  }
+  // An object table also takes one instance of its type for the whole row.
+  bool whole_row = table->object_table && !s.has_columns && values.size() == 1 &&
+                   values[0].kind == Value::Kind::kObject &&
+                   (columns.size() != 1 || values[0].tdo == table->row_type.get());
+  if (!whole_row) {
+    if (values.size() < targets.size()) return SetError(error, 947, "not enough values");
+    if (values.size() > targets.size()) return SetError(error, 913, "too many values");
+  }
+  std::shared_ptr<RowData> row = NewRow(table->row_type);
+  if (!row) return SetError(error, 4030, "out of process memory");
+  if (whole_row) {
+    ValueType t = RowValueType(*table);
+    if (!StoreValue(values[0], t, row->value, row->ind, Target(), error)) return false;
+    row->ind[0] = OCI_IND_NOTNULL;
+  } else {
+    for (size_t i = 0; i < targets.size(); ++i) {
+      const Attribute& a = columns[targets[i]];
+      if (!StoreValue(values[i], a.type, SlotAt(*row, a), IndAt(*row, a.ind_offset),
+                      TargetOf(*table, targets[i]), error)) {
+        return false;
+      }
+    }
+  }
+  for (size_t c = 0; c < columns.size(); ++c) {
+    if (table->not_null[c] && !CannotBeNull(*table, c, *row, false, error)) return false;
+  }
+  std::string key = table->KeyOf(*row);
+  if (!CheckKeyFree(ctx, *table, key, nullptr, error)) return false;
+  auto record = std::make_shared<RowRecord>();
+  record->table = table;
+  ValueType t = RowValueType(*table);
+  MaterializeLobs(ctx, t, row->value, row->ind, record);
+  record->pending = std::move(row);
+  record->has_pending = true;
+  record->pending_key = std::move(key);
+  LockRecord(ctx, record);
+  table->rows.push_back(record);
+  table->IndexRecord(record.get());
+  result->row_count = 1;
+  return true;
+}
+
+bool ExecuteSelect(const ExecContext& ctx, const SelectStatement& s, ExecResult* result,
+                   SqlError* error) {
+  Table* table = nullptr;
+  if (!ResolveTable(ctx, s.table, &table, error)) return false;
+  auto cursor = std::make_unique<Cursor>();
+  const std::vector<Attribute>& columns = table->columns();
+  for (const SelectItem& item : s.items) {
+    if (item.star) {
+      for (const Attribute& a : columns) {
+        Projection p;
+        p.type = a.type;
+        p.offset = a.offset;
+        p.ind_offset = a.ind_offset;
+        cursor->items.push_back(std::move(p));
+      }
+      continue;
+    }
+    const Expr& e = item.expr;
+    Projection p;
+    if (e.kind == Expr::Kind::kColumn) {
+      size_t pos = 0;
+      if (!ResolveColumn(*table, s.table, e, &pos, error)) return false;
+      p.type = columns[pos].type;
+      p.offset = columns[pos].offset;
+      p.ind_offset = columns[pos].ind_offset;
+    } else if (e.kind == Expr::Kind::kValue) {
+      if (s.table.alias.empty() || e.qualifier != s.table.alias || !table->object_table) {
+        return SetError(error, 904, "\"" + e.qualifier + "\": invalid identifier");
+      }
+      p.type = RowValueType(*table);
+    } else {
+      Value v;
+      if (!Evaluate(ctx, e, &v, error)) return false;
+      auto type = std::make_shared<OCIType>();
+      Attribute a;
+      a.name = "LITERAL";
+      if (v.kind == Value::Kind::kNumber) {
+        a.type.kind = ValueKind::kNumber;
+        a.type.typecode = OCI_TYPECODE_NUMBER;
+        a.type.scale = -127;
+      } else if (v.kind == Value::Kind::kText || v.kind == Value::Kind::kNull) {
+        a.type.kind = ValueKind::kString;
+        a.type.typecode = OCI_TYPECODE_VARCHAR2;
+        a.type.charset_form = SQLCS_IMPLICIT;
+      } else if (v.kind == Value::Kind::kDate) {
+        a.type.kind = ValueKind::kDate;
+        a.type.typecode = OCI_TYPECODE_DATE;
+      } else if (v.kind == Value::Kind::kRaw) {
+        a.type.kind = ValueKind::kRaw;
+        a.type.typecode = OCI_TYPECODE_RAW;
+      } else {
+        return SetError(error, 932, "inconsistent datatypes: expected - got " + ValueKindName(v));
+      }
+      type->attributes.push_back(a);
+      type->Layout();
+      p.literal = true;
+      p.literal_row = NewRow(type);
+      if (!p.literal_row) return SetError(error, 4030, "out of process memory");
+      const Attribute& la = type->attributes[0];
+      if (!StoreValue(v, la.type, SlotAt(*p.literal_row, la), IndAt(*p.literal_row, la.ind_offset),
+                      Target(), error)) {
+        return false;
+      }
+      p.type = la.type;
+      p.offset = la.offset;
+      p.ind_offset = la.ind_offset;
+    }
+    cursor->items.push_back(std::move(p));
+  }
+  std::vector<PreparedCondition> conds;
+  if (!PrepareWhere(ctx, *table, s.table, s.where, &conds, error)) return false;
+  std::vector<Found> found = FindRows(ctx, table, conds);
+  if (s.for_update) {
+    if (table->dual) return SetError(error, 1031, "insufficient privileges");
+    if (!CheckLocks(ctx, found, error)) return false;
+    EnsureTxn(ctx);
+    for (const Found& f : found) LockRecord(ctx, f.record);
+    cursor->for_update = true;
+    cursor->txn = CurrentTxn(ctx);
+  }
+  cursor->rows.reserve(found.size());
+  for (Found& f : found) cursor->rows.push_back(std::move(f.row));
+  result->cursor = std::move(cursor);
+  return true;
+}
+
+bool ExecuteUpdate(const ExecContext& ctx, const UpdateStatement& s, ExecResult* result,
+                   SqlError* error) {
+  Table* table = nullptr;
+  if (!ResolveTable(ctx, s.table, &table, error)) return false;
+  if (table->dual) return SetError(error, 1031, "insufficient privileges");
+  const std::vector<Attribute>& columns = table->columns();
+  std::vector<size_t> targets;
+  std::set<size_t> seen;
+  std::vector<Value> values;
+  for (const auto& set : s.sets) {
+    size_t pos = 0;
+    if (!ResolveColumn(*table, s.table, set.first, &pos, error)) return false;
+    if (!seen.insert(pos).second) {
+      return SetError(error, 957, "duplicate column name");
+    }
+    targets.push_back(pos);
+  }
+  for (const auto& set : s.sets) {
+    if (set.second.kind == Expr::Kind::kColumn || set.second.kind == Expr::Kind::kValue) {
+      return SetError(error, 936, "missing expression");
+    }
+    Value v;
+    if (!Evaluate(ctx, set.second, &v, error)) return false;
+    values.push_back(std::move(v));
+  }
+  std::vector<PreparedCondition> conds;
+  if (!PrepareWhere(ctx, *table, s.table, s.where, &conds, error)) return false;
+  std::vector<Found> found = FindRows(ctx, table, conds);
+  if (!CheckLocks(ctx, found, error)) return false;
+  std::vector<std::shared_ptr<RowData>> updated;
+  std::vector<std::string> keys;
+  std::set<std::string> new_keys;
+  for (const Found& f : found) {
+    std::shared_ptr<RowData> row = CopyRow(*f.row);
+    if (!row) return SetError(error, 4030, "out of process memory");
+    for (size_t i = 0; i < targets.size(); ++i) {
+      const Attribute& a = columns[targets[i]];
+      if (!StoreValue(values[i], a.type, SlotAt(*row, a), IndAt(*row, a.ind_offset),
+                      TargetOf(*table, targets[i]), error)) {
+        return false;
+      }
+      if (table->not_null[targets[i]] && !CannotBeNull(*table, targets[i], *row, true, error)) {
+        return false;
+      }
+    }
+    std::string key = table->KeyOf(*row);
+    if (!table->primary_key.empty()) {
+      if (!new_keys.insert(key).second) {
+        return SetError(error, 1, "unique constraint (" + table->schema + "." +
+                                      table->primary_key_name + ") violated");
+      }
+      if (!CheckKeyFree(ctx, *table, key, f.record.get(), error)) return false;
+    }
+    for (size_t target : targets) {
+      const Attribute& a = columns[target];
+      MaterializeLobs(ctx, a.type, SlotAt(*row, a), IndAt(*row, a.ind_offset), f.record);
+    }
+    updated.push_back(std::move(row));
+    keys.push_back(std::move(key));
+  }
+  for (size_t i = 0; i < found.size(); ++i) {
+    const std::shared_ptr<RowRecord>& record = found[i].record;
+    table->UnindexRecord(record.get());
+    LockRecord(ctx, record);
+    record->pending = std::move(updated[i]);
+    record->pending_key = std::move(keys[i]);
+    record->has_pending = true;
+    table->IndexRecord(record.get());
+  }
+  result->row_count = static_cast<ub4>(found.size());
+  return true;
+}
+
+bool ExecuteDelete(const ExecContext& ctx, const DeleteStatement& s, ExecResult* result,
+                   SqlError* error) {
+  Table* table = nullptr;
+  if (!ResolveTable(ctx, s.table, &table, error)) return false;
+  if (table->dual) return SetError(error, 1031, "insufficient privileges");
+  std::vector<PreparedCondition> conds;
+  if (!PrepareWhere(ctx, *table, s.table, s.where, &conds, error)) return false;
+  std::vector<Found> found = FindRows(ctx, table, conds);
+  if (!CheckLocks(ctx, found, error)) return false;
+  for (const Found& f : found) {
+    table->UnindexRecord(f.record.get());
+    LockRecord(ctx, f.record);
+    f.record->pending.reset();
+    f.record->pending_key.clear();
+    f.record->has_pending = true;
+    table->IndexRecord(f.record.get());
+  }
+  result->row_count = static_cast<ub4>(found.size());
+  return true;
+}
+
+}  // namespace ocimem

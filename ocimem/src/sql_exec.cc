@@ -1,0 +1,48 @@
+#include "sql_exec.h"
+
+#include <mutex>
+
+namespace ocimem {
+namespace {
+
+bool SetError(SqlError* error, int code, std::string message) {
+  error->code = code;
+  error->message = std::move(message);
+  return false;
+}
+
+}  // namespace
+
+bool ExecuteStatement(const ExecContext& ctx, const Statement& statement, ExecResult* result,
+                      SqlError* error) {
+  if (const auto* s = std::get_if<CreateTypeStatement>(&statement)) return CreateType(ctx, *s, error);
+  if (const auto* s = std::get_if<DropTypeStatement>(&statement)) return DropType(ctx, *s, error);
+  if (const auto* s = std::get_if<CreateTableStatement>(&statement)) {
+    return CreateTable(ctx, *s, error);
+  }
+  if (const auto* s = std::get_if<DropTableStatement>(&statement)) return DropTable(ctx, *s, error);
+  if (std::holds_alternative<CommitStatement>(statement)) {
+    EndSessionTransaction(ctx.session, true);
+    return true;
+  }
+  if (std::holds_alternative<RollbackStatement>(statement)) {
+    EndSessionTransaction(ctx.session, false);
+    return true;
+  }
+  std::lock_guard<std::mutex> lock(ctx.db->mutex);
+  if (const auto* s = std::get_if<InsertStatement>(&statement)) {
+    return ExecuteInsert(ctx, *s, result, error);
+  }
+  if (const auto* s = std::get_if<SelectStatement>(&statement)) {
+    return ExecuteSelect(ctx, *s, result, error);
+  }
+  if (const auto* s = std::get_if<UpdateStatement>(&statement)) {
+    return ExecuteUpdate(ctx, *s, result, error);
+  }
+  if (const auto* s = std::get_if<DeleteStatement>(&statement)) {
+    return ExecuteDelete(ctx, *s, result, error);
+  }
+  return SetError(error, 900, "invalid SQL statement");
+}
+
+}  // namespace ocimem

@@ -1,0 +1,30 @@
+// OCITransCommit and OCITransRollback: end the session's open transaction.
+#include "database.h"
+#include "internal.h"
+
+using namespace ocimem;
+
+namespace {
+
+sword EndTransaction(const char* function, OCISvcCtx* svchp, OCIError* errhp, bool commit) {
+  sword rc;
+  if (Enter(function, errhp, &rc)) return rc;
+  SvcCtx* svc = AsSvcCtx(svchp);
+  if (svc == nullptr) return OCI_INVALID_HANDLE;
+  if (svc->session == nullptr || !svc->session->db) return Fail(errhp, 1012, "not logged on");
+  // With no open transaction there is nothing to do.
+  EndSessionTransaction(svc->session, commit);
+  return OCI_SUCCESS;
+}
+
+}  // namespace
+
+sword OCITransCommit(OCISvcCtx* svchp, OCIError* errhp, ub4 flags) {
+  (void)flags;  // one-phase commit of a local transaction
+  return EndTransaction("OCITransCommit", svchp, errhp, true);
+}
+
+sword OCITransRollback(OCISvcCtx* svchp, OCIError* errhp, ub4 flags) {
+  (void)flags;
+  return EndTransaction("OCITransRollback", svchp, errhp, false);
+}
