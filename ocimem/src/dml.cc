@@ -371,6 +371,11 @@ bool ExecuteSelect(const ExecContext& ctx, const SelectStatement& s, ExecResult*
   const std::vector<Attribute>& columns = table->columns();
   for (const SelectItem& item : s.items) {
     if (item.star) {
+      if (!item.expr.qualifier.empty()) {
+        const std::string& q = item.expr.qualifier;
+        bool ok = s.table.alias.empty() ? q == s.table.name.name : q == s.table.alias;
+        if (!ok) return SetError(error, 904, "\"" + q + "\": invalid identifier");
+      }
       for (const Attribute& a : columns) {
         Projection p;
         p.type = a.type;

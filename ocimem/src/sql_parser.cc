@@ -500,6 +500,12 @@ bool Parser::ParseSelect(Statement* out) {
     SelectItem item;
     if (AcceptSymbol("*")) {
       item.star = true;
+    } else if (Peek().IsIdentifier() && Peek(1).IsSymbol(".") && Peek(2).IsSymbol("*")) {
+      item.star = true;
+      item.expr.qualifier = Next().text;
+      item.expr.offset = Peek().offset;
+      Next();
+      Next();
     } else {
       if (Peek().IsWord("FROM")) return Fail(936, "missing expression");
       if (!ParseValue(&item.expr)) return false;

@@ -215,9 +215,6 @@ sword OCIStmtExecute(OCISvcCtx* svchp, OCIStmt* stmtp, OCIError* errhp, ub4 iter
     if (!bound) return Fail(errhp, 1008, "not all variables bound");
   }
   if ((mode & OCI_DESCRIBE_ONLY) != 0) return OCI_SUCCESS;
-  if (query && iters > 0 && s->defines.empty()) {
-    return Fail(errhp, 24374, "define not done before fetch or execute and fetch");
-  }
   // DDL commits the open transaction.
   if (IsDdl(statement)) EndSessionTransaction(svc->session, true);
   ub4 first = query ? 0 : rowoff;
@@ -238,8 +235,11 @@ sword OCIStmtExecute(OCISvcCtx* svchp, OCIStmt* stmtp, OCIError* errhp, ub4 iter
     s->row_count = row_count;
     return OCI_SUCCESS;
   }
-  if (!CheckDefines(*s, &error)) return Fail(errhp, error.code, error.message);
   if (iters == 0) return OCI_SUCCESS;
+  if (s->defines.empty()) {
+    return Fail(errhp, 24374, "define not done before fetch or execute and fetch");
+  }
+  if (!CheckDefines(*s, &error)) return Fail(errhp, error.code, error.message);
   return FetchRows(s, errhp, iters);
 }
 
