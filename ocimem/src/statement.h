@@ -77,6 +77,7 @@ struct StmtHandle : Handle {
   std::vector<std::unique_ptr<DefineHandle>> defines;
   std::unique_ptr<Cursor> cursor;
   Session* session = nullptr;  // of the last execute
+  Env* session_env = nullptr;   // the environment of that session
 };
 
 inline StmtHandle* AsStmt(const void* p) { return AsHandle<StmtHandle>(p, OCI_HTYPE_STMT); }

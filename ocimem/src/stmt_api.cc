@@ -2,6 +2,7 @@
 // and finds its bind variables; parsing and every SQL error happen at execute, as with a
 // server.
 #include <cstring>
+#include <mutex>
 
 #include "convert.h"
 #include "instance.h"
@@ -91,15 +92,26 @@ bool FetchObject(Env* env, const DefineHandle& d, size_t row, const ValueType& t
   return true;
 }
 
+// The session that executed the statement, or nullptr when it has been freed since.
+Session* LiveSession(StmtHandle* s) {
+  if (s->session == nullptr) return nullptr;
+  if (s->session_env != s->env) return s->session;  // another environment's: trusted
+  std::lock_guard<std::mutex> lock(s->env->registry_mutex);
+  return s->env->handles.count(s->session) != 0 ? s->session : nullptr;
+}
+
 // Fetches up to `nrows` rows of the open cursor into the defines.
 sword FetchRows(StmtHandle* s, OCIError* err, ub4 nrows) {
   Cursor& c = *s->cursor;
-  if (c.exhausted) return Fail(err, 1002, "fetch out of sequence");
-  if (c.for_update && s->session != nullptr &&
-      (!s->session->txn || s->session->txn->id != c.txn)) {
-    return Fail(err, 1002, "fetch out of sequence");
+  if (s->defines.empty()) {
+    return Fail(err, 24374, "define not done before fetch or execute and fetch");
   }
-  std::uint64_t txn = s->session != nullptr && s->session->txn ? s->session->txn->id : 0;
+  SqlError check;
+  if (!CheckDefines(*s, &check)) return Fail(err, check.code, check.message);
+  if (c.exhausted) return Fail(err, 1002, "fetch out of sequence");
+  Session* session = LiveSession(s);
+  std::uint64_t txn = session != nullptr && session->txn ? session->txn->id : 0;
+  if (c.for_update && txn != c.txn) return Fail(err, 1002, "fetch out of sequence");
   bool truncated = false;
   ub4 fetched = 0;
   SqlError error;
@@ -203,6 +215,7 @@ sword OCIStmtExecute(OCISvcCtx* svchp, OCIStmt* stmtp, OCIError* errhp, ub4 iter
   s->cursor.reset();
   s->row_count = 0;
   s->session = svc->session;
+  s->session_env = svc->env;
   ExecContext ctx{svc->session->db.get(), svc->session->schema, svc->session->db, svc->session,
                   s, 0};
   for (size_t i = 0; i < s->placeholders.size(); ++i) {
@@ -236,10 +249,6 @@ sword OCIStmtExecute(OCISvcCtx* svchp, OCIStmt* stmtp, OCIError* errhp, ub4 iter
     return OCI_SUCCESS;
   }
   if (iters == 0) return OCI_SUCCESS;
-  if (s->defines.empty()) {
-    return Fail(errhp, 24374, "define not done before fetch or execute and fetch");
-  }
-  if (!CheckDefines(*s, &error)) return Fail(errhp, error.code, error.message);
   return FetchRows(s, errhp, iters);
 }
 

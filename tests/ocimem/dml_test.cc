@@ -385,6 +385,41 @@ TEST_F(DmlTest, DefineBeyondTheSelectList) {
   EXPECT_EQ("ORA-01007: variable not in select list", FirstError(err_));
 }
 
+TEST_F(DmlTest, DefinesMadeAfterTheExecuteAreCheckedAtFetch) {
+  MustExec("insert into emp (id, name) values (1, 'a')");
+  OCIStmt* stmt = Prepare("select id from emp");
+  ASSERT_EQ(OCI_SUCCESS, Execute(stmt, 0));
+  EXPECT_EQ(OCI_ERROR, OCIStmtFetch2(stmt, err_, 1, OCI_FETCH_NEXT, 0, OCI_DEFAULT));
+  EXPECT_EQ(24374, FirstCode(err_));
+  int v = 0;
+  OCIDefine* def = nullptr;
+  ASSERT_EQ(OCI_SUCCESS, OCIDefineByPos(stmt, &def, err_, 3, &v, sizeof v, SQLT_INT, nullptr,
+                                        nullptr, nullptr, OCI_DEFAULT));
+  EXPECT_EQ(OCI_ERROR, OCIStmtFetch2(stmt, err_, 1, OCI_FETCH_NEXT, 0, OCI_DEFAULT));
+  EXPECT_EQ(1007, FirstCode(err_));
+  ASSERT_EQ(OCI_SUCCESS, OCIDefineByPos(stmt, &def, err_, 1, &v, sizeof v, SQLT_INT, nullptr,
+                                        nullptr, nullptr, OCI_DEFAULT));
+  ASSERT_EQ(OCI_SUCCESS, OCIDefineByPos(stmt, &def, err_, 3, &v, sizeof v, SQLT_INT, nullptr,
+                                        nullptr, nullptr, OCI_DEFAULT));
+  EXPECT_EQ(OCI_ERROR, OCIStmtFetch2(stmt, err_, 1, OCI_FETCH_NEXT, 0, OCI_DEFAULT));
+  EXPECT_EQ(1007, FirstCode(err_));
+}
+
+TEST_F(DmlTest, OpenQueryOutlivesItsSession) {
+  MustExec("insert into emp (id, name) values (1, 'a')");
+  ASSERT_EQ(OCI_SUCCESS, OCITransCommit(svc_, err_, OCI_DEFAULT));
+  OCISvcCtx* other = OtherSession();
+  OCIStmt* stmt = Prepare("select id from emp");
+  int v = 0;
+  OCIDefine* def = nullptr;
+  ASSERT_EQ(OCI_SUCCESS, OCIDefineByPos(stmt, &def, err_, 1, &v, sizeof v, SQLT_INT, nullptr,
+                                        nullptr, nullptr, OCI_DEFAULT));
+  ASSERT_EQ(OCI_SUCCESS, Execute(stmt, 0, other));
+  ASSERT_EQ(OCI_SUCCESS, OCILogoff(other, err_));
+  ASSERT_EQ(OCI_SUCCESS, OCIStmtFetch2(stmt, err_, 1, OCI_FETCH_NEXT, 0, OCI_DEFAULT));
+  EXPECT_EQ(1, v);
+}
+
 TEST_F(DmlTest, ExternalTypesRoundTrip) {
   OCIStmt* ins = Prepare("insert into emp values (:1, :2, :3, :4, :5)");
   ub1 vnu[22] = {0};
