@@ -155,6 +155,45 @@ TEST_F(TransTest, DropTableWithRowsLockedByAnotherSession) {
   EXPECT_EQ(54, ExecError("drop table acct"));
 }
 
+TEST_F(TransTest, ChangedKeyIsFoundByTheNewKeyInTheSessionAndTheOldKeyElsewhere) {
+  MustExec("update acct set id = 9 where id = 1");
+  EXPECT_EQ(std::vector<std::string>{"100"}, Column("select bal from acct where id = 9"));
+  EXPECT_TRUE(Column("select bal from acct where id = 1").empty());
+  EXPECT_EQ(std::vector<std::string>{"100"}, Column("select bal from acct where id = 1", other_));
+  EXPECT_TRUE(Column("select bal from acct where id = 9", other_).empty());
+  MustExec("insert into acct values (1, 7)");  // the old key is free for this session
+  ASSERT_EQ(OCI_SUCCESS, OCITransCommit(svc_, err_, OCI_DEFAULT));
+  EXPECT_EQ(std::vector<std::string>{"7"}, Column("select bal from acct where id = 1", other_));
+  EXPECT_EQ(std::vector<std::string>{"100"}, Column("select bal from acct where id = 9", other_));
+}
+
+TEST_F(TransTest, RolledBackKeyChangeRestoresTheIndex) {
+  MustExec("update acct set id = 9 where id = 1");
+  ASSERT_EQ(OCI_SUCCESS, OCITransRollback(svc_, err_, OCI_DEFAULT));
+  EXPECT_EQ(std::vector<std::string>{"100"}, Column("select bal from acct where id = 1"));
+  EXPECT_TRUE(Column("select bal from acct where id = 9").empty());
+  EXPECT_EQ(1, ExecError("insert into acct values (1, 0)"));
+  MustExec("insert into acct values (9, 0)");
+}
+
+TEST_F(TransTest, ManyRowsAreFoundByKey) {
+  OCIStmt* ins = Prepare("insert into acct values (:1, :1)");
+  int id = 0;
+  OCIBind* b = nullptr;
+  ASSERT_EQ(OCI_SUCCESS, OCIBindByPos(ins, &b, err_, 1, &id, sizeof id, SQLT_INT, nullptr,
+                                      nullptr, nullptr, 0, nullptr, OCI_DEFAULT));
+  OCIBind* b2 = nullptr;
+  ASSERT_EQ(OCI_SUCCESS, OCIBindByPos(ins, &b2, err_, 2, &id, sizeof id, SQLT_INT, nullptr,
+                                      nullptr, nullptr, 0, nullptr, OCI_DEFAULT));
+  for (id = 2; id <= 3000; ++id) ASSERT_EQ(OCI_SUCCESS, Execute(ins)) << id;
+  ASSERT_EQ(OCI_SUCCESS, OCITransCommit(svc_, err_, OCI_DEFAULT));
+  EXPECT_EQ(std::vector<std::string>{"2999"}, Column("select bal from acct where id = 2999"));
+  MustExec("delete from acct where id = 1500");
+  ASSERT_EQ(OCI_SUCCESS, OCITransCommit(svc_, err_, OCI_DEFAULT));
+  EXPECT_TRUE(Column("select bal from acct where id = 1500", other_).empty());
+  EXPECT_EQ(std::vector<std::string>{"1501"}, Column("select bal from acct where id = 1501", other_));
+}
+
 TEST_F(TransTest, TransactionCallsNeedAHandle) {
   EXPECT_EQ(OCI_INVALID_HANDLE, OCITransCommit(nullptr, err_, OCI_DEFAULT));
   EXPECT_EQ(OCI_INVALID_HANDLE, OCITransRollback(svc_, nullptr, OCI_DEFAULT));
