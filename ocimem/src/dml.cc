@@ -3,6 +3,7 @@
 #include <cstring>
 #include <set>
 
+#include "coll.h"
 #include "convert.h"
 #include "sql_exec.h"
 #include "value_slot.h"
@@ -96,12 +97,85 @@ const BindHandle* BindFor(const StmtHandle& stmt, size_t occurrence) {
 }
 
 bool Evaluate(const ExecContext& ctx, const Expr& e, Value* out, SqlError* error) {
+  if (e.kind == Expr::Kind::kConstructor) {
+    // Constructors build values in place and only where a column or attribute takes them.
+    return SetError(error, 932, "inconsistent datatypes: expected - got " +
+                                    (e.type.schema.empty() ? ctx.schema : e.type.schema) + "." +
+                                    e.type.name);
+  }
   if (e.kind == Expr::Kind::kBind) {
     const BindHandle* b = BindFor(*ctx.stmt, e.bind);
     if (b == nullptr) return SetError(error, 1008, "not all variables bound");
     return ValueFromBind(*b, ctx.iteration, out, error);
   }
   return ValueFromLiteral(e, out, error);
+}
+
+bool StoreLoose(const ExecContext& ctx, const Expr& e, const ValueType& t, void* slot, OCIInd* ind,
+                SqlError* error);
+
+// Builds the value of a constructor type(value, ...) in an initialised slot.
+bool BuildConstructed(const ExecContext& ctx, const Expr& e, const ValueType& t, void* slot,
+                      OCIInd* ind, SqlError* error) {
+  const std::string schema = e.type.schema.empty() ? ctx.schema : e.type.schema;
+  if ((t.kind != ValueKind::kObject && t.kind != ValueKind::kCollection) || !t.named ||
+      t.named->schema != schema || t.named->name != e.type.name) {
+    if (!ctx.db->catalog.FindType(schema, e.type.name)) {
+      return SetError(error, 904, "\"" + e.type.name + "\": invalid identifier");
+    }
+    return SetError(error, 932, "inconsistent datatypes: expected " + TypeName(t) + " got " +
+                                    schema + "." + e.type.name);
+  }
+  if (t.kind == ValueKind::kObject) {
+    const std::vector<Attribute>& attrs = t.named->attributes;
+    if (e.args.size() != attrs.size()) {
+      return SetError(error, 2315, "incorrect number of arguments for default constructor");
+    }
+    ind[0] = OCI_IND_NOTNULL;
+    for (size_t i = 0; i < attrs.size(); ++i) {
+      const Attribute& a = attrs[i];
+      auto* attr_ind = reinterpret_cast<OCIInd*>(reinterpret_cast<unsigned char*>(ind) +
+                                                 a.ind_offset);
+      if (!StoreLoose(ctx, e.args[i], a.type, static_cast<unsigned char*>(slot) + a.offset,
+                      attr_ind, error)) {
+        return false;
+      }
+    }
+    return true;
+  }
+  OCIColl* coll = *static_cast<OCIColl**>(slot);
+  coll->Clear();
+  for (const Expr& arg : e.args) {
+    if (!coll->Grow()) return SetError(error, 4030, "out of process memory");
+    size_t last = coll->size() - 1;
+    if (!StoreLoose(ctx, arg, coll->element_type(), coll->ValueAt(last), coll->IndAt(last),
+                    error)) {
+      return false;
+    }
+  }
+  *ind = OCI_IND_NOTNULL;
+  return true;
+}
+
+// Stores a value inside a constructed one; sizes are checked on the whole value after.
+bool StoreLoose(const ExecContext& ctx, const Expr& e, const ValueType& t, void* slot, OCIInd* ind,
+                SqlError* error) {
+  if (e.kind == Expr::Kind::kConstructor) return BuildConstructed(ctx, e, t, slot, ind, error);
+  Value v;
+  if (!Evaluate(ctx, e, &v, error)) return false;
+  ValueType loose = t;
+  loose.length = 0;
+  loose.precision = 0;
+  return StoreValue(v, loose, slot, ind, Target(), error);
+}
+
+// Stores the value of a VALUES or SET expression (evaluated as `v` unless a constructor).
+bool StoreColumn(const ExecContext& ctx, const Expr& e, const Value& v, const ValueType& t,
+                 void* slot, OCIInd* ind, const Target& target, SqlError* error) {
+  if (e.kind == Expr::Kind::kConstructor) {
+    return BuildConstructed(ctx, e, t, slot, ind, error) && CheckNestedSizes(t, slot, ind, error);
+  }
+  return StoreValue(v, t, slot, ind, target, error);
 }
 
 Target TargetOf(const Table& table, size_t column) {
@@ -319,12 +393,20 @@ bool ExecuteInsert(const ExecContext& ctx, const InsertStatement& s, ExecResult*
   }
   std::vector<Value> values(s.values.size());
   for (size_t i = 0; i < s.values.size(); ++i) {
+    if (s.values[i].kind == Expr::Kind::kConstructor) continue;  // built where stored
     if (!Evaluate(ctx, s.values[i], &values[i], error)) return false;
   }
   // An object table also takes one instance of its type for the whole row.
-  bool whole_row = table->object_table && !s.has_columns && values.size() == 1 &&
-                   values[0].kind == Value::Kind::kObject &&
-                   (columns.size() != 1 || values[0].tdo == table->row_type.get());
+  bool one_instance =
+      values.size() == 1 &&
+      ((values[0].kind == Value::Kind::kObject && values[0].tdo == table->row_type.get()) ||
+       (s.values[0].kind == Expr::Kind::kConstructor &&
+        s.values[0].type.name == table->row_type->name &&
+        (s.values[0].type.schema.empty() ? ctx.schema : s.values[0].type.schema) ==
+            table->row_type->schema));
+  bool whole_row = table->object_table && !s.has_columns &&
+                   (one_instance || (values.size() == 1 && columns.size() != 1 &&
+                                     values[0].kind == Value::Kind::kObject));
   if (!whole_row) {
     if (values.size() < targets.size()) return SetError(error, 947, "not enough values");
     if (values.size() > targets.size()) return SetError(error, 913, "too many values");
@@ -333,13 +415,15 @@ bool ExecuteInsert(const ExecContext& ctx, const InsertStatement& s, ExecResult*
   if (!row) return SetError(error, 4030, "out of process memory");
   if (whole_row) {
     ValueType t = RowValueType(*table);
-    if (!StoreValue(values[0], t, row->value, row->ind, Target(), error)) return false;
+    if (!StoreColumn(ctx, s.values[0], values[0], t, row->value, row->ind, Target(), error)) {
+      return false;
+    }
     row->ind[0] = OCI_IND_NOTNULL;
   } else {
     for (size_t i = 0; i < targets.size(); ++i) {
       const Attribute& a = columns[targets[i]];
-      if (!StoreValue(values[i], a.type, SlotAt(*row, a), IndAt(*row, a.ind_offset),
-                      TargetOf(*table, targets[i]), error)) {
+      if (!StoreColumn(ctx, s.values[i], values[i], a.type, SlotAt(*row, a),
+                       IndAt(*row, a.ind_offset), TargetOf(*table, targets[i]), error)) {
         return false;
       }
     }
@@ -476,7 +560,9 @@ bool ExecuteUpdate(const ExecContext& ctx, const UpdateStatement& s, ExecResult*
       return SetError(error, 936, "missing expression");
     }
     Value v;
-    if (!Evaluate(ctx, set.second, &v, error)) return false;
+    if (set.second.kind != Expr::Kind::kConstructor && !Evaluate(ctx, set.second, &v, error)) {
+      return false;
+    }
     values.push_back(std::move(v));
   }
   std::vector<PreparedCondition> conds;
@@ -491,8 +577,8 @@ bool ExecuteUpdate(const ExecContext& ctx, const UpdateStatement& s, ExecResult*
     if (!row) return SetError(error, 4030, "out of process memory");
     for (size_t i = 0; i < targets.size(); ++i) {
       const Attribute& a = columns[targets[i]];
-      if (!StoreValue(values[i], a.type, SlotAt(*row, a), IndAt(*row, a.ind_offset),
-                      TargetOf(*table, targets[i]), error)) {
+      if (!StoreColumn(ctx, s.sets[i].second, values[i], a.type, SlotAt(*row, a),
+                       IndAt(*row, a.ind_offset), TargetOf(*table, targets[i]), error)) {
         return false;
       }
       if (table->not_null[targets[i]] && !CannotBeNull(*table, targets[i], *row, true, error)) {

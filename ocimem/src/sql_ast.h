@@ -105,14 +105,19 @@ struct DropTableStatement {
   QualifiedName name;
 };
 
-// An operand: a literal, a bind variable, a column, VALUE(alias), EMPTY_CLOB()/EMPTY_BLOB().
+// An operand: a literal, a bind variable, a column, VALUE(alias), EMPTY_CLOB()/EMPTY_BLOB(),
+// or a type constructor type(value, ...).
 struct Expr {
-  enum class Kind { kNull, kNumber, kString, kBind, kEmptyClob, kEmptyBlob, kColumn, kValue };
+  enum class Kind {
+    kNull, kNumber, kString, kBind, kEmptyClob, kEmptyBlob, kColumn, kValue, kConstructor,
+  };
   Kind kind = Kind::kNull;
   std::string text;       // number or string literal, bind name (upper case), column name
   std::string qualifier;  // alias or table of a column; the alias of VALUE()
   size_t bind = 0;        // occurrence number of a bind variable in the statement
   size_t offset = 0;      // in the statement text
+  QualifiedName type;     // of a constructor
+  std::vector<Expr> args;  // of a constructor
 };
 
 struct Condition {

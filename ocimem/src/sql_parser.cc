@@ -435,7 +435,24 @@ bool Parser::ParseValue(Expr* out) {
     if (!ParseIdentifier(&out->qualifier)) return false;
     return ExpectSymbol(")");
   }
-  if (t.IsIdentifier() && !IsClauseWord(t)) return ParseColumnRef(out);
+  if (t.IsIdentifier() && !IsClauseWord(t)) {
+    bool constructor = Peek(1).IsSymbol("(") ||
+                       (Peek(1).IsSymbol(".") && Peek(2).IsIdentifier() && Peek(3).IsSymbol("("));
+    if (!constructor) return ParseColumnRef(out);
+    out->kind = Expr::Kind::kConstructor;
+    if (!ParseQualifiedName(&out->type)) return false;
+    Next();  // (
+    if (AcceptSymbol(")")) return true;
+    do {
+      Expr arg;
+      if (!ParseValue(&arg)) return false;
+      if (arg.kind == Expr::Kind::kValue || arg.kind == Expr::Kind::kColumn) {
+        return Fail(984, "column not allowed here");
+      }
+      out->args.push_back(std::move(arg));
+    } while (AcceptSymbol(","));
+    return ExpectSymbol(")");
+  }
   return Fail(936, "missing expression");
 }
 

@@ -304,6 +304,44 @@ TEST_F(RoundTripTest, AttributeColumnsOfTheObjectTable) {
   EXPECT_EQ(std::vector<std::string>{"plain"}, Column("select title from docs where id = 5"));
 }
 
+// obs o14: an object table takes a constructor of its type
+TEST_F(RoundTripTest, ConstructorsInInsertAndUpdate) {
+  MustExec("insert into docs values (doc_t(11, 'built', addr_t('Elm', 'Rome'), "
+           "lines_t(line_t('a', 1), line_t('b', 2)), empty_clob(), null))");
+  MustExec("insert into docs (id, addr) values (12, addr_t('Oak', null))");
+  MustExec("update docs set addr = addr_t('Ash', 'Bonn') where id = 11");
+  void* fetched = nullptr;
+  void* fetched_ind = nullptr;
+  ASSERT_EQ(OCI_SUCCESS, SelectDoc("select value(d) from docs d where id = 11", &fetched,
+                                   &fetched_ind))
+      << FirstError(err_);
+  EXPECT_EQ("built", TextOf(GetAttr(fetched, nullptr, doc_tdo_, "TITLE")));
+  Attr addr = GetAttr(fetched, nullptr, doc_tdo_, "ADDR");
+  EXPECT_EQ("Bonn", TextOf(GetAttr(addr.value, addr.null_struct, addr.tdo, "CITY")));
+  Attr lines = GetAttr(fetched, nullptr, doc_tdo_, "LINES");
+  sb4 size = 0;
+  ASSERT_EQ(OCI_SUCCESS, OCICollSize(env_, err_, *static_cast<OCIColl**>(lines.value), &size));
+  EXPECT_EQ(2, size);
+  EXPECT_EQ(OCI_IND_NOTNULL, GetAttr(fetched, nullptr, doc_tdo_, "BODY").status);
+  EXPECT_EQ(OCI_IND_NULL, GetAttr(fetched, nullptr, doc_tdo_, "PIC").status);
+  void* other = nullptr;
+  void* other_ind = nullptr;
+  ASSERT_EQ(OCI_SUCCESS, SelectDoc("select value(d) from docs d where id = 12", &other,
+                                   &other_ind));
+  Attr addr12 = GetAttr(other, nullptr, doc_tdo_, "ADDR");
+  EXPECT_EQ(OCI_IND_NOTNULL, addr12.status);
+  EXPECT_EQ(OCI_IND_NULL, GetAttr(addr12.value, addr12.null_struct, addr12.tdo, "CITY").status);
+}
+
+TEST_F(RoundTripTest, BadConstructors) {
+  EXPECT_EQ(2315, ExecError("insert into docs (id, addr) values (1, addr_t('x'))"));
+  EXPECT_EQ("ORA-02315: incorrect number of arguments for default constructor", FirstError(err_));
+  EXPECT_EQ(22814, ExecError("insert into docs (id, addr) values (1, addr_t('x', 'a city too long'))"));
+  EXPECT_EQ(904, ExecError("insert into docs (id, addr) values (1, nothing_t('x'))"));
+  EXPECT_EQ(932, ExecError("insert into docs (id, addr) values (1, line_t('x', 1))"));
+  EXPECT_EQ(984, ExecError("insert into docs (id, addr) values (1, addr_t(id, 'x'))"));
+}
+
 TEST_F(RoundTripTest, RollbackRemovesTheInsertedObject) {
   OCIInd* ind = nullptr;
   void* doc = NewDoc(6, &ind);
