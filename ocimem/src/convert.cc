@@ -511,6 +511,8 @@ bool StoreValue(const Value& v, const ValueType& t, void* slot, OCIInd* ind, con
       }
       size_t actual = t.char_semantics ? CharCount(text) : text.size();
       if (t.length > 0 && actual > t.length) return ValueTooLarge(target, actual, t.length, error);
+      // CHAR values are blank-padded to the column's length.
+      if (t.typecode == OCI_TYPECODE_CHAR && t.length > 0) text.append(t.length - actual, ' ');
       if (!AssignVarBlock(nullptr, text.data(), static_cast<ub4>(text.size()),
                           static_cast<void**>(slot))) {
         return SetError(error, 4030, "out of process memory");

@@ -297,6 +297,10 @@ bool PrepareWhere(const ExecContext& ctx, const Table& table, const TableRef& re
       loose.precision = 0;
       bool ok = StoreValue(v, loose, slot, &ind, Target(), error);
       if (ok) p.key = KeyText(t, slot);
+      // A CHAR column compares blank-padded.
+      if (ok && t.typecode == OCI_TYPECODE_CHAR && p.key.size() < t.length) {
+        p.key.append(t.length - p.key.size(), ' ');
+      }
       FreeSlot(t, slot);
       if (!ok) return false;
     }

@@ -51,6 +51,7 @@ TEST_F(TableTest, RelationalTableStoresEachColumnType) {
   EXPECT_EQ(std::vector<std::string>{"0AFF"}, Column("select r from t"));
   EXPECT_EQ(std::vector<std::string>{"7"}, Column("select t.i from t"));
   EXPECT_EQ(std::vector<std::string>{"1500"}, Column("select f from t where i = 7"));
+  EXPECT_EQ(std::vector<std::string>{"xy "}, Column("select c from t where c = 'xy'"));
 }
 
 TEST_F(TableTest, UnquotedNamesAreUpperCase) {
