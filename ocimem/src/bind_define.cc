@@ -93,8 +93,8 @@ sword OCIBindByName(OCIStmt* stmtp, OCIBind** bindp, OCIError* errhp, const OraT
   return RecordBind(s, bindp, errhp, 0, name, valuep, value_sz, dty, indp, alenp, rcodep, mode);
 }
 
-sword OCIBindObject(OCIBind* bindp, OCIError* errhp, const OCIType* type, void** pgvpp,
-                    ub4* pvszsp, void** indpp, ub4* indszp) {
+sword OCIBindObject(OCIBind* bindp, OCIError* errhp, const OCIType* type, void** pgvpp, ub4* pvszsp,
+                    void** indpp, ub4* indszp) {
   (void)pvszsp;  // sizes are known from the type
   (void)indszp;
   sword rc;
@@ -110,9 +110,8 @@ sword OCIBindObject(OCIBind* bindp, OCIError* errhp, const OCIType* type, void**
   return OCI_SUCCESS;
 }
 
-sword OCIDefineByPos(OCIStmt* stmtp, OCIDefine** defnp, OCIError* errhp, ub4 position,
-                     void* valuep, sb4 value_sz, ub2 dty, void* indp, ub2* rlenp, ub2* rcodep,
-                     ub4 mode) {
+sword OCIDefineByPos(OCIStmt* stmtp, OCIDefine** defnp, OCIError* errhp, ub4 position, void* valuep,
+                     sb4 value_sz, ub2 dty, void* indp, ub2* rlenp, ub2* rcodep, ub4 mode) {
   sword rc;
   if (Enter("OCIDefineByPos", errhp, &rc)) return rc;
   StmtHandle* s = AsStmt(stmtp);

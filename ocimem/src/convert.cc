@@ -38,6 +38,8 @@ bool EncodeDecimal(const Decimal& d, OCINumber* out) {
   return values::EncodeNumber(d, out->OCINumberPart) == NumberError::None;
 }
 
+}  // namespace
+
 size_t DateMaskText(const OCIDate& d, std::string* out) {
   const values::DateMask* mask = nullptr;
   if (values::CachedDateMask(values::MaskOrDefault(nullptr, 0), &mask) != 0) return 0;
@@ -51,6 +53,8 @@ size_t DateMaskText(const OCIDate& d, std::string* out) {
   if (values::FormatDateTime(*mask, v, false, 0, nullptr, out) != 0) return 0;
   return out->size();
 }
+
+namespace {
 
 bool DateFromText(const std::string& text, OCIDate* out, SqlError* error) {
   const values::DateMask* mask = nullptr;
@@ -74,6 +78,8 @@ bool DateFromText(const std::string& text, OCIDate* out, SqlError* error) {
   return true;
 }
 
+}  // namespace
+
 std::string HexText(const std::string& bytes) {
   static const char kHex[] = "0123456789ABCDEF";
   std::string out;
@@ -83,6 +89,8 @@ std::string HexText(const std::string& bytes) {
   }
   return out;
 }
+
+namespace {
 
 bool RawFromHex(const std::string& text, std::string* out, SqlError* error) {
   auto digit = [](char c) -> int {
@@ -98,7 +106,7 @@ bool RawFromHex(const std::string& text, std::string* out, SqlError* error) {
     if (d < 0) return SetError(error, 1465, "invalid hex number");
     out->push_back(static_cast<char>(d));
   }
-  for (; i + 1 < text.size() + 1 && i < text.size(); i += 2) {
+  for (; i < text.size(); i += 2) {  // pairs remain
     int hi = digit(text[i]);
     int lo = digit(text[i + 1]);
     if (hi < 0 || lo < 0) return SetError(error, 1465, "invalid hex number");
@@ -106,6 +114,8 @@ bool RawFromHex(const std::string& text, std::string* out, SqlError* error) {
   }
   return true;
 }
+
+}  // namespace
 
 std::string NumberText(const OCINumber& n) {
   Decimal d;
@@ -129,6 +139,8 @@ ub4 DescriptorTypeOfDty(ub2 dty) {
       return 0;
   }
 }
+
+namespace {
 
 // Rounds a number to the scale of its column and checks the precision.
 bool FitNumber(const ValueType& t, OCINumber* n, bool* fits) {
@@ -164,6 +176,30 @@ T ReadAt(const void* base, size_t offset) {
   T v;
   std::memcpy(&v, static_cast<const unsigned char*>(base) + offset, sizeof v);
   return v;
+}
+
+}  // namespace
+
+namespace {
+
+// A signed or unsigned binary integer of 1, 2, 4 or 8 bytes; false for other sizes.
+bool ReadBinaryInteger(const unsigned char* p, size_t size, bool is_signed, Decimal* out) {
+  switch (size) {
+    case 1:
+      return is_signed ? values::DecimalFromInteger(ReadAt<std::int8_t>(p, 0), out)
+                       : values::DecimalFromUnsigned(ReadAt<std::uint8_t>(p, 0), out);
+    case 2:
+      return is_signed ? values::DecimalFromInteger(ReadAt<std::int16_t>(p, 0), out)
+                       : values::DecimalFromUnsigned(ReadAt<std::uint16_t>(p, 0), out);
+    case 4:
+      return is_signed ? values::DecimalFromInteger(ReadAt<std::int32_t>(p, 0), out)
+                       : values::DecimalFromUnsigned(ReadAt<std::uint32_t>(p, 0), out);
+    case 8:
+      return is_signed ? values::DecimalFromInteger(ReadAt<std::int64_t>(p, 0), out)
+                       : values::DecimalFromUnsigned(ReadAt<std::uint64_t>(p, 0), out);
+    default:
+      return false;
+  }
 }
 
 }  // namespace
@@ -304,7 +340,8 @@ bool ValueFromBind(const BindHandle& bind, size_t row, Value* out, SqlError* err
       return SetError(error, 24358, "OCIBindObject not invoked for a Object type or Reference");
     }
     const void* instance = bind.pgvpp[row];
-    const OCIInd* ind = bind.indpp != nullptr ? static_cast<const OCIInd*>(bind.indpp[row]) : nullptr;
+    const OCIInd* ind =
+        bind.indpp != nullptr ? static_cast<const OCIInd*>(bind.indpp[row]) : nullptr;
     if (instance == nullptr) return true;  // no instance: NULL
     out->kind = bind.tdo->IsCollection() ? Value::Kind::kCollection : Value::Kind::kObject;
     out->handle = instance;
@@ -351,32 +388,10 @@ bool ValueFromBind(const BindHandle& bind, size_t row, Value* out, SqlError* err
     case SQLT_UIN: {
       p += row * stride;
       Decimal d;
-      bool ok = false;
-      if (bind.dty == SQLT_INT) {
-        std::int64_t v = 0;
-        switch (stride) {
-          case 1: v = ReadAt<std::int8_t>(p, 0); ok = true; break;
-          case 2: v = ReadAt<std::int16_t>(p, 0); ok = true; break;
-          case 4: v = ReadAt<std::int32_t>(p, 0); ok = true; break;
-          case 8: v = ReadAt<std::int64_t>(p, 0); ok = true; break;
-          default: break;
-        }
-        ok = ok && values::DecimalFromInteger(v, &d);
-      } else {
-        std::uint64_t v = 0;
-        switch (stride) {
-          case 1: v = ReadAt<std::uint8_t>(p, 0); ok = true; break;
-          case 2: v = ReadAt<std::uint16_t>(p, 0); ok = true; break;
-          case 4: v = ReadAt<std::uint32_t>(p, 0); ok = true; break;
-          case 8: v = ReadAt<std::uint64_t>(p, 0); ok = true; break;
-          default: break;
-        }
-        ok = ok && values::DecimalFromUnsigned(v, &d);
-      }
+      bool ok = ReadBinaryInteger(p, stride, bind.dty == SQLT_INT, &d);
       if (!ok) return SetError(error, 1460, "unimplemented or unreasonable conversion requested");
       out->kind = Value::Kind::kNumber;
-      return EncodeDecimal(d, &out->number) ||
-             SetError(error, 1426, "numeric overflow");
+      return EncodeDecimal(d, &out->number) || SetError(error, 1426, "numeric overflow");
     }
     case SQLT_FLT: {
       p += row * stride;
@@ -398,7 +413,8 @@ bool ValueFromBind(const BindHandle& bind, size_t row, Value* out, SqlError* err
     }
     case SQLT_VNU: {
       p += row * stride;
-      if (stride < 1) return SetError(error, 1460, "unimplemented or unreasonable conversion requested");
+      if (stride < 1)
+        return SetError(error, 1460, "unimplemented or unreasonable conversion requested");
       size_t n = p[0];
       if (n == 0) return true;  // a zero length byte is NULL
       if (n > OCI_NUMBER_SIZE - 1 || n + 1 > stride) return SetError(error, 1722, "invalid number");
@@ -425,7 +441,8 @@ bool ValueFromBind(const BindHandle& bind, size_t row, Value* out, SqlError* err
     }
     case SQLT_DAT: {
       p += row * stride;
-      if (stride < 7) return SetError(error, 1460, "unimplemented or unreasonable conversion requested");
+      if (stride < 7)
+        return SetError(error, 1460, "unimplemented or unreasonable conversion requested");
       out->kind = Value::Kind::kDate;
       out->date.OCIDateYYYY = static_cast<sb2>((p[0] - 100) * 100 + (p[1] - 100));
       out->date.OCIDateMM = p[2];
@@ -454,7 +471,8 @@ bool ValueFromBind(const BindHandle& bind, size_t row, Value* out, SqlError* err
     }
     default: {
       ub4 desc_type = DescriptorTypeOfDty(bind.dty);
-      if (desc_type == 0) return SetError(error, 3115, "unsupported network datatype or representation");
+      if (desc_type == 0)
+        return SetError(error, 3115, "unsupported network datatype or representation");
       size_t step = stride < sizeof(void*) ? sizeof(void*) : stride;
       const void* handle = ReadAt<const void*>(p, row * step);
       if (!IsValueDescriptor(handle, desc_type)) {
@@ -490,7 +508,8 @@ bool StoreValue(const Value& v, const ValueType& t, void* slot, OCIInd* ind, con
       bool fits = true;
       if (!FitNumber(t, &n, &fits)) return SetError(error, 1722, "invalid number");
       if (!fits) {
-        return SetError(error, 1438, "value larger than specified precision allowed for this column");
+        return SetError(error, 1438,
+                        "value larger than specified precision allowed for this column");
       }
       std::memcpy(slot, &n, sizeof n);
       *ind = OCI_IND_NOTNULL;
@@ -621,8 +640,8 @@ bool CheckNestedSizes(const ValueType& t, const void* slot, const OCIInd* ind, S
       const void* value = *static_cast<void* const*>(slot);
       if (value == nullptr) return true;
       std::string bytes(reinterpret_cast<const char*>(VarBytes(value)), VarLength(value));
-      size_t actual = t.kind == ValueKind::kString && t.char_semantics ? CharCount(bytes)
-                                                                       : bytes.size();
+      size_t actual =
+          t.kind == ValueKind::kString && t.char_semantics ? CharCount(bytes) : bytes.size();
       return actual <= t.length || too_large();
     }
     case ValueKind::kNumber: {
@@ -660,239 +679,6 @@ bool CheckNestedSizes(const ValueType& t, const void* slot, const OCIInd* ind, S
     }
     default:
       return true;
-  }
-}
-
-bool DefineFits(ub2 dty, const ValueType& t) {
-  switch (t.kind) {
-    case ValueKind::kNumber:
-      return dty == SQLT_INT || dty == SQLT_UIN || dty == SQLT_FLT || dty == SQLT_VNU ||
-             dty == SQLT_NUM || dty == SQLT_STR || dty == SQLT_CHR || dty == SQLT_AFC;
-    case ValueKind::kString:
-      return dty == SQLT_STR || dty == SQLT_CHR || dty == SQLT_AFC || dty == SQLT_INT ||
-             dty == SQLT_UIN || dty == SQLT_FLT || dty == SQLT_VNU || dty == SQLT_NUM;
-    case ValueKind::kDate:
-      return dty == SQLT_ODT || dty == SQLT_DAT || dty == SQLT_STR || dty == SQLT_CHR ||
-             dty == SQLT_AFC;
-    case ValueKind::kRaw:
-      return dty == SQLT_BIN || dty == SQLT_LBI || dty == SQLT_STR || dty == SQLT_CHR ||
-             dty == SQLT_AFC;
-    case ValueKind::kLob:
-      return (dty == SQLT_CLOB && t.typecode == OCI_TYPECODE_CLOB) ||
-             (dty == SQLT_BLOB && t.typecode == OCI_TYPECODE_BLOB);
-    case ValueKind::kDateTime:
-    case ValueKind::kInterval:
-      return DescriptorTypeOfDty(dty) == t.descriptor_type;
-    case ValueKind::kObject:
-    case ValueKind::kCollection:
-      return dty == SQLT_NTY;
-    case ValueKind::kRef:
-      return false;
-  }
-  return false;
-}
-
-namespace {
-
-// Writes bytes into a character or binary define; returns the column code.
-ub2 PutBytes(const DefineHandle& d, size_t row, const std::string& bytes, bool terminate,
-             bool pad) {
-  size_t cap = d.value_sz > 0 ? static_cast<size_t>(d.value_sz) : 0;
-  auto* p = static_cast<unsigned char*>(d.valuep) + row * cap;
-  size_t room = terminate ? (cap > 0 ? cap - 1 : 0) : cap;
-  size_t n = bytes.size() < room ? bytes.size() : room;
-  if (p != nullptr) {
-    std::memcpy(p, bytes.data(), n);
-    if (pad && n < cap) std::memset(p + n, ' ', cap - n);
-    if (terminate && cap > 0) p[n] = 0;
-  }
-  if (d.rlenp != nullptr) d.rlenp[row] = static_cast<ub2>(pad ? cap : n);
-  if (n < bytes.size()) {
-    if (d.indp != nullptr) {
-      static_cast<sb2*>(d.indp)[row] =
-          bytes.size() > 32767 ? static_cast<sb2>(-2) : static_cast<sb2>(bytes.size());
-    }
-    return 1406;
-  }
-  return 0;
-}
-
-}  // namespace
-
-bool FetchScalar(const DefineHandle& d, size_t row, const ValueType& t, const void* slot,
-                 const OCIInd* ind, std::uint64_t txn, ub2* rc, SqlError* error) {
-  *rc = 0;
-  auto* indp = static_cast<sb2*>(d.indp);
-  if (*ind == OCI_IND_NULL) {
-    if (indp != nullptr) indp[row] = OCI_IND_NULL;
-    if (d.rlenp != nullptr) d.rlenp[row] = 0;
-    *rc = 1405;
-    if (d.dty == SQLT_CLOB || d.dty == SQLT_BLOB) {
-      size_t step = d.value_sz < static_cast<sb4>(sizeof(void*)) ? sizeof(void*)
-                                                                 : static_cast<size_t>(d.value_sz);
-      auto* loc = AsLocator(*reinterpret_cast<void**>(static_cast<unsigned char*>(d.valuep) +
-                                                      row * step));
-      if (loc != nullptr) {
-        loc->state = LobState::kUnset;
-        loc->cell.reset();
-      }
-    }
-    return true;
-  }
-  if (indp != nullptr) indp[row] = OCI_IND_NOTNULL;
-  size_t cap = d.value_sz > 0 ? static_cast<size_t>(d.value_sz) : 0;
-  unsigned char* p = static_cast<unsigned char*>(d.valuep);
-  // The value as a number, for numeric defines.
-  auto as_number = [&](OCINumber* n) -> bool {
-    if (t.kind == ValueKind::kNumber) {
-      std::memcpy(n, slot, sizeof *n);
-      return true;
-    }
-    const void* value = *static_cast<void* const*>(slot);
-    std::string text(reinterpret_cast<const char*>(VarBytes(value)), VarLength(value));
-    if (!NumberFromText(text, n)) return SetError(error, 1722, "invalid number");
-    return true;
-  };
-  switch (d.dty) {
-    case SQLT_INT:
-    case SQLT_UIN: {
-      OCINumber n;
-      if (!as_number(&n)) return false;
-      Decimal dec;
-      values::DecodeNumber(n.OCINumberPart, &dec);
-      p += row * cap;
-      bool ok = false;
-      if (d.dty == SQLT_INT) {
-        std::int64_t v = 0;
-        ok = values::DecimalToInt64(dec, &v);
-        if (ok) {
-          switch (cap) {
-            case 1: ok = v >= INT8_MIN && v <= INT8_MAX; if (ok) { auto x = static_cast<std::int8_t>(v); std::memcpy(p, &x, 1); } break;
-            case 2: ok = v >= INT16_MIN && v <= INT16_MAX; if (ok) { auto x = static_cast<std::int16_t>(v); std::memcpy(p, &x, 2); } break;
-            case 4: ok = v >= INT32_MIN && v <= INT32_MAX; if (ok) { auto x = static_cast<std::int32_t>(v); std::memcpy(p, &x, 4); } break;
-            case 8: std::memcpy(p, &v, 8); break;
-            default: return SetError(error, 1460, "unimplemented or unreasonable conversion requested");
-          }
-        }
-      } else {
-        std::uint64_t v = 0;
-        ok = values::DecimalToUint64(dec, &v);
-        if (ok) {
-          switch (cap) {
-            case 1: ok = v <= UINT8_MAX; if (ok) { auto x = static_cast<std::uint8_t>(v); std::memcpy(p, &x, 1); } break;
-            case 2: ok = v <= UINT16_MAX; if (ok) { auto x = static_cast<std::uint16_t>(v); std::memcpy(p, &x, 2); } break;
-            case 4: ok = v <= UINT32_MAX; if (ok) { auto x = static_cast<std::uint32_t>(v); std::memcpy(p, &x, 4); } break;
-            case 8: std::memcpy(p, &v, 8); break;
-            default: return SetError(error, 1460, "unimplemented or unreasonable conversion requested");
-          }
-        }
-      }
-      if (!ok) return SetError(error, 1455, "converting column overflows integer datatype");
-      if (d.rlenp != nullptr) d.rlenp[row] = static_cast<ub2>(cap);
-      return true;
-    }
-    case SQLT_FLT: {
-      OCINumber n;
-      if (!as_number(&n)) return false;
-      Decimal dec;
-      values::DecodeNumber(n.OCINumberPart, &dec);
-      p += row * cap;
-      if (cap == sizeof(float)) {
-        float f = values::DecimalToFloat(dec);
-        std::memcpy(p, &f, sizeof f);
-      } else if (cap == sizeof(double)) {
-        double f = values::DecimalToDouble(dec);
-        std::memcpy(p, &f, sizeof f);
-      } else {
-        return SetError(error, 1460, "unimplemented or unreasonable conversion requested");
-      }
-      if (d.rlenp != nullptr) d.rlenp[row] = static_cast<ub2>(cap);
-      return true;
-    }
-    case SQLT_VNU:
-    case SQLT_NUM: {
-      OCINumber n;
-      if (!as_number(&n)) return false;
-      size_t len = n.OCINumberPart[0];
-      p += row * cap;
-      if (d.dty == SQLT_VNU) {
-        if (cap < len + 1) return SetError(error, 1460, "unimplemented or unreasonable conversion requested");
-        std::memcpy(p, n.OCINumberPart, len + 1);
-        if (d.rlenp != nullptr) d.rlenp[row] = static_cast<ub2>(len + 1);
-      } else {
-        if (cap < len) return SetError(error, 1460, "unimplemented or unreasonable conversion requested");
-        std::memcpy(p, n.OCINumberPart + 1, len);
-        if (d.rlenp != nullptr) d.rlenp[row] = static_cast<ub2>(len);
-      }
-      return true;
-    }
-    case SQLT_STR:
-    case SQLT_CHR:
-    case SQLT_AFC:
-    case SQLT_BIN:
-    case SQLT_LBI: {
-      std::string bytes;
-      switch (t.kind) {
-        case ValueKind::kNumber:
-          bytes = NumberText(*static_cast<const OCINumber*>(slot));
-          break;
-        case ValueKind::kDate:
-          DateMaskText(*static_cast<const OCIDate*>(slot), &bytes);
-          break;
-        case ValueKind::kString:
-        case ValueKind::kRaw: {
-          const void* value = *static_cast<void* const*>(slot);
-          bytes.assign(reinterpret_cast<const char*>(VarBytes(value)), VarLength(value));
-          if (t.kind == ValueKind::kRaw && d.dty != SQLT_BIN && d.dty != SQLT_LBI) {
-            bytes = HexText(bytes);
-          }
-          break;
-        }
-        default:
-          return Inconsistent(error, TypeName(t), "-");
-      }
-      *rc = PutBytes(d, row, bytes, d.dty == SQLT_STR, d.dty == SQLT_AFC);
-      return true;
-    }
-    case SQLT_ODT:
-      std::memcpy(p + row * cap, slot, sizeof(OCIDate));
-      if (d.rlenp != nullptr) d.rlenp[row] = sizeof(OCIDate);
-      return true;
-    case SQLT_DAT: {
-      const auto* date = static_cast<const OCIDate*>(slot);
-      unsigned char b[7];
-      int year = date->OCIDateYYYY;
-      b[0] = static_cast<unsigned char>(year / 100 + 100);
-      b[1] = static_cast<unsigned char>(year % 100 + 100);
-      b[2] = date->OCIDateMM;
-      b[3] = date->OCIDateDD;
-      b[4] = static_cast<unsigned char>(date->OCIDateTime.OCITimeHH + 1);
-      b[5] = static_cast<unsigned char>(date->OCIDateTime.OCITimeMI + 1);
-      b[6] = static_cast<unsigned char>(date->OCIDateTime.OCITimeSS + 1);
-      std::memcpy(p + row * cap, b, 7);
-      if (d.rlenp != nullptr) d.rlenp[row] = 7;
-      return true;
-    }
-    case SQLT_CLOB:
-    case SQLT_BLOB: {
-      size_t step = cap < sizeof(void*) ? sizeof(void*) : cap;
-      void* target = *reinterpret_cast<void**>(p + row * step);
-      OCILobLocator* dst = AsLocator(target);
-      if (dst == nullptr) return SetError(error, 22275, "invalid LOB locator specified");
-      const OCILobLocator* src = *static_cast<OCILobLocator* const*>(slot);
-      CopyLocator(*src, dst);
-      if (dst->state == LobState::kPersistent) dst->select_txn = txn;
-      return true;
-    }
-    default: {
-      size_t step = cap < sizeof(void*) ? sizeof(void*) : cap;
-      void* target = *reinterpret_cast<void**>(p + row * step);
-      if (!IsValueDescriptor(target, t.descriptor_type)) {
-        return SetError(error, 932, "inconsistent datatypes: expected " + TypeName(t) + " got -");
-      }
-      CopyValueDescriptor(ElementForm(t, slot), target);
-      return true;
-    }
   }
 }
 

@@ -16,8 +16,18 @@ namespace ocimem {
 
 struct Value {
   enum class Kind {
-    kNull, kNumber, kText, kRaw, kDate, kDateTime, kInterval, kLob, kEmptyClob, kEmptyBlob,
-    kObject, kCollection,
+    kNull,
+    kNumber,
+    kText,
+    kRaw,
+    kDate,
+    kDateTime,
+    kInterval,
+    kLob,
+    kEmptyClob,
+    kEmptyBlob,
+    kObject,
+    kCollection,
   };
   Kind kind = Kind::kNull;
   OCINumber number{};
@@ -62,6 +72,14 @@ bool DefineFits(ub2 dty, const ValueType& t);
 
 // Parses a number as SQL writes it (sign, digits, point, exponent); false when it is none.
 bool NumberFromText(const std::string& text, OCINumber* out);
+
+// Text forms of values converted to character types: a number as TO_CHAR writes it, a date
+// in the default mask DD-MON-YY (returns 0 when it cannot be shown), raw bytes as hex.
+std::string NumberText(const OCINumber& n);
+size_t DateMaskText(const OCIDate& d, std::string* out);
+std::string HexText(const std::string& bytes);
+// The descriptor type that a datetime or interval external type takes, or 0.
+ub4 DescriptorTypeOfDty(ub2 dty);
 
 }  // namespace ocimem
 

@@ -47,8 +47,7 @@ bool CreateTable(const ExecContext& ctx, const CreateTableStatement& s, SqlError
   table->name = s.name.name;
   table->object_table = s.object_table;
   if (s.object_table) {
-    std::shared_ptr<OCIType> type =
-        catalog.FindType(SchemaOf(ctx, s.of_type), s.of_type.name);
+    std::shared_ptr<OCIType> type = catalog.FindType(SchemaOf(ctx, s.of_type), s.of_type.name);
     if (!type || !type->IsObject()) return SetError(error, 902, "invalid datatype");
     table->row_type = type;
   } else {

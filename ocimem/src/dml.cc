@@ -65,8 +65,8 @@ bool ResolveTable(const ExecContext& ctx, const TableRef& ref, Table** out, SqlE
 }
 
 bool InvalidIdentifier(SqlError* error, const Expr& e) {
-  std::string shown = e.qualifier.empty() ? "\"" + e.text + "\""
-                                          : "\"" + e.qualifier + "\".\"" + e.text + "\"";
+  std::string shown =
+      e.qualifier.empty() ? "\"" + e.text + "\"" : "\"" + e.qualifier + "\".\"" + e.text + "\"";
   return SetError(error, 904, shown + ": invalid identifier");
 }
 
@@ -99,9 +99,9 @@ const BindHandle* BindFor(const StmtHandle& stmt, size_t occurrence) {
 bool Evaluate(const ExecContext& ctx, const Expr& e, Value* out, SqlError* error) {
   if (e.kind == Expr::Kind::kConstructor) {
     // Constructors build values in place and only where a column or attribute takes them.
-    return SetError(error, 932, "inconsistent datatypes: expected - got " +
-                                    (e.type.schema.empty() ? ctx.schema : e.type.schema) + "." +
-                                    e.type.name);
+    return SetError(error, 932,
+                    "inconsistent datatypes: expected - got " +
+                        (e.type.schema.empty() ? ctx.schema : e.type.schema) + "." + e.type.name);
   }
   if (e.kind == Expr::Kind::kBind) {
     const BindHandle* b = BindFor(*ctx.stmt, e.bind);
@@ -123,8 +123,9 @@ bool BuildConstructed(const ExecContext& ctx, const Expr& e, const ValueType& t,
     if (!ctx.db->catalog.FindType(schema, e.type.name)) {
       return SetError(error, 904, "\"" + e.type.name + "\": invalid identifier");
     }
-    return SetError(error, 932, "inconsistent datatypes: expected " + TypeName(t) + " got " +
-                                    schema + "." + e.type.name);
+    return SetError(
+        error, 932,
+        "inconsistent datatypes: expected " + TypeName(t) + " got " + schema + "." + e.type.name);
   }
   if (t.kind == ValueKind::kObject) {
     const std::vector<Attribute>& attrs = t.named->attributes;
@@ -134,8 +135,8 @@ bool BuildConstructed(const ExecContext& ctx, const Expr& e, const ValueType& t,
     ind[0] = OCI_IND_NOTNULL;
     for (size_t i = 0; i < attrs.size(); ++i) {
       const Attribute& a = attrs[i];
-      auto* attr_ind = reinterpret_cast<OCIInd*>(reinterpret_cast<unsigned char*>(ind) +
-                                                 a.ind_offset);
+      auto* attr_ind =
+          reinterpret_cast<OCIInd*>(reinterpret_cast<unsigned char*>(ind) + a.ind_offset);
       if (!StoreLoose(ctx, e.args[i], a.type, static_cast<unsigned char*>(slot) + a.offset,
                       attr_ind, error)) {
         return false;
@@ -244,8 +245,9 @@ bool CheckKeyFree(const ExecContext& ctx, const Table& table, const std::string&
       occupied = committed_has;
     }
     if (occupied) {
-      return SetError(error, 1, "unique constraint (" + table.schema + "." +
-                                    table.primary_key_name + ") violated");
+      return SetError(
+          error, 1,
+          "unique constraint (" + table.schema + "." + table.primary_key_name + ") violated");
     }
   }
   return true;
@@ -267,9 +269,8 @@ bool PrepareWhere(const ExecContext& ctx, const Table& table, const TableRef& re
       Value a;
       Value b;
       if (!Evaluate(ctx, c.column, &a, error) || !Evaluate(ctx, c.value, &b, error)) return false;
-      p.never = a.kind == Value::Kind::kNull || b.kind == Value::Kind::kNull ||
-                a.kind != b.kind || a.bytes != b.bytes ||
-                std::memcmp(&a.number, &b.number, sizeof a.number) != 0;
+      p.never = a.kind == Value::Kind::kNull || b.kind == Value::Kind::kNull || a.kind != b.kind ||
+                a.bytes != b.bytes || std::memcmp(&a.number, &b.number, sizeof a.number) != 0;
       p.column = static_cast<size_t>(-1);
       out->push_back(std::move(p));
       continue;
@@ -592,8 +593,9 @@ bool ExecuteUpdate(const ExecContext& ctx, const UpdateStatement& s, ExecResult*
     std::string key = table->KeyOf(*row);
     if (!table->primary_key.empty()) {
       if (!new_keys.insert(key).second) {
-        return SetError(error, 1, "unique constraint (" + table->schema + "." +
-                                      table->primary_key_name + ") violated");
+        return SetError(
+            error, 1,
+            "unique constraint (" + table->schema + "." + table->primary_key_name + ") violated");
       }
       if (!CheckKeyFree(ctx, *table, key, f.record.get(), error)) return false;
     }

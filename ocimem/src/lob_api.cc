@@ -102,7 +102,8 @@ void Overwrite(std::string* content, bool clob, ub4 offset, const std::string& d
 }
 
 sword CheckForm(OCIError* err, const OCILobLocator& l, ub1 csfrm) {
-  if (IsClob(l) && csfrm != 0 && csfrm != SQLCS_IMPLICIT) return Fail(err, 24806, "LOB form mismatch");
+  if (IsClob(l) && csfrm != 0 && csfrm != SQLCS_IMPLICIT)
+    return Fail(err, 24806, "LOB form mismatch");
   return OCI_SUCCESS;
 }
 
@@ -195,8 +196,8 @@ sword OCILobRead(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp, ub4* am
 }
 
 sword OCILobWrite(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp, ub4* amtp, ub4 offset,
-                  void* bufp, ub4 buflen, ub1 piece, void* ctxp, OCICallbackLobWrite cbfp,
-                  ub2 csid, ub1 csfrm) {
+                  void* bufp, ub4 buflen, ub1 piece, void* ctxp, OCICallbackLobWrite cbfp, ub2 csid,
+                  ub1 csfrm) {
   (void)ctxp;
   (void)csid;
   sword rc;
@@ -223,7 +224,8 @@ sword OCILobWrite(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp, ub4* a
     if (offset == 0) return IllegalParameter(errhp);
     ub4 amount = *amtp;
     if (amount > buflen) return Fail(errhp, 24811, "less data provided for writing than indicated");
-    Overwrite(content, clob, offset, std::string(data == nullptr ? "" : data, data == nullptr ? 0 : amount));
+    Overwrite(content, clob, offset,
+              std::string(data == nullptr ? "" : data, data == nullptr ? 0 : amount));
     *amtp = amount;
     return OCI_SUCCESS;
   }
@@ -317,8 +319,7 @@ sword OCILobFreeTemporary(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp
   return OCI_SUCCESS;
 }
 
-sword OCILobIsTemporary(OCIEnv* envp, OCIError* errhp, OCILobLocator* locp,
-                        boolean* is_temporary) {
+sword OCILobIsTemporary(OCIEnv* envp, OCIError* errhp, OCILobLocator* locp, boolean* is_temporary) {
   sword rc;
   if (Enter("OCILobIsTemporary", errhp, &rc)) return rc;
   if (AsEnv(envp) == nullptr) return OCI_INVALID_HANDLE;

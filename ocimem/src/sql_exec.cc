@@ -15,7 +15,8 @@ bool SetError(SqlError* error, int code, std::string message) {
 
 bool ExecuteStatement(const ExecContext& ctx, const Statement& statement, ExecResult* result,
                       SqlError* error) {
-  if (const auto* s = std::get_if<CreateTypeStatement>(&statement)) return CreateType(ctx, *s, error);
+  if (const auto* s = std::get_if<CreateTypeStatement>(&statement))
+    return CreateType(ctx, *s, error);
   if (const auto* s = std::get_if<DropTypeStatement>(&statement)) return DropType(ctx, *s, error);
   if (const auto* s = std::get_if<CreateTableStatement>(&statement)) {
     return CreateTable(ctx, *s, error);

@@ -462,11 +462,7 @@ bool Parser::ParseWhere(std::vector<Condition>* out) {
     Expr left;
     Expr right;
     if (!ParseValue(&left)) return false;
-    if (!Peek().IsSymbol("=")) {
-      if (Peek().kind == TokenKind::kEnd) return Fail(920, "invalid relational operator");
-      return Fail(920, "invalid relational operator");
-    }
-    Next();
+    if (!AcceptSymbol("=")) return Fail(920, "invalid relational operator");
     if (!ParseValue(&right)) return false;
     Condition c;
     if (left.kind == Expr::Kind::kColumn || right.kind != Expr::Kind::kColumn) {

@@ -18,8 +18,8 @@ struct StmtHandle;
 
 struct BindHandle : Handle {
   explicit BindHandle(Env* owner) : Handle(OCI_HTYPE_BIND, owner) {}
-  ub4 position = 0;   // by position (1-based), or 0
-  std::string name;   // by name, upper case without the colon
+  ub4 position = 0;  // by position (1-based), or 0
+  std::string name;  // by name, upper case without the colon
   void* valuep = nullptr;
   sb4 value_sz = 0;
   ub2 dty = 0;
@@ -77,14 +77,12 @@ struct StmtHandle : Handle {
   std::vector<std::unique_ptr<DefineHandle>> defines;
   std::unique_ptr<Cursor> cursor;
   Session* session = nullptr;  // of the last execute
-  Env* session_env = nullptr;   // the environment of that session
+  Env* session_env = nullptr;  // the environment of that session
 };
 
 inline StmtHandle* AsStmt(const void* p) { return AsHandle<StmtHandle>(p, OCI_HTYPE_STMT); }
 inline BindHandle* AsBind(const void* p) { return AsHandle<BindHandle>(p, OCI_HTYPE_BIND); }
-inline DefineHandle* AsDefine(const void* p) {
-  return AsHandle<DefineHandle>(p, OCI_HTYPE_DEFINE);
-}
+inline DefineHandle* AsDefine(const void* p) { return AsHandle<DefineHandle>(p, OCI_HTYPE_DEFINE); }
 
 }  // namespace ocimem
 

@@ -22,6 +22,41 @@ bool IsDdl(const Statement& s) {
          std::holds_alternative<DropTableStatement>(s);
 }
 
+// The type family of an external type, as ORA-00932 names it.
+std::string DtyName(ub2 dty) {
+  switch (dty) {
+    case SQLT_INT:
+    case SQLT_UIN:
+    case SQLT_FLT:
+    case SQLT_NUM:
+    case SQLT_VNU:
+      return "NUMBER";
+    case SQLT_STR:
+    case SQLT_CHR:
+    case SQLT_AFC:
+      return "CHAR";
+    case SQLT_DAT:
+    case SQLT_ODT:
+      return "DATE";
+    case SQLT_BIN:
+    case SQLT_LBI:
+      return "BINARY";
+    case SQLT_CLOB:
+      return "CLOB";
+    case SQLT_BLOB:
+      return "BLOB";
+    case SQLT_TIMESTAMP:
+    case SQLT_TIMESTAMP_TZ:
+    case SQLT_TIMESTAMP_LTZ:
+      return "TIMESTAMP";
+    case SQLT_INTERVAL_YM:
+    case SQLT_INTERVAL_DS:
+      return "INTERVAL";
+    default:
+      return "-";
+  }
+}
+
 // Checks the defines against the select list before anything is fetched.
 bool CheckDefines(const StmtHandle& s, SqlError* error) {
   for (const auto& d : s.defines) {
@@ -40,15 +75,14 @@ bool CheckDefines(const StmtHandle& s, SqlError* error) {
       if ((t.kind != ValueKind::kObject && t.kind != ValueKind::kCollection) ||
           t.named.get() != d->tdo) {
         error->code = 932;
-        error->message = "inconsistent datatypes: expected " + d->tdo->schema + "." +
-                         d->tdo->name + " got " + TypeName(t);
+        error->message = "inconsistent datatypes: expected " + d->tdo->schema + "." + d->tdo->name +
+                         " got " + TypeName(t);
         return false;
       }
     } else if (!DefineFits(d->dty, t)) {
       error->code = 932;
-      error->message = "inconsistent datatypes: expected " +
-                       std::string(t.kind == ValueKind::kNumber ? "CHAR" : "NUMBER") + " got " +
-                       TypeName(t);
+      error->message =
+          "inconsistent datatypes: expected " + DtyName(d->dty) + " got " + TypeName(t);
       return false;
     }
   }
@@ -121,8 +155,8 @@ sword FetchRows(StmtHandle* s, OCIError* err, ub4 nrows) {
       const Projection& p = c.items[d->position - 1];
       const RowData& source = p.literal ? *p.literal_row : row;
       auto* slot = static_cast<unsigned char*>(source.value) + p.offset;
-      auto* ind = reinterpret_cast<OCIInd*>(reinterpret_cast<unsigned char*>(source.ind) +
-                                            p.ind_offset);
+      auto* ind =
+          reinterpret_cast<OCIInd*>(reinterpret_cast<unsigned char*>(source.ind) + p.ind_offset);
       if (d->dty == SQLT_NTY) {
         if (!FetchObject(s->env, *d, i, p.type, slot, ind, txn, &error)) {
           return Fail(err, error.code, error.message);
@@ -216,8 +250,8 @@ sword OCIStmtExecute(OCISvcCtx* svchp, OCIStmt* stmtp, OCIError* errhp, ub4 iter
   s->row_count = 0;
   s->session = svc->session;
   s->session_env = svc->env;
-  ExecContext ctx{svc->session->db.get(), svc->session->schema, svc->session->db, svc->session,
-                  s, 0};
+  ExecContext ctx{
+      svc->session->db.get(), svc->session->schema, svc->session->db, svc->session, s, 0};
   for (size_t i = 0; i < s->placeholders.size(); ++i) {
     bool bound = false;
     for (const auto& b : s->binds) {
@@ -252,8 +286,8 @@ sword OCIStmtExecute(OCISvcCtx* svchp, OCIStmt* stmtp, OCIError* errhp, ub4 iter
   return FetchRows(s, errhp, iters);
 }
 
-sword OCIStmtFetch2(OCIStmt* stmtp, OCIError* errhp, ub4 nrows, ub2 orientation,
-                    sb4 scrollOffset, ub4 mode) {
+sword OCIStmtFetch2(OCIStmt* stmtp, OCIError* errhp, ub4 nrows, ub2 orientation, sb4 scrollOffset,
+                    ub4 mode) {
   (void)scrollOffset;  // only scrollable cursors use it
   (void)mode;
   sword rc;

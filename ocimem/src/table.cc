@@ -49,7 +49,9 @@ RowData::~RowData() {
   std::free(ind);
 }
 
-std::shared_ptr<RowData> NewRow(const std::shared_ptr<OCIType>& type) { return AllocRow(type, false); }
+std::shared_ptr<RowData> NewRow(const std::shared_ptr<OCIType>& type) {
+  return AllocRow(type, false);
+}
 
 std::shared_ptr<RowData> CopyRow(const RowData& src) {
   std::shared_ptr<RowData> row = AllocRow(src.type, true);
@@ -197,9 +199,9 @@ void WalkLobs(const ValueType& t, void* slot, OCIInd* ind, bool null_around,
       bool null_here = null_around || (ind != nullptr && ind[0] == OCI_IND_NULL);
       for (const Attribute& a : t.named->attributes) {
         OCIInd* attr_ind =
-            ind == nullptr ? nullptr
-                           : reinterpret_cast<OCIInd*>(reinterpret_cast<unsigned char*>(ind) +
-                                                       a.ind_offset);
+            ind == nullptr
+                ? nullptr
+                : reinterpret_cast<OCIInd*>(reinterpret_cast<unsigned char*>(ind) + a.ind_offset);
         WalkLobs(a.type, static_cast<unsigned char*>(slot) + a.offset, attr_ind, null_here, f);
       }
       return;

@@ -56,9 +56,9 @@ struct Table {
   bool object_table = false;
   bool dual = false;
   std::shared_ptr<OCIType> row_type;
-  std::vector<bool> not_null;          // per column (attribute of the row type)
-  std::vector<size_t> primary_key;     // column positions, empty = none
-  std::string primary_key_name;        // constraint name shown by ORA-00001
+  std::vector<bool> not_null;               // per column (attribute of the row type)
+  std::vector<size_t> primary_key;          // column positions, empty = none
+  std::string primary_key_name;             // constraint name shown by ORA-00001
   std::vector<std::string> nested_storage;  // STORE AS names, kept for the catalog
   std::vector<std::shared_ptr<RowRecord>> rows;
   std::unordered_multimap<std::string, RowRecord*> key_index;
@@ -81,8 +81,8 @@ std::string KeyText(const ValueType& t, const void* slot);
 // The open transaction of a session.
 struct Transaction {
   std::uint64_t id = 0;
-  std::vector<std::shared_ptr<RowRecord>> rows;    // locked or changed rows
-  std::vector<std::shared_ptr<LobCell>> cells;     // LOBs written
+  std::vector<std::shared_ptr<RowRecord>> rows;  // locked or changed rows
+  std::vector<std::shared_ptr<LobCell>> cells;   // LOBs written
 };
 
 // Version of `record` that transaction `txn` sees (nullptr: none).

@@ -15,8 +15,9 @@ class DmlTest : public SqlTest {
  protected:
   void SetUp() override {
     SqlTest::SetUp();
-    MustExec("create table emp (id number(6) primary key, name varchar2(10) not null, "
-             "sal number(8,2), hired date, badge raw(4))");
+    MustExec(
+        "create table emp (id number(6) primary key, name varchar2(10) not null, "
+        "sal number(8,2), hired date, badge raw(4))");
   }
 };
 
@@ -36,7 +37,8 @@ TEST_F(DmlTest, InsertWithPositionalBindsOfIntStrAndFloat) {
                                       nullptr, nullptr, 0, nullptr, OCI_DEFAULT));
   ASSERT_EQ(OCI_SUCCESS, Execute(stmt)) << FirstError(err_);
   ub4 count = 0;
-  ASSERT_EQ(OCI_SUCCESS, OCIAttrGet(stmt, OCI_HTYPE_STMT, &count, nullptr, OCI_ATTR_ROW_COUNT, err_));
+  ASSERT_EQ(OCI_SUCCESS,
+            OCIAttrGet(stmt, OCI_HTYPE_STMT, &count, nullptr, OCI_ATTR_ROW_COUNT, err_));
   EXPECT_EQ(1u, count);
   EXPECT_EQ(std::vector<std::string>{"Ada"}, Column("select name from emp where id = 10"));
   EXPECT_EQ(std::vector<std::string>{"1234.5"}, Column("select sal from emp"));
@@ -63,8 +65,9 @@ TEST_F(DmlTest, BindByNameIgnoresCaseAndColon) {
   OCIBind* b2 = nullptr;
   ASSERT_EQ(OCI_SUCCESS, OCIBindByName(stmt, &b1, err_, Text("ID"), -1, &id, sizeof id, SQLT_INT,
                                        nullptr, nullptr, nullptr, 0, nullptr, OCI_DEFAULT));
-  ASSERT_EQ(OCI_SUCCESS, OCIBindByName(stmt, &b2, err_, Text(":name"), 5, name, sizeof name,
-                                       SQLT_STR, nullptr, nullptr, nullptr, 0, nullptr, OCI_DEFAULT));
+  ASSERT_EQ(OCI_SUCCESS,
+            OCIBindByName(stmt, &b2, err_, Text(":name"), 5, name, sizeof name, SQLT_STR, nullptr,
+                          nullptr, nullptr, 0, nullptr, OCI_DEFAULT));
   ASSERT_EQ(OCI_SUCCESS, Execute(stmt)) << FirstError(err_);
   EXPECT_EQ(std::vector<std::string>{"Bo"}, Column("select name from emp where id = 5"));
 }
@@ -84,8 +87,8 @@ TEST_F(DmlTest, UnknownBindNameIsRefusedByTheBindCall) {
   OCIStmt* stmt = Prepare("insert into emp (id, name) values (:a, :b)");
   int v = 0;
   OCIBind* b = nullptr;
-  EXPECT_EQ(OCI_ERROR, OCIBindByName(stmt, &b, err_, Text(":c"), 2, &v, sizeof v, SQLT_INT,
-                                     nullptr, nullptr, nullptr, 0, nullptr, OCI_DEFAULT));
+  EXPECT_EQ(OCI_ERROR, OCIBindByName(stmt, &b, err_, Text(":c"), 2, &v, sizeof v, SQLT_INT, nullptr,
+                                     nullptr, nullptr, 0, nullptr, OCI_DEFAULT));
   EXPECT_EQ("ORA-01036: illegal variable name/number", FirstError(err_));
   EXPECT_EQ(OCI_ERROR, OCIBindByPos(stmt, &b, err_, 3, &v, sizeof v, SQLT_INT, nullptr, nullptr,
                                     nullptr, 0, nullptr, OCI_DEFAULT));
@@ -99,8 +102,8 @@ TEST_F(DmlTest, MissingBindIsNotAllVariablesBound) {
   OCIStmt* stmt = Prepare("insert into emp (id, name) values (:1, :2)");
   int id = 1;
   OCIBind* b = nullptr;
-  ASSERT_EQ(OCI_SUCCESS, OCIBindByPos(stmt, &b, err_, 1, &id, sizeof id, SQLT_INT, nullptr,
-                                      nullptr, nullptr, 0, nullptr, OCI_DEFAULT));
+  ASSERT_EQ(OCI_SUCCESS, OCIBindByPos(stmt, &b, err_, 1, &id, sizeof id, SQLT_INT, nullptr, nullptr,
+                                      nullptr, 0, nullptr, OCI_DEFAULT));
   EXPECT_EQ(OCI_ERROR, Execute(stmt));
   EXPECT_EQ("ORA-01008: not all variables bound", FirstError(err_));
   EXPECT_TRUE(Column("select id from emp").empty());
@@ -111,8 +114,8 @@ TEST_F(DmlTest, NullIndicatorBindsNull) {
   int sal = 99;
   sb2 ind = OCI_IND_NULL;
   OCIBind* b = nullptr;
-  ASSERT_EQ(OCI_SUCCESS, OCIBindByPos(stmt, &b, err_, 1, &sal, sizeof sal, SQLT_INT, &ind,
-                                      nullptr, nullptr, 0, nullptr, OCI_DEFAULT));
+  ASSERT_EQ(OCI_SUCCESS, OCIBindByPos(stmt, &b, err_, 1, &sal, sizeof sal, SQLT_INT, &ind, nullptr,
+                                      nullptr, 0, nullptr, OCI_DEFAULT));
   ASSERT_EQ(OCI_SUCCESS, Execute(stmt)) << FirstError(err_);
   EXPECT_EQ(std::vector<std::string>{"<null>"}, Column("select sal from emp"));
 }
@@ -170,18 +173,21 @@ TEST_F(DmlTest, UpdateSetsColumnsAndCountsRows) {
   OCIStmt* stmt = Prepare("update emp set sal = 15, name = 'x' where sal = 10");
   ASSERT_EQ(OCI_SUCCESS, Execute(stmt)) << FirstError(err_);
   ub4 count = 0;
-  ASSERT_EQ(OCI_SUCCESS, OCIAttrGet(stmt, OCI_HTYPE_STMT, &count, nullptr, OCI_ATTR_ROW_COUNT, err_));
+  ASSERT_EQ(OCI_SUCCESS,
+            OCIAttrGet(stmt, OCI_HTYPE_STMT, &count, nullptr, OCI_ATTR_ROW_COUNT, err_));
   EXPECT_EQ(2u, count);
   EXPECT_EQ((std::vector<std::string>{"x", "x", "c"}), Column("select name from emp"));
 }
 
 // decision D15: DML that touches no row succeeds with row count 0
 TEST_F(DmlTest, UpdateAndDeleteOfNoRowSucceedWithCountZero) {
-  for (const char* sql : {"update emp set sal = 1 where id = 42", "delete from emp where id = 42"}) {
+  for (const char* sql :
+       {"update emp set sal = 1 where id = 42", "delete from emp where id = 42"}) {
     OCIStmt* stmt = Prepare(sql);
     ASSERT_EQ(OCI_SUCCESS, Execute(stmt)) << FirstError(err_);
     ub4 count = 7;
-    ASSERT_EQ(OCI_SUCCESS, OCIAttrGet(stmt, OCI_HTYPE_STMT, &count, nullptr, OCI_ATTR_ROW_COUNT, err_));
+    ASSERT_EQ(OCI_SUCCESS,
+              OCIAttrGet(stmt, OCI_HTYPE_STMT, &count, nullptr, OCI_ATTR_ROW_COUNT, err_));
     EXPECT_EQ(0u, count) << sql;
   }
 }
@@ -198,7 +204,8 @@ TEST_F(DmlTest, DeleteWithAndConditions) {
   OCIStmt* stmt = Prepare("delete from emp e where e.name = 'a' and sal = 20");
   ASSERT_EQ(OCI_SUCCESS, Execute(stmt)) << FirstError(err_);
   ub4 count = 0;
-  ASSERT_EQ(OCI_SUCCESS, OCIAttrGet(stmt, OCI_HTYPE_STMT, &count, nullptr, OCI_ATTR_ROW_COUNT, err_));
+  ASSERT_EQ(OCI_SUCCESS,
+            OCIAttrGet(stmt, OCI_HTYPE_STMT, &count, nullptr, OCI_ATTR_ROW_COUNT, err_));
   EXPECT_EQ(1u, count);
   EXPECT_EQ(std::vector<std::string>{"1"}, Column("select id from emp"));
   MustExec("delete emp");
@@ -250,7 +257,8 @@ TEST_F(DmlTest, ArrayFetchOfFewerRowsThanIters) {
   EXPECT_EQ(1, lens[0]);
   EXPECT_EQ('b', names[1][0]);
   ub4 count = 0;
-  ASSERT_EQ(OCI_SUCCESS, OCIAttrGet(stmt, OCI_HTYPE_STMT, &count, nullptr, OCI_ATTR_ROW_COUNT, err_));
+  ASSERT_EQ(OCI_SUCCESS,
+            OCIAttrGet(stmt, OCI_HTYPE_STMT, &count, nullptr, OCI_ATTR_ROW_COUNT, err_));
   EXPECT_EQ(2u, count);
 }
 
@@ -274,7 +282,8 @@ TEST_F(DmlTest, FetchAndFetch2DeliverTheRest) {
   EXPECT_EQ(OCI_NO_DATA, OCIStmtFetch2(stmt, err_, 1, OCI_FETCH_NEXT, 0, OCI_DEFAULT));
   EXPECT_EQ(1403, FirstCode(err_));
   ub4 count = 0;
-  ASSERT_EQ(OCI_SUCCESS, OCIAttrGet(stmt, OCI_HTYPE_STMT, &count, nullptr, OCI_ATTR_ROW_COUNT, err_));
+  ASSERT_EQ(OCI_SUCCESS,
+            OCIAttrGet(stmt, OCI_HTYPE_STMT, &count, nullptr, OCI_ATTR_ROW_COUNT, err_));
   EXPECT_EQ(4u, count);
 }
 
@@ -343,8 +352,8 @@ TEST_F(DmlTest, TruncatedFetchIsSuccessWithInfo) {
   ub2 len = 0;
   ub2 rcode = 0;
   OCIDefine* def = nullptr;
-  ASSERT_EQ(OCI_SUCCESS, OCIDefineByPos(stmt, &def, err_, 1, buf, sizeof buf, SQLT_STR, &ind,
-                                        &len, &rcode, OCI_DEFAULT));
+  ASSERT_EQ(OCI_SUCCESS, OCIDefineByPos(stmt, &def, err_, 1, buf, sizeof buf, SQLT_STR, &ind, &len,
+                                        &rcode, OCI_DEFAULT));
   EXPECT_EQ(OCI_SUCCESS_WITH_INFO, Execute(stmt, 1));
   EXPECT_EQ("ORA-24345: A Truncation or null fetch error occurred", FirstError(err_));
   EXPECT_STREQ("abc", buf);
@@ -369,10 +378,10 @@ TEST_F(DmlTest, DefineOfAnIncompatibleType) {
   OCIStmt* stmt = Prepare("select id from emp");
   OCIDate date;
   OCIDefine* def = nullptr;
-  ASSERT_EQ(OCI_SUCCESS, OCIDefineByPos(stmt, &def, err_, 1, &date, sizeof date, SQLT_ODT,
-                                        nullptr, nullptr, nullptr, OCI_DEFAULT));
+  ASSERT_EQ(OCI_SUCCESS, OCIDefineByPos(stmt, &def, err_, 1, &date, sizeof date, SQLT_ODT, nullptr,
+                                        nullptr, nullptr, OCI_DEFAULT));
   EXPECT_EQ(OCI_ERROR, Execute(stmt, 1));
-  EXPECT_EQ(932, FirstCode(err_));
+  EXPECT_EQ("ORA-00932: inconsistent datatypes: expected DATE got NUMBER", FirstError(err_));
 }
 
 TEST_F(DmlTest, DefineBeyondTheSelectList) {
@@ -446,8 +455,8 @@ TEST_F(DmlTest, ExternalTypesRoundTrip) {
                                       &num_len, nullptr, 0, nullptr, OCI_DEFAULT));
   ASSERT_EQ(OCI_SUCCESS, OCIBindByPos(ins, &b[3], err_, 4, dat, sizeof dat, SQLT_DAT, nullptr,
                                       nullptr, nullptr, 0, nullptr, OCI_DEFAULT));
-  ASSERT_EQ(OCI_SUCCESS, OCIBindByPos(ins, &b[4], err_, 5, badge, sizeof badge, SQLT_BIN,
-                                      nullptr, nullptr, nullptr, 0, nullptr, OCI_DEFAULT));
+  ASSERT_EQ(OCI_SUCCESS, OCIBindByPos(ins, &b[4], err_, 5, badge, sizeof badge, SQLT_BIN, nullptr,
+                                      nullptr, nullptr, 0, nullptr, OCI_DEFAULT));
   ASSERT_EQ(OCI_SUCCESS, Execute(ins)) << FirstError(err_);
 
   OCIStmt* sel = Prepare("select id, name, sal, hired, hired, badge from emp");
@@ -466,12 +475,12 @@ TEST_F(DmlTest, ExternalTypesRoundTrip) {
                                         &got_name_len, nullptr, OCI_DEFAULT));
   ASSERT_EQ(OCI_SUCCESS, OCIDefineByPos(sel, &d[2], err_, 3, &got_sal, sizeof got_sal, SQLT_FLT,
                                         nullptr, nullptr, nullptr, OCI_DEFAULT));
-  ASSERT_EQ(OCI_SUCCESS, OCIDefineByPos(sel, &d[3], err_, 4, &got_date, sizeof got_date,
-                                        SQLT_ODT, nullptr, nullptr, nullptr, OCI_DEFAULT));
+  ASSERT_EQ(OCI_SUCCESS, OCIDefineByPos(sel, &d[3], err_, 4, &got_date, sizeof got_date, SQLT_ODT,
+                                        nullptr, nullptr, nullptr, OCI_DEFAULT));
   ASSERT_EQ(OCI_SUCCESS, OCIDefineByPos(sel, &d[4], err_, 5, got_dat, sizeof got_dat, SQLT_DAT,
                                         nullptr, nullptr, nullptr, OCI_DEFAULT));
-  ASSERT_EQ(OCI_SUCCESS, OCIDefineByPos(sel, &d[5], err_, 6, got_badge, sizeof got_badge,
-                                        SQLT_BIN, nullptr, &got_badge_len, nullptr, OCI_DEFAULT));
+  ASSERT_EQ(OCI_SUCCESS, OCIDefineByPos(sel, &d[5], err_, 6, got_badge, sizeof got_badge, SQLT_BIN,
+                                        nullptr, &got_badge_len, nullptr, OCI_DEFAULT));
   ASSERT_EQ(OCI_SUCCESS, Execute(sel, 1)) << FirstError(err_);
   sword cmp = 1;
   ASSERT_EQ(OCI_SUCCESS, OCINumberCmp(err_, &got_id, &n, &cmp));
@@ -534,7 +543,8 @@ TEST_F(DmlTest, StatementTypeIsKnownAfterPrepare) {
   for (const Case& c : cases) {
     OCIStmt* stmt = Prepare(c.sql);
     ub2 type = 0;
-    ASSERT_EQ(OCI_SUCCESS, OCIAttrGet(stmt, OCI_HTYPE_STMT, &type, nullptr, OCI_ATTR_STMT_TYPE, err_));
+    ASSERT_EQ(OCI_SUCCESS,
+              OCIAttrGet(stmt, OCI_HTYPE_STMT, &type, nullptr, OCI_ATTR_STMT_TYPE, err_));
     EXPECT_EQ(c.type, type) << c.sql;
   }
 }

@@ -41,8 +41,8 @@ struct Session {
       Check(OCIDefineByPos(stmt, &def, err, 1, lob, 0, SQLT_CLOB, nullptr, nullptr, nullptr,
                            OCI_DEFAULT) == OCI_SUCCESS);
     }
-    sword rc = OCIStmtExecute(svc, stmt, err, static_cast<ub4>(iters), 0, nullptr, nullptr,
-                              OCI_DEFAULT);
+    sword rc =
+        OCIStmtExecute(svc, stmt, err, static_cast<ub4>(iters), 0, nullptr, nullptr, OCI_DEFAULT);
     Check(OCIHandleFree(stmt, OCI_HTYPE_STMT) == OCI_SUCCESS);
     return rc;
   }

@@ -25,8 +25,8 @@ class LobTest : public SqlTest {
 
   OCILobLocator* NewLocator() {
     OCILobLocator* l = nullptr;
-    EXPECT_EQ(OCI_SUCCESS, OCIDescriptorAlloc(env_, reinterpret_cast<void**>(&l), OCI_DTYPE_LOB,
-                                              0, nullptr));
+    EXPECT_EQ(OCI_SUCCESS,
+              OCIDescriptorAlloc(env_, reinterpret_cast<void**>(&l), OCI_DTYPE_LOB, 0, nullptr));
     return l;
   }
 
@@ -48,8 +48,8 @@ class LobTest : public SqlTest {
                  OCISvcCtx* svc = nullptr) {
     ub4 amount = static_cast<ub4>(data.size());
     return OCILobWrite(svc != nullptr ? svc : svc_, err_, l, &amount, offset,
-                       const_cast<char*>(data.data()), amount, OCI_ONE_PIECE, nullptr, nullptr,
-                       0, SQLCS_IMPLICIT);
+                       const_cast<char*>(data.data()), amount, OCI_ONE_PIECE, nullptr, nullptr, 0,
+                       SQLCS_IMPLICIT);
   }
 
   // The whole LOB as the adapter reads it: length, then one read of length × 4 bytes.
@@ -59,8 +59,8 @@ class LobTest : public SqlTest {
     EXPECT_EQ(OCI_SUCCESS, OCILobGetLength(s, err_, l, &length)) << FirstError(err_);
     std::string buf(length * 4 + 1, '\0');
     ub4 amount = length * 4;
-    EXPECT_EQ(OCI_SUCCESS, OCILobRead(s, err_, l, &amount, 1, &buf[0], length * 4, nullptr,
-                                      nullptr, 0, SQLCS_IMPLICIT))
+    EXPECT_EQ(OCI_SUCCESS, OCILobRead(s, err_, l, &amount, 1, &buf[0], length * 4, nullptr, nullptr,
+                                      0, SQLCS_IMPLICIT))
         << FirstError(err_);
     buf.resize(amount);
     return buf;
@@ -87,8 +87,8 @@ TEST_F(LobTest, ReadOfAnEmptyLobSucceedsWithNothing) {
   ASSERT_EQ(OCI_SUCCESS, SelectLobs(1, false));
   char buf[1];
   ub4 amount = 0;
-  EXPECT_EQ(OCI_SUCCESS, OCILobRead(svc_, err_, blob_, &amount, 1, buf, 0, nullptr, nullptr, 0,
-                                    SQLCS_IMPLICIT));
+  EXPECT_EQ(OCI_SUCCESS,
+            OCILobRead(svc_, err_, blob_, &amount, 1, buf, 0, nullptr, nullptr, 0, SQLCS_IMPLICIT));
   EXPECT_EQ(0u, amount);
 }
 
@@ -116,8 +116,8 @@ TEST_F(LobTest, OnePieceWriteThroughALockedRowIsReadBackAfterCommit) {
   OCILobLocator* again = NewLocator();
   OCIStmt* stmt = Prepare("select body from docs where id = 1");
   OCIDefine* d = nullptr;
-  ASSERT_EQ(OCI_SUCCESS, OCIDefineByPos(stmt, &d, err_, 1, &again, 0, SQLT_CLOB, nullptr,
-                                        nullptr, nullptr, OCI_DEFAULT));
+  ASSERT_EQ(OCI_SUCCESS, OCIDefineByPos(stmt, &d, err_, 1, &again, 0, SQLT_CLOB, nullptr, nullptr,
+                                        nullptr, OCI_DEFAULT));
   ASSERT_EQ(OCI_SUCCESS, Execute(stmt, 1));
   EXPECT_EQ("hello world", ReadAll(again));
   EXPECT_EQ(bytes, ReadAll(blob_));
@@ -137,10 +137,10 @@ TEST_F(LobTest, PiecewiseWriteProtocol) {
   char c[] = "gh";
   EXPECT_EQ(OCI_NEED_DATA, OCILobWrite(svc_, err_, clob_, &amount, 1, a, 3, OCI_FIRST_PIECE,
                                        nullptr, nullptr, 0, SQLCS_IMPLICIT));
-  EXPECT_EQ(OCI_NEED_DATA, OCILobWrite(svc_, err_, clob_, &amount, 1, b, 3, OCI_NEXT_PIECE,
-                                       nullptr, nullptr, 0, SQLCS_IMPLICIT));
-  EXPECT_EQ(OCI_SUCCESS, OCILobWrite(svc_, err_, clob_, &amount, 1, c, 2, OCI_LAST_PIECE,
-                                     nullptr, nullptr, 0, SQLCS_IMPLICIT))
+  EXPECT_EQ(OCI_NEED_DATA, OCILobWrite(svc_, err_, clob_, &amount, 1, b, 3, OCI_NEXT_PIECE, nullptr,
+                                       nullptr, 0, SQLCS_IMPLICIT));
+  EXPECT_EQ(OCI_SUCCESS, OCILobWrite(svc_, err_, clob_, &amount, 1, c, 2, OCI_LAST_PIECE, nullptr,
+                                     nullptr, 0, SQLCS_IMPLICIT))
       << FirstError(err_);
   EXPECT_EQ(8u, amount);
   EXPECT_EQ("abcdefgh", ReadAll(clob_));
@@ -153,8 +153,8 @@ TEST_F(LobTest, EmptyFirstPieceIsAccepted) {
   char a[] = "xy";
   EXPECT_EQ(OCI_NEED_DATA, OCILobWrite(svc_, err_, clob_, &amount, 1, a, 0, OCI_FIRST_PIECE,
                                        nullptr, nullptr, 0, SQLCS_IMPLICIT));
-  EXPECT_EQ(OCI_SUCCESS, OCILobWrite(svc_, err_, clob_, &amount, 1, a, 2, OCI_LAST_PIECE,
-                                     nullptr, nullptr, 0, SQLCS_IMPLICIT));
+  EXPECT_EQ(OCI_SUCCESS, OCILobWrite(svc_, err_, clob_, &amount, 1, a, 2, OCI_LAST_PIECE, nullptr,
+                                     nullptr, 0, SQLCS_IMPLICIT));
   EXPECT_EQ("xy", ReadAll(clob_));
 }
 
@@ -272,8 +272,8 @@ TEST_F(LobTest, OffsetZeroIsIllegal) {
   ASSERT_EQ(OCI_SUCCESS, SelectLobs(1, true));
   char buf[4];
   ub4 amount = 1;
-  EXPECT_EQ(OCI_ERROR, OCILobRead(svc_, err_, clob_, &amount, 0, buf, sizeof buf, nullptr,
-                                  nullptr, 0, SQLCS_IMPLICIT));
+  EXPECT_EQ(OCI_ERROR, OCILobRead(svc_, err_, clob_, &amount, 0, buf, sizeof buf, nullptr, nullptr,
+                                  0, SQLCS_IMPLICIT));
   EXPECT_EQ("ORA-24801: illegal parameter value in OCI lob function", FirstError(err_));
   EXPECT_EQ(OCI_ERROR, WriteOne(clob_, "x", 0));
   EXPECT_EQ(24801, FirstCode(err_));
@@ -283,8 +283,8 @@ TEST_F(LobTest, FormMismatch) {
   ASSERT_EQ(OCI_SUCCESS, SelectLobs(1, true));
   char buf[4];
   ub4 amount = 1;
-  EXPECT_EQ(OCI_ERROR, OCILobRead(svc_, err_, clob_, &amount, 1, buf, sizeof buf, nullptr,
-                                  nullptr, 0, SQLCS_NCHAR));
+  EXPECT_EQ(OCI_ERROR, OCILobRead(svc_, err_, clob_, &amount, 1, buf, sizeof buf, nullptr, nullptr,
+                                  0, SQLCS_NCHAR));
   EXPECT_EQ("ORA-24806: LOB form mismatch", FirstError(err_));
 }
 
@@ -394,8 +394,8 @@ TEST_F(LobTest, OtherSessionReadsCommittedLobContentsOnly) {
   OCILobLocator* theirs = NewLocator();
   OCIStmt* stmt = Prepare("select body from docs where id = 1");
   OCIDefine* d = nullptr;
-  ASSERT_EQ(OCI_SUCCESS, OCIDefineByPos(stmt, &d, err_, 1, &theirs, 0, SQLT_CLOB, nullptr,
-                                        nullptr, nullptr, OCI_DEFAULT));
+  ASSERT_EQ(OCI_SUCCESS, OCIDefineByPos(stmt, &d, err_, 1, &theirs, 0, SQLT_CLOB, nullptr, nullptr,
+                                        nullptr, OCI_DEFAULT));
   ASSERT_EQ(OCI_SUCCESS, Execute(stmt, 1, other));
   EXPECT_EQ("", ReadAll(theirs, other));
   ASSERT_EQ(OCI_SUCCESS, OCITransCommit(svc_, err_, OCI_DEFAULT));
@@ -415,8 +415,8 @@ TEST_F(LobTest, ClobLocatorBoundToABlobColumn) {
   ASSERT_EQ(OCI_SUCCESS, SelectLobs(1, false));
   OCIStmt* stmt = Prepare("insert into docs (id, pic) values (9, :1)");
   OCIBind* b = nullptr;
-  ASSERT_EQ(OCI_SUCCESS, OCIBindByPos(stmt, &b, err_, 1, &clob_, sizeof clob_, SQLT_CLOB,
-                                      nullptr, nullptr, nullptr, 0, nullptr, OCI_DEFAULT));
+  ASSERT_EQ(OCI_SUCCESS, OCIBindByPos(stmt, &b, err_, 1, &clob_, sizeof clob_, SQLT_CLOB, nullptr,
+                                      nullptr, nullptr, 0, nullptr, OCI_DEFAULT));
   EXPECT_EQ(OCI_ERROR, Execute(stmt));
   EXPECT_EQ("ORA-00932: inconsistent datatypes: expected BLOB got CLOB", FirstError(err_));
 }

@@ -20,8 +20,9 @@ class RoundTripTest : public SqlTest {
     MustExec("create type addr_t as object (street varchar2(20), city varchar2(10))");
     MustExec("create type line_t as object (item varchar2(10), qty number(4))");
     MustExec("create type lines_t as table of line_t");
-    MustExec("create type doc_t as object (id number, title varchar2(20), addr addr_t, "
-             "lines lines_t, body clob, pic blob)");
+    MustExec(
+        "create type doc_t as object (id number, title varchar2(20), addr addr_t, "
+        "lines lines_t, body clob, pic blob)");
     MustExec("create table docs of doc_t (id primary key) nested table lines store as doc_lines");
     doc_tdo_ = TypeByName("DOC_T");
     line_tdo_ = TypeByName("LINE_T");
@@ -37,9 +38,9 @@ class RoundTripTest : public SqlTest {
     Attr a;
     const oratext* names[] = {Text(name)};
     ub4 lengths[] = {Len(name)};
-    EXPECT_EQ(OCI_SUCCESS, OCIObjectGetAttr(env_, err_, instance, null_struct, tdo, names,
-                                            lengths, 1, nullptr, 0, &a.status, &a.null_struct,
-                                            &a.value, &a.tdo))
+    EXPECT_EQ(OCI_SUCCESS,
+              OCIObjectGetAttr(env_, err_, instance, null_struct, tdo, names, lengths, 1, nullptr,
+                               0, &a.status, &a.null_struct, &a.value, &a.tdo))
         << name << ": " << FirstError(err_);
     return a;
   }
@@ -47,17 +48,17 @@ class RoundTripTest : public SqlTest {
                const void* attr_null_struct = nullptr) {
     const oratext* names[] = {Text(name)};
     ub4 lengths[] = {Len(name)};
-    ASSERT_EQ(OCI_SUCCESS, OCIObjectSetAttr(env_, err_, instance, null_struct, tdo, names,
-                                            lengths, 1, nullptr, 0, OCI_IND_NOTNULL,
-                                            attr_null_struct, nullptr))
+    ASSERT_EQ(OCI_SUCCESS,
+              OCIObjectSetAttr(env_, err_, instance, null_struct, tdo, names, lengths, 1, nullptr,
+                               0, OCI_IND_NOTNULL, attr_null_struct, nullptr))
         << name << ": " << FirstError(err_);
   }
   void SetText(void* instance, void* null_struct, OCIType* tdo, const char* name,
                const std::string& text) {
     Attr a = GetAttr(instance, null_struct, tdo, name);
-    ASSERT_EQ(OCI_SUCCESS, OCIStringAssignText(env_, err_, Text(text.c_str()),
-                                               static_cast<ub4>(text.size()),
-                                               static_cast<OCIString**>(a.value)));
+    ASSERT_EQ(OCI_SUCCESS,
+              OCIStringAssignText(env_, err_, Text(text.c_str()), static_cast<ub4>(text.size()),
+                                  static_cast<OCIString**>(a.value)));
     Present(instance, null_struct, tdo, name);
   }
   void SetNumber(void* instance, void* null_struct, OCIType* tdo, const char* name, int v) {
@@ -95,9 +96,10 @@ class RoundTripTest : public SqlTest {
     for (int i = 1; i <= 2; ++i) {
       void* line = nullptr;
       OCIInd* line_ind = nullptr;
-      EXPECT_EQ(OCI_SUCCESS, OCIObjectNew(env_, err_, svc_, OCI_TYPECODE_OBJECT, line_tdo_,
-                                          nullptr, OCI_DURATION_DEFAULT, TRUE, &line));
-      EXPECT_EQ(OCI_SUCCESS, OCIObjectGetInd(env_, err_, line, reinterpret_cast<void**>(&line_ind)));
+      EXPECT_EQ(OCI_SUCCESS, OCIObjectNew(env_, err_, svc_, OCI_TYPECODE_OBJECT, line_tdo_, nullptr,
+                                          OCI_DURATION_DEFAULT, TRUE, &line));
+      EXPECT_EQ(OCI_SUCCESS,
+                OCIObjectGetInd(env_, err_, line, reinterpret_cast<void**>(&line_ind)));
       line_ind[0] = OCI_IND_NOTNULL;
       SetText(line, line_ind, line_tdo_, "ITEM", "item" + std::to_string(i));
       SetNumber(line, line_ind, line_tdo_, "QTY", i * 10);
@@ -117,19 +119,19 @@ class RoundTripTest : public SqlTest {
                                         nullptr, 0, nullptr, OCI_DEFAULT));
     void* inst = doc;
     void* null_struct = ind;
-    EXPECT_EQ(OCI_SUCCESS, OCIBindObject(b, err_, tdo != nullptr ? tdo : doc_tdo_, &inst,
-                                         nullptr, &null_struct, nullptr));
+    EXPECT_EQ(OCI_SUCCESS, OCIBindObject(b, err_, tdo != nullptr ? tdo : doc_tdo_, &inst, nullptr,
+                                         &null_struct, nullptr));
     return Execute(stmt);
   }
 
   // The selection as the adapter runs it; returns the execute status.
   sword SelectDoc(const std::string& sql, void** object, void** ind, OCISvcCtx* svc = nullptr) {
     OCIStmt* stmt = nullptr;
-    EXPECT_EQ(OCI_SUCCESS, OCIHandleAlloc(env_, reinterpret_cast<void**>(&stmt), OCI_HTYPE_STMT,
-                                          0, nullptr));
-    EXPECT_EQ(OCI_SUCCESS, OCIStmtPrepare(stmt, err_, Text(sql.c_str()),
-                                          static_cast<ub4>(sql.size()), OCI_NTV_SYNTAX,
-                                          OCI_DEFAULT));
+    EXPECT_EQ(OCI_SUCCESS,
+              OCIHandleAlloc(env_, reinterpret_cast<void**>(&stmt), OCI_HTYPE_STMT, 0, nullptr));
+    EXPECT_EQ(OCI_SUCCESS,
+              OCIStmtPrepare(stmt, err_, Text(sql.c_str()), static_cast<ub4>(sql.size()),
+                             OCI_NTV_SYNTAX, OCI_DEFAULT));
     OCIDefine* def = nullptr;
     EXPECT_EQ(OCI_SUCCESS, OCIDefineByPos(stmt, &def, err_, 1, nullptr, 0, SQLT_NTY, nullptr,
                                           nullptr, nullptr, OCI_DEFAULT));
@@ -143,8 +145,8 @@ class RoundTripTest : public SqlTest {
   void WritePieces(OCILobLocator* l, const std::vector<std::string>& pieces) {
     ub4 amount = 0;
     for (size_t i = 0; i < pieces.size(); ++i) {
-      ub1 piece = i == 0 ? OCI_FIRST_PIECE
-                         : (i + 1 == pieces.size() ? OCI_LAST_PIECE : OCI_NEXT_PIECE);
+      ub1 piece =
+          i == 0 ? OCI_FIRST_PIECE : (i + 1 == pieces.size() ? OCI_LAST_PIECE : OCI_NEXT_PIECE);
       sword rc = OCILobWrite(svc_, err_, l, &amount, 1, const_cast<char*>(pieces[i].data()),
                              static_cast<ub4>(pieces[i].size()), piece, nullptr, nullptr, 0,
                              SQLCS_IMPLICIT);
@@ -158,8 +160,8 @@ class RoundTripTest : public SqlTest {
     ub4 size = clob ? length * 4 : length;
     std::string buf(size + 1, '\0');
     ub4 amount = size;
-    EXPECT_EQ(OCI_SUCCESS, OCILobRead(svc, err_, l, &amount, 1, &buf[0], size, nullptr, nullptr,
-                                      0, SQLCS_IMPLICIT))
+    EXPECT_EQ(OCI_SUCCESS, OCILobRead(svc, err_, l, &amount, 1, &buf[0], size, nullptr, nullptr, 0,
+                                      SQLCS_IMPLICIT))
         << FirstError(err_);
     buf.resize(amount);
     return buf;
@@ -177,16 +179,16 @@ TEST_F(RoundTripTest, HostRoundTrip) {
   Attr new_body = GetAttr(doc, ind, doc_tdo_, "BODY");
   ub4 amount = 1;
   char x[] = "x";
-  EXPECT_EQ(OCI_ERROR, OCILobWrite(svc_, err_, *static_cast<OCILobLocator**>(new_body.value),
-                                   &amount, 1, x, 1, OCI_ONE_PIECE, nullptr, nullptr, 0,
-                                   SQLCS_IMPLICIT));
+  EXPECT_EQ(OCI_ERROR,
+            OCILobWrite(svc_, err_, *static_cast<OCILobLocator**>(new_body.value), &amount, 1, x, 1,
+                        OCI_ONE_PIECE, nullptr, nullptr, 0, SQLCS_IMPLICIT));
   EXPECT_EQ(22275, FirstCode(err_));
   ASSERT_EQ(OCI_SUCCESS, OCIObjectFree(env_, err_, doc, OCI_DEFAULT));
 
   void* fetched = nullptr;
   void* fetched_ind = nullptr;
-  ASSERT_EQ(OCI_SUCCESS,
-            SelectDoc("SELECT VALUE(d) FROM docs d WHERE id = 7 FOR UPDATE", &fetched, &fetched_ind))
+  ASSERT_EQ(OCI_SUCCESS, SelectDoc("SELECT VALUE(d) FROM docs d WHERE id = 7 FOR UPDATE", &fetched,
+                                   &fetched_ind))
       << FirstError(err_);
   ASSERT_NE(nullptr, fetched);
   ASSERT_NE(nullptr, fetched_ind);
@@ -202,8 +204,8 @@ TEST_F(RoundTripTest, HostRoundTrip) {
   WritePieces(body_loc, {"Dear ", "", "reader,", " bye"});
   ub4 blob_amount = 4;
   char bytes[] = {'\x01', '\x00', '|', '\xfe'};
-  ASSERT_EQ(OCI_SUCCESS, OCILobWrite(svc_, err_, pic_loc, &blob_amount, 1, bytes, 4,
-                                     OCI_ONE_PIECE, nullptr, nullptr, 0, SQLCS_IMPLICIT))
+  ASSERT_EQ(OCI_SUCCESS, OCILobWrite(svc_, err_, pic_loc, &blob_amount, 1, bytes, 4, OCI_ONE_PIECE,
+                                     nullptr, nullptr, 0, SQLCS_IMPLICIT))
       << FirstError(err_);
   ASSERT_EQ(OCI_SUCCESS, OCITransCommit(svc_, err_, OCI_DEFAULT));
   ASSERT_EQ(OCI_SUCCESS, OCIObjectFree(env_, err_, fetched, OCI_DEFAULT));
@@ -211,8 +213,8 @@ TEST_F(RoundTripTest, HostRoundTrip) {
   OCISvcCtx* other = OtherSession();
   void* again = nullptr;
   void* again_ind = nullptr;
-  ASSERT_EQ(OCI_SUCCESS, SelectDoc("select value(d) from docs d where d.id = 7", &again,
-                                   &again_ind, other))
+  ASSERT_EQ(OCI_SUCCESS,
+            SelectDoc("select value(d) from docs d where d.id = 7", &again, &again_ind, other))
       << FirstError(err_);
   EXPECT_EQ(7, NumberOf(GetAttr(again, nullptr, doc_tdo_, "ID")));
   EXPECT_EQ("report", TextOf(GetAttr(again, nullptr, doc_tdo_, "TITLE")));
@@ -233,15 +235,16 @@ TEST_F(RoundTripTest, HostRoundTrip) {
   Attr body2 = GetAttr(again, nullptr, doc_tdo_, "BODY");
   Attr pic2 = GetAttr(again, nullptr, doc_tdo_, "PIC");
   EXPECT_EQ("Dear reader, bye", ReadLob(*static_cast<OCILobLocator**>(body2.value), true, other));
-  EXPECT_EQ(std::string(bytes, 4), ReadLob(*static_cast<OCILobLocator**>(pic2.value), false, other));
+  EXPECT_EQ(std::string(bytes, 4),
+            ReadLob(*static_cast<OCILobLocator**>(pic2.value), false, other));
   EXPECT_EQ(OCI_SUCCESS, OCIObjectFree(env_, err_, again, OCI_DEFAULT));
 }
 
 TEST_F(RoundTripTest, NoRowIsNoDataAndNoInstance) {
   void* fetched = nullptr;
   void* fetched_ind = nullptr;
-  EXPECT_EQ(OCI_NO_DATA, SelectDoc("select value(d) from docs d where id = 1", &fetched,
-                                   &fetched_ind));
+  EXPECT_EQ(OCI_NO_DATA,
+            SelectDoc("select value(d) from docs d where id = 1", &fetched, &fetched_ind));
   EXPECT_EQ("ORA-01403: no data found", FirstError(err_));
   EXPECT_EQ(nullptr, fetched);
 }
@@ -285,8 +288,8 @@ TEST_F(RoundTripTest, NullAttributesStayNull) {
   ASSERT_EQ(OCI_SUCCESS, InsertDoc(doc, ind)) << FirstError(err_);
   void* fetched = nullptr;
   void* fetched_ind = nullptr;
-  ASSERT_EQ(OCI_SUCCESS, SelectDoc("select value(d) from docs d where id = 3 for update",
-                                   &fetched, &fetched_ind));
+  ASSERT_EQ(OCI_SUCCESS, SelectDoc("select value(d) from docs d where id = 3 for update", &fetched,
+                                   &fetched_ind));
   EXPECT_EQ(OCI_IND_NULL, GetAttr(fetched, nullptr, doc_tdo_, "TITLE").status);
   EXPECT_EQ(OCI_IND_NULL, GetAttr(fetched, nullptr, doc_tdo_, "ADDR").status);
   Attr body = GetAttr(fetched, nullptr, doc_tdo_, "BODY");
@@ -298,7 +301,8 @@ TEST_F(RoundTripTest, AttributeColumnsOfTheObjectTable) {
   OCIInd* ind = nullptr;
   void* doc = NewDoc(4, &ind);
   ASSERT_EQ(OCI_SUCCESS, InsertDoc(doc, ind));
-  EXPECT_EQ(std::vector<std::string>{"report"}, Column("select d.title from docs d where d.id = 4"));
+  EXPECT_EQ(std::vector<std::string>{"report"},
+            Column("select d.title from docs d where d.id = 4"));
   EXPECT_EQ(1, ExecError("insert into docs (id) values (4)"));
   MustExec("insert into docs (id, title) values (5, 'plain')");
   EXPECT_EQ(std::vector<std::string>{"plain"}, Column("select title from docs where id = 5"));
@@ -306,14 +310,15 @@ TEST_F(RoundTripTest, AttributeColumnsOfTheObjectTable) {
 
 // obs o14: an object table takes a constructor of its type
 TEST_F(RoundTripTest, ConstructorsInInsertAndUpdate) {
-  MustExec("insert into docs values (doc_t(11, 'built', addr_t('Elm', 'Rome'), "
-           "lines_t(line_t('a', 1), line_t('b', 2)), empty_clob(), null))");
+  MustExec(
+      "insert into docs values (doc_t(11, 'built', addr_t('Elm', 'Rome'), "
+      "lines_t(line_t('a', 1), line_t('b', 2)), empty_clob(), null))");
   MustExec("insert into docs (id, addr) values (12, addr_t('Oak', null))");
   MustExec("update docs set addr = addr_t('Ash', 'Bonn') where id = 11");
   void* fetched = nullptr;
   void* fetched_ind = nullptr;
-  ASSERT_EQ(OCI_SUCCESS, SelectDoc("select value(d) from docs d where id = 11", &fetched,
-                                   &fetched_ind))
+  ASSERT_EQ(OCI_SUCCESS,
+            SelectDoc("select value(d) from docs d where id = 11", &fetched, &fetched_ind))
       << FirstError(err_);
   EXPECT_EQ("built", TextOf(GetAttr(fetched, nullptr, doc_tdo_, "TITLE")));
   Attr addr = GetAttr(fetched, nullptr, doc_tdo_, "ADDR");
@@ -326,8 +331,8 @@ TEST_F(RoundTripTest, ConstructorsInInsertAndUpdate) {
   EXPECT_EQ(OCI_IND_NULL, GetAttr(fetched, nullptr, doc_tdo_, "PIC").status);
   void* other = nullptr;
   void* other_ind = nullptr;
-  ASSERT_EQ(OCI_SUCCESS, SelectDoc("select value(d) from docs d where id = 12", &other,
-                                   &other_ind));
+  ASSERT_EQ(OCI_SUCCESS,
+            SelectDoc("select value(d) from docs d where id = 12", &other, &other_ind));
   Attr addr12 = GetAttr(other, nullptr, doc_tdo_, "ADDR");
   EXPECT_EQ(OCI_IND_NOTNULL, addr12.status);
   EXPECT_EQ(OCI_IND_NULL, GetAttr(addr12.value, addr12.null_struct, addr12.tdo, "CITY").status);
@@ -336,7 +341,8 @@ TEST_F(RoundTripTest, ConstructorsInInsertAndUpdate) {
 TEST_F(RoundTripTest, BadConstructors) {
   EXPECT_EQ(2315, ExecError("insert into docs (id, addr) values (1, addr_t('x'))"));
   EXPECT_EQ("ORA-02315: incorrect number of arguments for default constructor", FirstError(err_));
-  EXPECT_EQ(22814, ExecError("insert into docs (id, addr) values (1, addr_t('x', 'a city too long'))"));
+  EXPECT_EQ(22814,
+            ExecError("insert into docs (id, addr) values (1, addr_t('x', 'a city too long'))"));
   EXPECT_EQ(904, ExecError("insert into docs (id, addr) values (1, nothing_t('x'))"));
   EXPECT_EQ(932, ExecError("insert into docs (id, addr) values (1, line_t('x', 1))"));
   EXPECT_EQ(984, ExecError("insert into docs (id, addr) values (1, addr_t(id, 'x'))"));
@@ -349,8 +355,8 @@ TEST_F(RoundTripTest, RollbackRemovesTheInsertedObject) {
   ASSERT_EQ(OCI_SUCCESS, OCITransRollback(svc_, err_, OCI_DEFAULT));
   void* fetched = nullptr;
   void* fetched_ind = nullptr;
-  EXPECT_EQ(OCI_NO_DATA, SelectDoc("select value(d) from docs d where id = 6", &fetched,
-                                   &fetched_ind));
+  EXPECT_EQ(OCI_NO_DATA,
+            SelectDoc("select value(d) from docs d where id = 6", &fetched, &fetched_ind));
 }
 
 TEST_F(RoundTripTest, ObjectBindOfAnotherType) {
@@ -381,8 +387,8 @@ TEST_F(RoundTripTest, ObjectBindWithoutBindObject) {
 TEST_F(RoundTripTest, ObjectDefineWithoutDefineObject) {
   OCIStmt* stmt = Prepare("select value(d) from docs d");
   OCIDefine* def = nullptr;
-  ASSERT_EQ(OCI_SUCCESS, OCIDefineByPos(stmt, &def, err_, 1, nullptr, 0, SQLT_NTY, nullptr,
-                                        nullptr, nullptr, OCI_DEFAULT));
+  ASSERT_EQ(OCI_SUCCESS, OCIDefineByPos(stmt, &def, err_, 1, nullptr, 0, SQLT_NTY, nullptr, nullptr,
+                                        nullptr, OCI_DEFAULT));
   EXPECT_EQ(OCI_ERROR, Execute(stmt, 1));
   EXPECT_EQ("ORA-24359: OCIDefineObject not invoked for a Object type or Reference",
             FirstError(err_));
@@ -393,8 +399,8 @@ TEST_F(RoundTripTest, ObjectDefineOfAnotherType) {
   OCIDefine* def = nullptr;
   void* obj = nullptr;
   void* obj_ind = nullptr;
-  ASSERT_EQ(OCI_SUCCESS, OCIDefineByPos(stmt, &def, err_, 1, nullptr, 0, SQLT_NTY, nullptr,
-                                        nullptr, nullptr, OCI_DEFAULT));
+  ASSERT_EQ(OCI_SUCCESS, OCIDefineByPos(stmt, &def, err_, 1, nullptr, 0, SQLT_NTY, nullptr, nullptr,
+                                        nullptr, OCI_DEFAULT));
   ASSERT_EQ(OCI_SUCCESS, OCIDefineObject(def, err_, line_tdo_, &obj, nullptr, &obj_ind, nullptr));
   EXPECT_EQ(OCI_ERROR, Execute(stmt, 1));
   EXPECT_EQ(932, FirstCode(err_));
@@ -433,8 +439,8 @@ TEST_F(RoundTripTest, CollectionColumnSelectedIntoAnObjectDefine) {
   OCIDefine* def = nullptr;
   void* got = nullptr;
   void* got_ind = nullptr;
-  ASSERT_EQ(OCI_SUCCESS, OCIDefineByPos(sel, &def, err_, 1, nullptr, 0, SQLT_NTY, nullptr,
-                                        nullptr, nullptr, OCI_DEFAULT));
+  ASSERT_EQ(OCI_SUCCESS, OCIDefineByPos(sel, &def, err_, 1, nullptr, 0, SQLT_NTY, nullptr, nullptr,
+                                        nullptr, OCI_DEFAULT));
   ASSERT_EQ(OCI_SUCCESS, OCIDefineObject(def, err_, lines_tdo, &got, nullptr, &got_ind, nullptr));
   ASSERT_EQ(OCI_SUCCESS, Execute(sel, 1)) << FirstError(err_);
   sb4 size = 0;

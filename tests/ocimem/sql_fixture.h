@@ -21,11 +21,11 @@ class SqlTest : public OciTest {
   // A prepared statement, freed at the end of the test.
   OCIStmt* Prepare(const std::string& sql) {
     OCIStmt* stmt = nullptr;
-    EXPECT_EQ(OCI_SUCCESS, OCIHandleAlloc(env_, reinterpret_cast<void**>(&stmt), OCI_HTYPE_STMT,
-                                          0, nullptr));
-    EXPECT_EQ(OCI_SUCCESS, OCIStmtPrepare(stmt, err_, Text(sql.c_str()),
-                                          static_cast<ub4>(sql.size()), OCI_NTV_SYNTAX,
-                                          OCI_DEFAULT))
+    EXPECT_EQ(OCI_SUCCESS,
+              OCIHandleAlloc(env_, reinterpret_cast<void**>(&stmt), OCI_HTYPE_STMT, 0, nullptr));
+    EXPECT_EQ(OCI_SUCCESS,
+              OCIStmtPrepare(stmt, err_, Text(sql.c_str()), static_cast<ub4>(sql.size()),
+                             OCI_NTV_SYNTAX, OCI_DEFAULT))
         << FirstError(err_);
     stmts_.push_back(stmt);
     return stmt;

@@ -33,8 +33,8 @@ TEST_P(StmtFaultCallTest, FaultIsReportedAndNothingLeaks) {
   OCIType* tdo = TypeByName("F_T");
   Arm(GetParam().function);
   OCIStmt* stmt = nullptr;
-  ASSERT_EQ(OCI_SUCCESS, OCIHandleAlloc(env_, reinterpret_cast<void**>(&stmt), OCI_HTYPE_STMT, 0,
-                                        nullptr));
+  ASSERT_EQ(OCI_SUCCESS,
+            OCIHandleAlloc(env_, reinterpret_cast<void**>(&stmt), OCI_HTYPE_STMT, 0, nullptr));
   const char* sql = "select value(f) from fs f where id = :1 for update";
   sword rc = OCIStmtPrepare(stmt, err_, Text(sql), Len(sql), OCI_NTV_SYNTAX, OCI_DEFAULT);
   OCIBind* b = nullptr;
@@ -56,8 +56,8 @@ TEST_P(StmtFaultCallTest, FaultIsReportedAndNothingLeaks) {
   }
   if (rc == OCI_SUCCESS) {
     OCILobLocator* loc = nullptr;
-    ASSERT_EQ(OCI_SUCCESS, OCIDescriptorAlloc(env_, reinterpret_cast<void**>(&loc), OCI_DTYPE_LOB,
-                                              0, nullptr));
+    ASSERT_EQ(OCI_SUCCESS,
+              OCIDescriptorAlloc(env_, reinterpret_cast<void**>(&loc), OCI_DTYPE_LOB, 0, nullptr));
     OCIStmt* lob_stmt = Prepare("select body from fs where id = 1");
     OCIDefine* ld = nullptr;
     ASSERT_EQ(OCI_SUCCESS, OCIDefineByPos(lob_stmt, &ld, err_, 1, &loc, 0, SQLT_CLOB, nullptr,
@@ -117,8 +117,8 @@ TEST_F(StmtFaultTest, InjectedNoDataFromFetch) {
 
 TEST_F(StmtFaultTest, InjectedFaultsOnTemporaryLobCalls) {
   OCILobLocator* loc = nullptr;
-  ASSERT_EQ(OCI_SUCCESS, OCIDescriptorAlloc(env_, reinterpret_cast<void**>(&loc), OCI_DTYPE_LOB,
-                                            0, nullptr));
+  ASSERT_EQ(OCI_SUCCESS,
+            OCIDescriptorAlloc(env_, reinterpret_cast<void**>(&loc), OCI_DTYPE_LOB, 0, nullptr));
   for (const char* f : {"OCILobCreateTemporary", "OCILobTrim", "OCILobFreeTemporary",
                         "OCILobIsTemporary", "OCILobLocatorAssign", "OCITransRollback",
                         "OCIBindByName", "OCIBindObject", "OCIStmtFetch"}) {
@@ -159,11 +159,11 @@ TEST_F(StmtFaultTest, StatementFreedWithBindsDefinesAndOpenCursor) {
   MustExec("create table t (a number)");
   MustExec("insert into t values (1)");
   OCIStmt* stmt = nullptr;
-  ASSERT_EQ(OCI_SUCCESS, OCIHandleAlloc(env_, reinterpret_cast<void**>(&stmt), OCI_HTYPE_STMT, 0,
-                                        nullptr));
+  ASSERT_EQ(OCI_SUCCESS,
+            OCIHandleAlloc(env_, reinterpret_cast<void**>(&stmt), OCI_HTYPE_STMT, 0, nullptr));
   const char* sql = "select a from t where a = :1";
-  ASSERT_EQ(OCI_SUCCESS, OCIStmtPrepare(stmt, err_, Text(sql), Len(sql), OCI_NTV_SYNTAX,
-                                        OCI_DEFAULT));
+  ASSERT_EQ(OCI_SUCCESS,
+            OCIStmtPrepare(stmt, err_, Text(sql), Len(sql), OCI_NTV_SYNTAX, OCI_DEFAULT));
   int a = 1;
   OCIBind* b = nullptr;
   ASSERT_EQ(OCI_SUCCESS, OCIBindByPos(stmt, &b, err_, 1, &a, sizeof a, SQLT_INT, nullptr, nullptr,
@@ -195,8 +195,8 @@ TEST_F(StmtFaultTest, BindAndDefineCallsCheckTheirHandles) {
   OCIBind* b = nullptr;
   OCIDefine* d = nullptr;
   int v = 0;
-  EXPECT_EQ(OCI_INVALID_HANDLE, OCIBindByPos(nullptr, &b, err_, 1, &v, sizeof v, SQLT_INT,
-                                             nullptr, nullptr, nullptr, 0, nullptr, OCI_DEFAULT));
+  EXPECT_EQ(OCI_INVALID_HANDLE, OCIBindByPos(nullptr, &b, err_, 1, &v, sizeof v, SQLT_INT, nullptr,
+                                             nullptr, nullptr, 0, nullptr, OCI_DEFAULT));
   EXPECT_EQ(OCI_INVALID_HANDLE, OCIDefineByPos(nullptr, &d, err_, 1, &v, sizeof v, SQLT_INT,
                                                nullptr, nullptr, nullptr, OCI_DEFAULT));
   EXPECT_EQ(OCI_INVALID_HANDLE,
@@ -213,17 +213,17 @@ TEST_F(StmtFaultTest, BindAndDefineCallsCheckTheirHandles) {
 
 TEST_F(StmtFaultTest, ObjectBindsNeedObjectMode) {
   OCIEnv* plain = nullptr;
-  ASSERT_EQ(OCI_SUCCESS, OCIEnvCreate(&plain, OCI_DEFAULT, nullptr, nullptr, nullptr, nullptr, 0,
-                                      nullptr));
+  ASSERT_EQ(OCI_SUCCESS,
+            OCIEnvCreate(&plain, OCI_DEFAULT, nullptr, nullptr, nullptr, nullptr, 0, nullptr));
   OCIError* perr = nullptr;
-  ASSERT_EQ(OCI_SUCCESS, OCIHandleAlloc(plain, reinterpret_cast<void**>(&perr), OCI_HTYPE_ERROR, 0,
-                                        nullptr));
+  ASSERT_EQ(OCI_SUCCESS,
+            OCIHandleAlloc(plain, reinterpret_cast<void**>(&perr), OCI_HTYPE_ERROR, 0, nullptr));
   OCIStmt* stmt = nullptr;
-  ASSERT_EQ(OCI_SUCCESS, OCIHandleAlloc(plain, reinterpret_cast<void**>(&stmt), OCI_HTYPE_STMT, 0,
-                                        nullptr));
+  ASSERT_EQ(OCI_SUCCESS,
+            OCIHandleAlloc(plain, reinterpret_cast<void**>(&stmt), OCI_HTYPE_STMT, 0, nullptr));
   const char* sql = "insert into t values (:1)";
-  ASSERT_EQ(OCI_SUCCESS, OCIStmtPrepare(stmt, perr, Text(sql), Len(sql), OCI_NTV_SYNTAX,
-                                        OCI_DEFAULT));
+  ASSERT_EQ(OCI_SUCCESS,
+            OCIStmtPrepare(stmt, perr, Text(sql), Len(sql), OCI_NTV_SYNTAX, OCI_DEFAULT));
   OCIBind* b = nullptr;
   EXPECT_EQ(OCI_ERROR, OCIBindByPos(stmt, &b, perr, 1, nullptr, 0, SQLT_NTY, nullptr, nullptr,
                                     nullptr, 0, nullptr, OCI_DEFAULT));

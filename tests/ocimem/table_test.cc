@@ -26,7 +26,8 @@ TEST_F(TableTest, SelectOneFromDualFetchesTheNumberOne) {
   ASSERT_EQ(OCI_SUCCESS, Execute(stmt, 1)) << FirstError(err_);
   EXPECT_EQ(1, value);
   ub4 rows = 0;
-  ASSERT_EQ(OCI_SUCCESS, OCIAttrGet(stmt, OCI_HTYPE_STMT, &rows, nullptr, OCI_ATTR_ROW_COUNT, err_));
+  ASSERT_EQ(OCI_SUCCESS,
+            OCIAttrGet(stmt, OCI_HTYPE_STMT, &rows, nullptr, OCI_ATTR_ROW_COUNT, err_));
   EXPECT_EQ(1u, rows);
 }
 
@@ -42,8 +43,9 @@ TEST_F(TableTest, DualRefusesChanges) {
 }
 
 TEST_F(TableTest, RelationalTableStoresEachColumnType) {
-  MustExec("create table t (n number(5,2), s varchar2(10), c char(3), d date, r raw(4), "
-           "i integer not null primary key, f float)");
+  MustExec(
+      "create table t (n number(5,2), s varchar2(10), c char(3), d date, r raw(4), "
+      "i integer not null primary key, f float)");
   MustExec("insert into t values (12.345, 'abc', 'xy', null, '0aFF', 7, 1.5e3)");
   EXPECT_EQ(std::vector<std::string>{"12.35"}, Column("select n from t"));
   EXPECT_EQ(std::vector<std::string>{"abc"}, Column("select s from t"));

@@ -180,18 +180,19 @@ TEST_F(TransTest, ManyRowsAreFoundByKey) {
   OCIStmt* ins = Prepare("insert into acct values (:1, :1)");
   int id = 0;
   OCIBind* b = nullptr;
-  ASSERT_EQ(OCI_SUCCESS, OCIBindByPos(ins, &b, err_, 1, &id, sizeof id, SQLT_INT, nullptr,
-                                      nullptr, nullptr, 0, nullptr, OCI_DEFAULT));
+  ASSERT_EQ(OCI_SUCCESS, OCIBindByPos(ins, &b, err_, 1, &id, sizeof id, SQLT_INT, nullptr, nullptr,
+                                      nullptr, 0, nullptr, OCI_DEFAULT));
   OCIBind* b2 = nullptr;
-  ASSERT_EQ(OCI_SUCCESS, OCIBindByPos(ins, &b2, err_, 2, &id, sizeof id, SQLT_INT, nullptr,
-                                      nullptr, nullptr, 0, nullptr, OCI_DEFAULT));
+  ASSERT_EQ(OCI_SUCCESS, OCIBindByPos(ins, &b2, err_, 2, &id, sizeof id, SQLT_INT, nullptr, nullptr,
+                                      nullptr, 0, nullptr, OCI_DEFAULT));
   for (id = 2; id <= 3000; ++id) ASSERT_EQ(OCI_SUCCESS, Execute(ins)) << id;
   ASSERT_EQ(OCI_SUCCESS, OCITransCommit(svc_, err_, OCI_DEFAULT));
   EXPECT_EQ(std::vector<std::string>{"2999"}, Column("select bal from acct where id = 2999"));
   MustExec("delete from acct where id = 1500");
   ASSERT_EQ(OCI_SUCCESS, OCITransCommit(svc_, err_, OCI_DEFAULT));
   EXPECT_TRUE(Column("select bal from acct where id = 1500", other_).empty());
-  EXPECT_EQ(std::vector<std::string>{"1501"}, Column("select bal from acct where id = 1501", other_));
+  EXPECT_EQ(std::vector<std::string>{"1501"},
+            Column("select bal from acct where id = 1501", other_));
 }
 
 TEST_F(TransTest, TransactionCallsNeedAHandle) {
@@ -207,11 +208,12 @@ TEST_F(TransTest, ArrayInsertUsesEachElement) {
   OCIBind* b2 = nullptr;
   ASSERT_EQ(OCI_SUCCESS, OCIBindByPos(stmt, &b1, err_, 1, ids, sizeof ids[0], SQLT_INT, nullptr,
                                       nullptr, nullptr, 0, nullptr, OCI_DEFAULT));
-  ASSERT_EQ(OCI_SUCCESS, OCIBindByPos(stmt, &b2, err_, 2, bals, sizeof bals[0], SQLT_INT,
-                                      nullptr, nullptr, nullptr, 0, nullptr, OCI_DEFAULT));
+  ASSERT_EQ(OCI_SUCCESS, OCIBindByPos(stmt, &b2, err_, 2, bals, sizeof bals[0], SQLT_INT, nullptr,
+                                      nullptr, nullptr, 0, nullptr, OCI_DEFAULT));
   ASSERT_EQ(OCI_SUCCESS, Execute(stmt, 3)) << FirstError(err_);
   ub4 count = 0;
-  ASSERT_EQ(OCI_SUCCESS, OCIAttrGet(stmt, OCI_HTYPE_STMT, &count, nullptr, OCI_ATTR_ROW_COUNT, err_));
+  ASSERT_EQ(OCI_SUCCESS,
+            OCIAttrGet(stmt, OCI_HTYPE_STMT, &count, nullptr, OCI_ATTR_ROW_COUNT, err_));
   EXPECT_EQ(3u, count);
   EXPECT_EQ(std::vector<std::string>{"2"}, Column("select bal from acct where id = 11"));
 }

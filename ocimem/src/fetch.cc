@@ -1,0 +1,274 @@
+// Writing fetched values into the buffers of scalar defines.
+#include <cstdint>
+#include <cstring>
+
+#include "convert.h"
+#include "lob.h"
+#include "value_descriptors.h"
+#include "value_slot.h"
+#include "values/number.h"
+#include "var_block.h"
+
+namespace ocimem {
+namespace {
+
+using values::Decimal;
+
+bool SetError(SqlError* error, int code, std::string message) {
+  error->code = code;
+  error->message = std::move(message);
+  return false;
+}
+
+template <typename T>
+bool PutInteger(T v, unsigned char* p) {
+  std::memcpy(p, &v, sizeof v);
+  return true;
+}
+
+// Writes a number as a binary integer of `size` bytes; false when it does not fit.
+bool WriteBinaryInteger(const Decimal& d, size_t size, bool is_signed, unsigned char* p) {
+  if (is_signed) {
+    std::int64_t v = 0;
+    if (!values::DecimalToInt64(d, &v)) return false;
+    switch (size) {
+      case 1:
+        return v >= INT8_MIN && v <= INT8_MAX && PutInteger(static_cast<std::int8_t>(v), p);
+      case 2:
+        return v >= INT16_MIN && v <= INT16_MAX && PutInteger(static_cast<std::int16_t>(v), p);
+      case 4:
+        return v >= INT32_MIN && v <= INT32_MAX && PutInteger(static_cast<std::int32_t>(v), p);
+      default:
+        return PutInteger(v, p);
+    }
+  }
+  std::uint64_t v = 0;
+  if (!values::DecimalToUint64(d, &v)) return false;
+  switch (size) {
+    case 1:
+      return v <= UINT8_MAX && PutInteger(static_cast<std::uint8_t>(v), p);
+    case 2:
+      return v <= UINT16_MAX && PutInteger(static_cast<std::uint16_t>(v), p);
+    case 4:
+      return v <= UINT32_MAX && PutInteger(static_cast<std::uint32_t>(v), p);
+    default:
+      return PutInteger(v, p);
+  }
+}
+
+}  // namespace
+
+bool DefineFits(ub2 dty, const ValueType& t) {
+  switch (t.kind) {
+    case ValueKind::kNumber:
+      return dty == SQLT_INT || dty == SQLT_UIN || dty == SQLT_FLT || dty == SQLT_VNU ||
+             dty == SQLT_NUM || dty == SQLT_STR || dty == SQLT_CHR || dty == SQLT_AFC;
+    case ValueKind::kString:
+      return dty == SQLT_STR || dty == SQLT_CHR || dty == SQLT_AFC || dty == SQLT_INT ||
+             dty == SQLT_UIN || dty == SQLT_FLT || dty == SQLT_VNU || dty == SQLT_NUM;
+    case ValueKind::kDate:
+      return dty == SQLT_ODT || dty == SQLT_DAT || dty == SQLT_STR || dty == SQLT_CHR ||
+             dty == SQLT_AFC;
+    case ValueKind::kRaw:
+      return dty == SQLT_BIN || dty == SQLT_LBI || dty == SQLT_STR || dty == SQLT_CHR ||
+             dty == SQLT_AFC;
+    case ValueKind::kLob:
+      return (dty == SQLT_CLOB && t.typecode == OCI_TYPECODE_CLOB) ||
+             (dty == SQLT_BLOB && t.typecode == OCI_TYPECODE_BLOB);
+    case ValueKind::kDateTime:
+    case ValueKind::kInterval:
+      return DescriptorTypeOfDty(dty) == t.descriptor_type;
+    case ValueKind::kObject:
+    case ValueKind::kCollection:
+      return dty == SQLT_NTY;
+    case ValueKind::kRef:
+      return false;
+  }
+  return false;
+}
+
+namespace {
+
+// Writes bytes into a character or binary define; returns the column code.
+ub2 PutBytes(const DefineHandle& d, size_t row, const std::string& bytes, bool terminate,
+             bool pad) {
+  size_t cap = d.value_sz > 0 ? static_cast<size_t>(d.value_sz) : 0;
+  auto* p = static_cast<unsigned char*>(d.valuep) + row * cap;
+  size_t room = terminate ? (cap > 0 ? cap - 1 : 0) : cap;
+  size_t n = bytes.size() < room ? bytes.size() : room;
+  if (p != nullptr) {
+    std::memcpy(p, bytes.data(), n);
+    if (pad && n < cap) std::memset(p + n, ' ', cap - n);
+    if (terminate && cap > 0) p[n] = 0;
+  }
+  if (d.rlenp != nullptr) d.rlenp[row] = static_cast<ub2>(pad ? cap : n);
+  if (n < bytes.size()) {
+    if (d.indp != nullptr) {
+      static_cast<sb2*>(d.indp)[row] =
+          bytes.size() > 32767 ? static_cast<sb2>(-2) : static_cast<sb2>(bytes.size());
+    }
+    return 1406;
+  }
+  return 0;
+}
+
+}  // namespace
+
+bool FetchScalar(const DefineHandle& d, size_t row, const ValueType& t, const void* slot,
+                 const OCIInd* ind, std::uint64_t txn, ub2* rc, SqlError* error) {
+  *rc = 0;
+  auto* indp = static_cast<sb2*>(d.indp);
+  if (*ind == OCI_IND_NULL) {
+    if (indp != nullptr) indp[row] = OCI_IND_NULL;
+    if (d.rlenp != nullptr) d.rlenp[row] = 0;
+    *rc = 1405;
+    if (d.dty == SQLT_CLOB || d.dty == SQLT_BLOB) {
+      size_t step = d.value_sz < static_cast<sb4>(sizeof(void*)) ? sizeof(void*)
+                                                                 : static_cast<size_t>(d.value_sz);
+      auto* loc =
+          AsLocator(*reinterpret_cast<void**>(static_cast<unsigned char*>(d.valuep) + row * step));
+      if (loc != nullptr) {
+        loc->state = LobState::kUnset;
+        loc->cell.reset();
+      }
+    }
+    return true;
+  }
+  if (indp != nullptr) indp[row] = OCI_IND_NOTNULL;
+  size_t cap = d.value_sz > 0 ? static_cast<size_t>(d.value_sz) : 0;
+  unsigned char* p = static_cast<unsigned char*>(d.valuep);
+  // The value as a number, for numeric defines.
+  auto as_number = [&](OCINumber* n) -> bool {
+    if (t.kind == ValueKind::kNumber) {
+      std::memcpy(n, slot, sizeof *n);
+      return true;
+    }
+    const void* value = *static_cast<void* const*>(slot);
+    std::string text(reinterpret_cast<const char*>(VarBytes(value)), VarLength(value));
+    if (!NumberFromText(text, n)) return SetError(error, 1722, "invalid number");
+    return true;
+  };
+  switch (d.dty) {
+    case SQLT_INT:
+    case SQLT_UIN: {
+      OCINumber n;
+      if (!as_number(&n)) return false;
+      Decimal dec;
+      values::DecodeNumber(n.OCINumberPart, &dec);
+      p += row * cap;
+      if (cap != 1 && cap != 2 && cap != 4 && cap != 8) {
+        return SetError(error, 1460, "unimplemented or unreasonable conversion requested");
+      }
+      bool ok = WriteBinaryInteger(dec, cap, d.dty == SQLT_INT, p);
+      if (!ok) return SetError(error, 1455, "converting column overflows integer datatype");
+      if (d.rlenp != nullptr) d.rlenp[row] = static_cast<ub2>(cap);
+      return true;
+    }
+    case SQLT_FLT: {
+      OCINumber n;
+      if (!as_number(&n)) return false;
+      Decimal dec;
+      values::DecodeNumber(n.OCINumberPart, &dec);
+      p += row * cap;
+      if (cap == sizeof(float)) {
+        float f = values::DecimalToFloat(dec);
+        std::memcpy(p, &f, sizeof f);
+      } else if (cap == sizeof(double)) {
+        double f = values::DecimalToDouble(dec);
+        std::memcpy(p, &f, sizeof f);
+      } else {
+        return SetError(error, 1460, "unimplemented or unreasonable conversion requested");
+      }
+      if (d.rlenp != nullptr) d.rlenp[row] = static_cast<ub2>(cap);
+      return true;
+    }
+    case SQLT_VNU:
+    case SQLT_NUM: {
+      OCINumber n;
+      if (!as_number(&n)) return false;
+      size_t len = n.OCINumberPart[0];
+      p += row * cap;
+      if (d.dty == SQLT_VNU) {
+        if (cap < len + 1)
+          return SetError(error, 1460, "unimplemented or unreasonable conversion requested");
+        std::memcpy(p, n.OCINumberPart, len + 1);
+        if (d.rlenp != nullptr) d.rlenp[row] = static_cast<ub2>(len + 1);
+      } else {
+        if (cap < len)
+          return SetError(error, 1460, "unimplemented or unreasonable conversion requested");
+        std::memcpy(p, n.OCINumberPart + 1, len);
+        if (d.rlenp != nullptr) d.rlenp[row] = static_cast<ub2>(len);
+      }
+      return true;
+    }
+    case SQLT_STR:
+    case SQLT_CHR:
+    case SQLT_AFC:
+    case SQLT_BIN:
+    case SQLT_LBI: {
+      std::string bytes;
+      switch (t.kind) {
+        case ValueKind::kNumber:
+          bytes = NumberText(*static_cast<const OCINumber*>(slot));
+          break;
+        case ValueKind::kDate:
+          DateMaskText(*static_cast<const OCIDate*>(slot), &bytes);
+          break;
+        case ValueKind::kString:
+        case ValueKind::kRaw: {
+          const void* value = *static_cast<void* const*>(slot);
+          bytes.assign(reinterpret_cast<const char*>(VarBytes(value)), VarLength(value));
+          if (t.kind == ValueKind::kRaw && d.dty != SQLT_BIN && d.dty != SQLT_LBI) {
+            bytes = HexText(bytes);
+          }
+          break;
+        }
+        default:
+          return SetError(error, 932, "inconsistent datatypes: expected - got " + TypeName(t));
+      }
+      *rc = PutBytes(d, row, bytes, d.dty == SQLT_STR, d.dty == SQLT_AFC);
+      return true;
+    }
+    case SQLT_ODT:
+      std::memcpy(p + row * cap, slot, sizeof(OCIDate));
+      if (d.rlenp != nullptr) d.rlenp[row] = sizeof(OCIDate);
+      return true;
+    case SQLT_DAT: {
+      const auto* date = static_cast<const OCIDate*>(slot);
+      unsigned char b[7];
+      int year = date->OCIDateYYYY;
+      b[0] = static_cast<unsigned char>(year / 100 + 100);
+      b[1] = static_cast<unsigned char>(year % 100 + 100);
+      b[2] = date->OCIDateMM;
+      b[3] = date->OCIDateDD;
+      b[4] = static_cast<unsigned char>(date->OCIDateTime.OCITimeHH + 1);
+      b[5] = static_cast<unsigned char>(date->OCIDateTime.OCITimeMI + 1);
+      b[6] = static_cast<unsigned char>(date->OCIDateTime.OCITimeSS + 1);
+      std::memcpy(p + row * cap, b, 7);
+      if (d.rlenp != nullptr) d.rlenp[row] = 7;
+      return true;
+    }
+    case SQLT_CLOB:
+    case SQLT_BLOB: {
+      size_t step = cap < sizeof(void*) ? sizeof(void*) : cap;
+      void* target = *reinterpret_cast<void**>(p + row * step);
+      OCILobLocator* dst = AsLocator(target);
+      if (dst == nullptr) return SetError(error, 22275, "invalid LOB locator specified");
+      const OCILobLocator* src = *static_cast<OCILobLocator* const*>(slot);
+      CopyLocator(*src, dst);
+      if (dst->state == LobState::kPersistent) dst->select_txn = txn;
+      return true;
+    }
+    default: {
+      size_t step = cap < sizeof(void*) ? sizeof(void*) : cap;
+      void* target = *reinterpret_cast<void**>(p + row * step);
+      if (!IsValueDescriptor(target, t.descriptor_type)) {
+        return SetError(error, 932, "inconsistent datatypes: expected " + TypeName(t) + " got -");
+      }
+      CopyValueDescriptor(ElementForm(t, slot), target);
+      return true;
+    }
+  }
+}
+
+}  // namespace ocimem
