@@ -41,7 +41,7 @@ bool DropTable(const ExecContext& ctx, const DropTableStatement& s, SqlError* er
 bool ResolveType(const ExecContext& ctx, const DataTypeSpec& spec, const std::string& own_schema,
                  const std::string& own_name, ValueType* out, SqlError* error);
 
-// DML and queries (dml.cc); the caller holds the database mutex.
+// DML (dml.cc) and queries (query.cc); the caller holds the database mutex.
 bool ExecuteInsert(const ExecContext& ctx, const InsertStatement& s, ExecResult* result,
                    SqlError* error);
 bool ExecuteSelect(const ExecContext& ctx, const SelectStatement& s, ExecResult* result,
