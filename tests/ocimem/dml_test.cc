@@ -287,7 +287,7 @@ TEST_F(DmlTest, FetchAndFetch2DeliverTheRest) {
   EXPECT_EQ(4u, count);
 }
 
-// ORA-01002 cause: fetching again after ORA-01403
+// UNCONFIRMED: sem-A §7.3 (ORA-01002, not OCI_NO_DATA again, after ORA-01403)
 TEST_F(DmlTest, FetchAfterTheEndIsOutOfSequence) {
   OCIStmt* stmt = Prepare("select id from emp");
   int id = 0;
@@ -326,6 +326,7 @@ TEST_F(DmlTest, DmlWithZeroIters) {
   EXPECT_EQ("ORA-24333: zero iteration count", FirstError(err_));
 }
 
+// UNCONFIRMED: sem-A §8.6 (a NULL without indicator fails with OCI_ERROR)
 TEST_F(DmlTest, NullFetchedWithAndWithoutIndicator) {
   MustExec("insert into emp (id, name) values (1, 'a')");
   OCIStmt* stmt = Prepare("select sal from emp");
@@ -344,6 +345,7 @@ TEST_F(DmlTest, NullFetchedWithAndWithoutIndicator) {
   EXPECT_EQ("ORA-01405: fetched column value is NULL", FirstError(err_));
 }
 
+// UNCONFIRMED: sem-A §8.6 (indicator and length after truncation)
 TEST_F(DmlTest, TruncatedFetchIsSuccessWithInfo) {
   MustExec("insert into emp (id, name) values (1, 'abcdefgh')");
   OCIStmt* stmt = Prepare("select name from emp");
@@ -362,6 +364,7 @@ TEST_F(DmlTest, TruncatedFetchIsSuccessWithInfo) {
   EXPECT_EQ(3, len);
 }
 
+// UNCONFIRMED: sem-A §8.6 (truncation without indicator or code is OCI_ERROR)
 TEST_F(DmlTest, TruncationWithoutIndicatorOrCodeIsAnError) {
   MustExec("insert into emp (id, name) values (1, 'abcdefgh')");
   OCIStmt* stmt = Prepare("select name from emp");
@@ -529,6 +532,7 @@ TEST_F(DmlTest, SelectStarAndLiteralItems) {
   EXPECT_EQ(42, answer);
 }
 
+// UNCONFIRMED: sem-A §7.1 (the type is known after prepare)
 TEST_F(DmlTest, StatementTypeIsKnownAfterPrepare) {
   struct Case {
     const char* sql;
@@ -549,6 +553,7 @@ TEST_F(DmlTest, StatementTypeIsKnownAfterPrepare) {
   }
 }
 
+// UNCONFIRMED: sem-A §7.2 (statement-level atomicity)
 TEST_F(DmlTest, FailingStatementLeavesEarlierWorkOfTheTransaction) {
   MustExec("insert into emp (id, name) values (1, 'a')");
   EXPECT_EQ(1, ExecError("insert into emp (id, name) values (1, 'b')"));

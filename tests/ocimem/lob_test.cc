@@ -308,6 +308,7 @@ TEST_F(LobTest, UninitialisedLocator) {
   EXPECT_EQ(22275, FirstCode(err_));
 }
 
+// UNCONFIRMED: sem-A §9.7 (a new temporary LOB is empty, written without lock)
 TEST_F(LobTest, TemporaryLobNeedsNoLock) {
   OCILobLocator* temp = NewLocator();
   ASSERT_EQ(OCI_SUCCESS, OCILobCreateTemporary(svc_, err_, temp, 0, SQLCS_IMPLICIT, OCI_TEMP_CLOB,
@@ -326,6 +327,7 @@ TEST_F(LobTest, TemporaryLobNeedsNoLock) {
   EXPECT_EQ(FALSE, is_temp);
 }
 
+// UNCONFIRMED: sem-A §9.7 (binding a temporary LOB copies it)
 TEST_F(LobTest, TemporaryLobBoundIntoAnInsertIsCopied) {
   OCILobLocator* temp = NewLocator();
   ASSERT_EQ(OCI_SUCCESS, OCILobCreateTemporary(svc_, err_, temp, 0, SQLCS_IMPLICIT, OCI_TEMP_BLOB,
@@ -342,6 +344,7 @@ TEST_F(LobTest, TemporaryLobBoundIntoAnInsertIsCopied) {
   EXPECT_EQ(OCI_SUCCESS, OCILobFreeTemporary(svc_, err_, temp));
 }
 
+// UNCONFIRMED: sem-A §9.7 (code of freeing a LOB that is not temporary)
 TEST_F(LobTest, FreeingAPersistentLobAsTemporaryIsRefused) {
   ASSERT_EQ(OCI_SUCCESS, SelectLobs(1, false));
   EXPECT_EQ(OCI_ERROR, OCILobFreeTemporary(svc_, err_, clob_));

@@ -49,6 +49,7 @@ TEST_F(TransTest, RollbackUndoesInsertUpdateAndDelete) {
   EXPECT_EQ(std::vector<std::string>{"1"}, Column("select id from acct"));
 }
 
+// UNCONFIRMED: sem-A §10 (commit with no open transaction)
 TEST_F(TransTest, CommitAndRollbackWithNothingOpen) {
   EXPECT_EQ(OCI_SUCCESS, OCITransCommit(svc_, err_, OCI_DEFAULT));
   EXPECT_EQ(OCI_SUCCESS, OCITransRollback(svc_, err_, OCI_DEFAULT));
@@ -138,6 +139,7 @@ TEST_F(TransTest, FetchFromForUpdateCursorAfterCommit) {
   EXPECT_EQ("ORA-01002: fetch out of sequence", FirstError(err_));
 }
 
+// UNCONFIRMED: sem-A §10 (a query sees the data as of its start)
 TEST_F(TransTest, OpenQueryKeepsTheRowsItFound) {
   OCIStmt* stmt = Prepare("select bal from acct");
   int bal = 0;
