@@ -56,7 +56,7 @@ TEST_F(DmlTest, BindValuesAreReadAtEachExecute) {
   EXPECT_EQ((std::vector<std::string>{"1", "2"}), Column("select id from emp"));
 }
 
-// UNCONFIRMED: sem-A §8.2 (name without colon, any case, -1 length)
+// UNCONFIRMED: name without colon, any case, -1 length
 TEST_F(DmlTest, BindByNameIgnoresCaseAndColon) {
   OCIStmt* stmt = Prepare("insert into emp (id, name) values (:Id, :NAME)");
   int id = 5;
@@ -125,7 +125,7 @@ TEST_F(DmlTest, NullIntoNotNullColumn) {
   EXPECT_EQ("ORA-01400: cannot insert NULL into (\"SCOTT\".\"EMP\".\"NAME\")", FirstError(err_));
 }
 
-// UNCONFIRMED: sem-A §8.7 (a zero-length string is NULL)
+// UNCONFIRMED: a zero-length string is NULL
 TEST_F(DmlTest, EmptyStringIsNull) {
   EXPECT_EQ(1400, ExecError("insert into emp (id, name) values (1, '')"));
 }
@@ -224,7 +224,7 @@ TEST_F(DmlTest, WhereComparesNumbersByValue) {
   EXPECT_EQ(std::vector<std::string>{"1"}, Column("select id from emp where 1 = id"));
 }
 
-// decision D15 and obs o9: no row is OCI_NO_DATA with ORA-01403
+// decision D15: no row is OCI_NO_DATA with ORA-01403
 TEST_F(DmlTest, QueryWithoutRowIsNoData) {
   OCIStmt* stmt = Prepare("select id from emp where id = 1");
   int id = -1;
@@ -287,7 +287,7 @@ TEST_F(DmlTest, FetchAndFetch2DeliverTheRest) {
   EXPECT_EQ(4u, count);
 }
 
-// UNCONFIRMED: sem-A §7.3 (ORA-01002, not OCI_NO_DATA again, after ORA-01403)
+// UNCONFIRMED: ORA-01002, not OCI_NO_DATA again, after ORA-01403
 TEST_F(DmlTest, FetchAfterTheEndIsOutOfSequence) {
   OCIStmt* stmt = Prepare("select id from emp");
   int id = 0;
@@ -305,7 +305,7 @@ TEST_F(DmlTest, FetchBeforeExecute) {
   EXPECT_EQ("ORA-24338: statement handle not executed", FirstError(err_));
 }
 
-// UNCONFIRMED: sem-A §7.3 (code of another orientation on a non-scrollable cursor)
+// UNCONFIRMED: code of another orientation on a non-scrollable cursor
 TEST_F(DmlTest, FetchWithAnotherOrientation) {
   OCIStmt* stmt = Prepare("select id from emp");
   ASSERT_EQ(OCI_SUCCESS, Execute(stmt, 0));
@@ -313,7 +313,7 @@ TEST_F(DmlTest, FetchWithAnotherOrientation) {
   EXPECT_EQ(24391, FirstCode(err_));
 }
 
-// UNCONFIRMED: sem-A §7.2 (ORA-24374 text)
+// UNCONFIRMED: ORA-24374 text
 TEST_F(DmlTest, QueryWithItersButNoDefine) {
   OCIStmt* stmt = Prepare("select id from emp");
   EXPECT_EQ(OCI_ERROR, Execute(stmt, 1));
@@ -326,7 +326,7 @@ TEST_F(DmlTest, DmlWithZeroIters) {
   EXPECT_EQ("ORA-24333: zero iteration count", FirstError(err_));
 }
 
-// UNCONFIRMED: sem-A §8.6 (a NULL without indicator fails with OCI_ERROR)
+// UNCONFIRMED: a NULL without indicator fails with OCI_ERROR
 TEST_F(DmlTest, NullFetchedWithAndWithoutIndicator) {
   MustExec("insert into emp (id, name) values (1, 'a')");
   OCIStmt* stmt = Prepare("select sal from emp");
@@ -345,7 +345,7 @@ TEST_F(DmlTest, NullFetchedWithAndWithoutIndicator) {
   EXPECT_EQ("ORA-01405: fetched column value is NULL", FirstError(err_));
 }
 
-// UNCONFIRMED: sem-A §8.6 (indicator and length after truncation)
+// UNCONFIRMED: indicator and length after truncation
 TEST_F(DmlTest, TruncatedFetchIsSuccessWithInfo) {
   MustExec("insert into emp (id, name) values (1, 'abcdefgh')");
   OCIStmt* stmt = Prepare("select name from emp");
@@ -364,7 +364,7 @@ TEST_F(DmlTest, TruncatedFetchIsSuccessWithInfo) {
   EXPECT_EQ(3, len);
 }
 
-// UNCONFIRMED: sem-A §8.6 (truncation without indicator or code is OCI_ERROR)
+// UNCONFIRMED: truncation without indicator or code is OCI_ERROR
 TEST_F(DmlTest, TruncationWithoutIndicatorOrCodeIsAnError) {
   MustExec("insert into emp (id, name) values (1, 'abcdefgh')");
   OCIStmt* stmt = Prepare("select name from emp");
@@ -532,7 +532,7 @@ TEST_F(DmlTest, SelectStarAndLiteralItems) {
   EXPECT_EQ(42, answer);
 }
 
-// UNCONFIRMED: sem-A §7.1 (the type is known after prepare)
+// UNCONFIRMED: the type is known after prepare
 TEST_F(DmlTest, StatementTypeIsKnownAfterPrepare) {
   struct Case {
     const char* sql;
@@ -553,7 +553,7 @@ TEST_F(DmlTest, StatementTypeIsKnownAfterPrepare) {
   }
 }
 
-// UNCONFIRMED: sem-A §7.2 (statement-level atomicity)
+// UNCONFIRMED: statement-level atomicity
 TEST_F(DmlTest, FailingStatementLeavesEarlierWorkOfTheTransaction) {
   MustExec("insert into emp (id, name) values (1, 'a')");
   EXPECT_EQ(1, ExecError("insert into emp (id, name) values (1, 'b')"));

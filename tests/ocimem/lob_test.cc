@@ -308,7 +308,7 @@ TEST_F(LobTest, UninitialisedLocator) {
   EXPECT_EQ(22275, FirstCode(err_));
 }
 
-// UNCONFIRMED: sem-A §9.7 (a new temporary LOB is empty, written without lock)
+// UNCONFIRMED: a new temporary LOB is empty, written without lock
 TEST_F(LobTest, TemporaryLobNeedsNoLock) {
   OCILobLocator* temp = NewLocator();
   ASSERT_EQ(OCI_SUCCESS, OCILobCreateTemporary(svc_, err_, temp, 0, SQLCS_IMPLICIT, OCI_TEMP_CLOB,
@@ -327,7 +327,7 @@ TEST_F(LobTest, TemporaryLobNeedsNoLock) {
   EXPECT_EQ(FALSE, is_temp);
 }
 
-// UNCONFIRMED: sem-A §9.7 (binding a temporary LOB copies it)
+// UNCONFIRMED: binding a temporary LOB copies it
 TEST_F(LobTest, TemporaryLobBoundIntoAnInsertIsCopied) {
   OCILobLocator* temp = NewLocator();
   ASSERT_EQ(OCI_SUCCESS, OCILobCreateTemporary(svc_, err_, temp, 0, SQLCS_IMPLICIT, OCI_TEMP_BLOB,
@@ -344,7 +344,7 @@ TEST_F(LobTest, TemporaryLobBoundIntoAnInsertIsCopied) {
   EXPECT_EQ(OCI_SUCCESS, OCILobFreeTemporary(svc_, err_, temp));
 }
 
-// UNCONFIRMED: sem-A §9.7 (code of freeing a LOB that is not temporary)
+// UNCONFIRMED: code of freeing a LOB that is not temporary
 TEST_F(LobTest, FreeingAPersistentLobAsTemporaryIsRefused) {
   ASSERT_EQ(OCI_SUCCESS, SelectLobs(1, false));
   EXPECT_EQ(OCI_ERROR, OCILobFreeTemporary(svc_, err_, clob_));
@@ -366,13 +366,13 @@ TEST_F(LobTest, LocatorAssignSharesAPersistentLob) {
   EXPECT_EQ("via copy", ReadAll(clob_));
 }
 
-// L13.2: a locator selected in a transaction cannot write in another one
+// A locator selected in a transaction cannot write in another one (ORA-22990).
 TEST_F(LobTest, LocatorsCannotSpanTransactions) {
   ASSERT_EQ(OCI_SUCCESS, SelectLobs(1, true));
   ASSERT_EQ(OCI_SUCCESS, WriteOne(clob_, "first"));
   ASSERT_EQ(OCI_SUCCESS, OCITransCommit(svc_, err_, OCI_DEFAULT));
   EXPECT_EQ("first", ReadAll(clob_));  // reading is still allowed
-  // sem-A §10: after the commit its locators can read but no longer write
+  // after the commit its locators can read but no longer write
   EXPECT_EQ(OCI_ERROR, WriteOne(clob_, "second"));
   EXPECT_EQ(22990, FirstCode(err_));
   MustExec("update docs set id = 1 where id = 1");  // a new transaction locks the row

@@ -308,7 +308,7 @@ TEST_F(RoundTripTest, AttributeColumnsOfTheObjectTable) {
   EXPECT_EQ(std::vector<std::string>{"plain"}, Column("select title from docs where id = 5"));
 }
 
-// obs o14: an object table takes a constructor of its type
+// An object table takes a constructor of its type for the whole row.
 TEST_F(RoundTripTest, ConstructorsInInsertAndUpdate) {
   MustExec(
       "insert into docs values (doc_t(11, 'built', addr_t('Elm', 'Rome'), "
@@ -374,7 +374,7 @@ TEST_F(RoundTripTest, ObjectBindOfAnotherType) {
   EXPECT_EQ(932, FirstCode(err_));
 }
 
-// UNCONFIRMED: sem-A §8.3 (a named-type bind never completed)
+// UNCONFIRMED: a named-type bind never completed
 TEST_F(RoundTripTest, ObjectBindWithoutBindObject) {
   OCIStmt* stmt = Prepare("insert into docs values (:1)");
   OCIBind* b = nullptr;

@@ -31,7 +31,7 @@ TEST_F(TableTest, SelectOneFromDualFetchesTheNumberOne) {
   EXPECT_EQ(1u, rows);
 }
 
-// UNCONFIRMED: sem-A §12 (DUAL's column DUMMY holds 'X')
+// UNCONFIRMED: DUAL's column DUMMY holds 'X'
 TEST_F(TableTest, DualHasOneRowWithDummyX) {
   EXPECT_EQ(std::vector<std::string>{"X"}, Column("select * from dual"));
   EXPECT_EQ(std::vector<std::string>{"X"}, Column("select dummy from sys.dual"));

@@ -49,7 +49,7 @@ TEST_F(TransTest, RollbackUndoesInsertUpdateAndDelete) {
   EXPECT_EQ(std::vector<std::string>{"1"}, Column("select id from acct"));
 }
 
-// UNCONFIRMED: sem-A §10 (commit with no open transaction)
+// UNCONFIRMED: commit with no open transaction
 TEST_F(TransTest, CommitAndRollbackWithNothingOpen) {
   EXPECT_EQ(OCI_SUCCESS, OCITransCommit(svc_, err_, OCI_DEFAULT));
   EXPECT_EQ(OCI_SUCCESS, OCITransRollback(svc_, err_, OCI_DEFAULT));
@@ -101,7 +101,7 @@ TEST_F(TransTest, CommitOnSuccessMode) {
   EXPECT_EQ((std::vector<std::string>{"1", "2"}), Column("select id from acct", other_));
 }
 
-// UNCONFIRMED: sem-A §7.2 (nothing is committed when the statement fails)
+// UNCONFIRMED: nothing is committed when the statement fails
 TEST_F(TransTest, CommitOnSuccessModeCommitsNothingOnFailure) {
   MustExec("insert into acct values (2, 5)");
   OCIStmt* stmt = Prepare("insert into acct values (1, 5)");
@@ -117,14 +117,14 @@ TEST_F(TransTest, DdlCommits) {
   EXPECT_EQ((std::vector<std::string>{"1", "2"}), Column("select id from acct", other_));
 }
 
-// PG92 OCISessionEnd: the transaction is committed when the session ends
+// Ending the session commits its transaction.
 TEST_F(TransTest, LogoffCommits) {
   ASSERT_EQ(OCI_SUCCESS, ExecOn(other_, "insert into acct values (3, 1)"));
   ASSERT_EQ(OCI_SUCCESS, OCILogoff(other_, err_));
   EXPECT_EQ((std::vector<std::string>{"1", "3"}), Column("select id from acct"));
 }
 
-// ORA-01002 cause 2: fetching from a FOR UPDATE cursor after commit
+// Fetching from a FOR UPDATE cursor after commit is ORA-01002.
 TEST_F(TransTest, FetchFromForUpdateCursorAfterCommit) {
   MustExec("insert into acct values (2, 5)");
   ASSERT_EQ(OCI_SUCCESS, OCITransCommit(svc_, err_, OCI_DEFAULT));
@@ -139,7 +139,7 @@ TEST_F(TransTest, FetchFromForUpdateCursorAfterCommit) {
   EXPECT_EQ("ORA-01002: fetch out of sequence", FirstError(err_));
 }
 
-// UNCONFIRMED: sem-A §10 (a query sees the data as of its start)
+// UNCONFIRMED: a query sees the data as of its start
 TEST_F(TransTest, OpenQueryKeepsTheRowsItFound) {
   OCIStmt* stmt = Prepare("select bal from acct");
   int bal = 0;
