@@ -501,6 +501,55 @@ TEST_F(DmlTest, ExternalTypesRoundTrip) {
   EXPECT_EQ(0xad, got_badge[1]);
 }
 
+TEST_F(DmlTest, BindsThatCannotBeRead) {
+  struct Case {
+    ub2 dty;
+    sb4 size;
+    const char* text;
+  };
+  const Case cases[] = {
+      {SQLT_INT, 3, "ORA-01460: unimplemented or unreasonable conversion requested"},
+      {SQLT_FLT, 2, "ORA-01460: unimplemented or unreasonable conversion requested"},
+      {SQLT_RDD, 4, "ORA-03115: unsupported network datatype or representation"},
+  };
+  for (const Case& c : cases) {
+    OCIStmt* stmt = Prepare("insert into emp (id, name) values (:1, 'a')");
+    long long value = 1;
+    OCIBind* b = nullptr;
+    ASSERT_EQ(OCI_SUCCESS, OCIBindByPos(stmt, &b, err_, 1, &value, c.size, c.dty, nullptr,
+                                        nullptr, nullptr, 0, nullptr, OCI_DEFAULT));
+    EXPECT_EQ(OCI_ERROR, Execute(stmt)) << c.dty;
+    EXPECT_EQ(c.text, FirstError(err_)) << c.dty;
+  }
+}
+
+TEST_F(DmlTest, DataAtExecuteBindsAreRefused) {
+  OCIStmt* stmt = Prepare("insert into emp (id, name) values (:1, 'a')");
+  int v = 1;
+  OCIBind* b = nullptr;
+  EXPECT_EQ(OCI_ERROR, OCIBindByPos(stmt, &b, err_, 1, &v, sizeof v, SQLT_INT, nullptr, nullptr,
+                                    nullptr, 0, nullptr, OCI_DATA_AT_EXEC));
+  EXPECT_EQ("ORA-24300: bad value for mode", FirstError(err_));
+}
+
+TEST_F(DmlTest, IntegerDefineTooSmallForTheValue) {
+  MustExec("insert into emp (id, name) values (300, 'a')");
+  OCIStmt* stmt = Prepare("select id from emp");
+  signed char small = 0;
+  OCIDefine* def = nullptr;
+  ASSERT_EQ(OCI_SUCCESS, OCIDefineByPos(stmt, &def, err_, 1, &small, sizeof small, SQLT_INT,
+                                        nullptr, nullptr, nullptr, OCI_DEFAULT));
+  EXPECT_EQ(OCI_ERROR, Execute(stmt, 1));
+  EXPECT_EQ("ORA-01455: converting column overflows integer datatype", FirstError(err_));
+}
+
+TEST_F(DmlTest, VarrayBeyondItsLimit) {
+  MustExec("create type two as varray(2) of number");
+  MustExec("create table vt (v two)");
+  EXPECT_EQ(22909, ExecError("insert into vt values (two(1, 2, 3))"));
+  MustExec("insert into vt values (two(1, 2))");
+}
+
 TEST_F(DmlTest, OdtBindAndTextOfADate) {
   OCIStmt* ins = Prepare("insert into emp (id, name, hired) values (1, 'd', :1)");
   OCIDate d;
