@@ -23,31 +23,31 @@ bool TypeNotFound(SqlError* error, const std::string& schema, const std::string&
 
 }  // namespace
 
-bool ResolveType(const ExecContext& ctx, const DataTypeSpec& spec, const std::string& own_schema,
+bool ResolveType(const ExecContext& ctx, const DataTypeSpec& decl, const std::string& own_schema,
                  const std::string& own_name, ValueType* out, SqlError* error) {
   using Base = DataTypeSpec::Base;
   ValueType& t = *out;
-  t.length = spec.length;
-  t.char_semantics = spec.char_semantics;
-  t.precision = spec.has_precision ? spec.precision : 0;
-  t.scale = spec.has_precision ? spec.scale : 0;
-  switch (spec.base) {
+  t.length = decl.length;
+  t.char_semantics = decl.char_semantics;
+  t.precision = decl.has_precision ? decl.precision : 0;
+  t.scale = decl.has_precision ? decl.scale : 0;
+  switch (decl.base) {
     case Base::kVarchar2:
     case Base::kNVarchar2:
       t.kind = ValueKind::kString;
       t.typecode = OCI_TYPECODE_VARCHAR2;
-      t.charset_form = spec.base == Base::kNVarchar2 ? SQLCS_NCHAR : SQLCS_IMPLICIT;
+      t.charset_form = decl.base == Base::kNVarchar2 ? SQLCS_NCHAR : SQLCS_IMPLICIT;
       return true;
     case Base::kChar:
     case Base::kNChar:
       t.kind = ValueKind::kString;
       t.typecode = OCI_TYPECODE_CHAR;
-      t.charset_form = spec.base == Base::kNChar ? SQLCS_NCHAR : SQLCS_IMPLICIT;
+      t.charset_form = decl.base == Base::kNChar ? SQLCS_NCHAR : SQLCS_IMPLICIT;
       return true;
     case Base::kNumber:
       t.kind = ValueKind::kNumber;
       t.typecode = OCI_TYPECODE_NUMBER;
-      if (!spec.has_precision) t.scale = -127;  // NUMBER without precision
+      if (!decl.has_precision) t.scale = -127;  // NUMBER without precision
       return true;
     case Base::kInteger:
       t.kind = ValueKind::kNumber;
@@ -81,26 +81,26 @@ bool ResolveType(const ExecContext& ctx, const DataTypeSpec& spec, const std::st
     case Base::kTimestampTz:
     case Base::kTimestampLtz:
       t.kind = ValueKind::kDateTime;
-      t.fraction_precision = spec.fraction_precision;
-      t.typecode = spec.base == Base::kTimestamp     ? OCI_TYPECODE_TIMESTAMP
-                   : spec.base == Base::kTimestampTz ? OCI_TYPECODE_TIMESTAMP_TZ
+      t.fraction_precision = decl.fraction_precision;
+      t.typecode = decl.base == Base::kTimestamp     ? OCI_TYPECODE_TIMESTAMP
+                   : decl.base == Base::kTimestampTz ? OCI_TYPECODE_TIMESTAMP_TZ
                                                      : OCI_TYPECODE_TIMESTAMP_LTZ;
-      t.descriptor_type = spec.base == Base::kTimestamp     ? OCI_DTYPE_TIMESTAMP
-                          : spec.base == Base::kTimestampTz ? OCI_DTYPE_TIMESTAMP_TZ
+      t.descriptor_type = decl.base == Base::kTimestamp     ? OCI_DTYPE_TIMESTAMP
+                          : decl.base == Base::kTimestampTz ? OCI_DTYPE_TIMESTAMP_TZ
                                                             : OCI_DTYPE_TIMESTAMP_LTZ;
       return true;
     case Base::kIntervalYm:
       t.kind = ValueKind::kInterval;
       t.typecode = OCI_TYPECODE_INTERVAL_YM;
       t.descriptor_type = OCI_DTYPE_INTERVAL_YM;
-      t.leading_precision = spec.leading_precision;
+      t.leading_precision = decl.leading_precision;
       return true;
     case Base::kIntervalDs:
       t.kind = ValueKind::kInterval;
       t.typecode = OCI_TYPECODE_INTERVAL_DS;
       t.descriptor_type = OCI_DTYPE_INTERVAL_DS;
-      t.leading_precision = spec.leading_precision;
-      t.fraction_precision = spec.fraction_precision;
+      t.leading_precision = decl.leading_precision;
+      t.fraction_precision = decl.fraction_precision;
       return true;
     case Base::kRaw:
       t.kind = ValueKind::kRaw;
@@ -111,7 +111,7 @@ bool ResolveType(const ExecContext& ctx, const DataTypeSpec& spec, const std::st
       t.kind = ValueKind::kLob;
       t.typecode = OCI_TYPECODE_CLOB;
       t.descriptor_type = OCI_DTYPE_LOB;
-      t.charset_form = spec.base == Base::kNClob ? SQLCS_NCHAR : SQLCS_IMPLICIT;
+      t.charset_form = decl.base == Base::kNClob ? SQLCS_NCHAR : SQLCS_IMPLICIT;
       return true;
     case Base::kBlob:
       t.kind = ValueKind::kLob;
@@ -126,23 +126,23 @@ bool ResolveType(const ExecContext& ctx, const DataTypeSpec& spec, const std::st
     case Base::kRef: {
       t.kind = ValueKind::kRef;
       t.typecode = OCI_TYPECODE_REF;
-      std::string schema = SchemaOf(ctx, spec.named);
-      bool self = schema == own_schema && spec.named.name == own_name;
+      std::string schema = SchemaOf(ctx, decl.named);
+      bool self = schema == own_schema && decl.named.name == own_name;
       if (!self) {
-        std::shared_ptr<OCIType> target = ctx.db->catalog.FindType(schema, spec.named.name);
-        if (!target || !target->IsObject()) return TypeNotFound(error, schema, spec.named.name);
+        std::shared_ptr<OCIType> target = ctx.db->catalog.FindType(schema, decl.named.name);
+        if (!target || !target->IsObject()) return TypeNotFound(error, schema, decl.named.name);
       }
       t.ref_schema = schema;
-      t.ref_name = spec.named.name;
+      t.ref_name = decl.named.name;
       return true;
     }
     case Base::kNamed: {
-      std::string schema = SchemaOf(ctx, spec.named);
+      std::string schema = SchemaOf(ctx, decl.named);
       // A type cannot hold itself except through a REF.
-      bool self = schema == own_schema && spec.named.name == own_name;
+      bool self = schema == own_schema && decl.named.name == own_name;
       std::shared_ptr<OCIType> named =
-          self ? nullptr : ctx.db->catalog.FindType(schema, spec.named.name);
-      if (!named) return TypeNotFound(error, schema, spec.named.name);
+          self ? nullptr : ctx.db->catalog.FindType(schema, decl.named.name);
+      if (!named) return TypeNotFound(error, schema, decl.named.name);
       t.named = named;
       if (named->IsObject()) {
         t.kind = ValueKind::kObject;
@@ -176,11 +176,11 @@ bool CreateType(const ExecContext& ctx, const CreateTypeStatement& s, SqlError* 
     type->typecode = OCI_TYPECODE_OBJECT;
     type->final = s.final;
     std::set<std::string> seen;
-    for (const AttributeSpec& spec : s.attributes) {
-      if (!seen.insert(spec.name).second) return SetError(error, 957, "duplicate column name");
+    for (const AttributeSpec& decl : s.attributes) {
+      if (!seen.insert(decl.name).second) return SetError(error, 957, "duplicate column name");
       Attribute a;
-      a.name = spec.name;
-      if (!ResolveType(ctx, spec.type, schema, s.name.name, &a.type, error)) return false;
+      a.name = decl.name;
+      if (!ResolveType(ctx, decl.type, schema, s.name.name, &a.type, error)) return false;
       type->attributes.push_back(std::move(a));
     }
     type->Layout();

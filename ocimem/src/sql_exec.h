@@ -38,7 +38,7 @@ bool CreateTable(const ExecContext& ctx, const CreateTableStatement& s, SqlError
 bool DropTable(const ExecContext& ctx, const DropTableStatement& s, SqlError* error);
 // Turns a written data type into a slot type, looking named types up in the catalog
 // (the caller holds the database mutex).
-bool ResolveType(const ExecContext& ctx, const DataTypeSpec& spec, const std::string& own_schema,
+bool ResolveType(const ExecContext& ctx, const DataTypeSpec& decl, const std::string& own_schema,
                  const std::string& own_name, ValueType* out, SqlError* error);
 
 // DML (dml.cc) and queries (query.cc); the caller holds the database mutex.
