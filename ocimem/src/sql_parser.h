@@ -22,6 +22,10 @@ std::vector<std::string> Placeholders(std::string_view sql);
 // A bind variable's name as matched: upper case.
 std::string UpperBindName(const std::string& name);
 
+// Constructors nest at most this deep in one statement: parsing, building and freeing a
+// value recurse once per level, and the limit keeps that well inside a thread's stack.
+constexpr size_t kMaxConstructorNesting = 1000;
+
 class Parser {
  public:
   explicit Parser(std::vector<Token> tokens) : tokens_(std::move(tokens)) {}
@@ -67,6 +71,7 @@ class Parser {
   std::vector<Token> tokens_;
   size_t pos_ = 0;
   size_t binds_ = 0;  // bind occurrences met so far
+  size_t nesting_ = 0;  // constructors open around the value being parsed
   SqlError* error_ = nullptr;
 };
 

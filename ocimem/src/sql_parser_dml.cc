@@ -2,6 +2,8 @@
 // in sql_parser.cc).
 #include "sql_parser.h"
 
+#include <string>
+
 namespace ocimem {
 
 namespace {
@@ -193,15 +195,23 @@ bool Parser::ParseValue(Expr* out) {
     if (!ParseQualifiedName(&out->type)) return false;
     Next();  // (
     if (AcceptSymbol(")")) return true;
+    if (nesting_ == kMaxConstructorNesting) {
+      return Fail(36, "maximum number of recursive SQL levels (" +
+                          std::to_string(kMaxConstructorNesting) + ") exceeded");
+    }
+    ++nesting_;
+    bool ok = true;
     do {
       Expr arg;
-      if (!ParseValue(&arg)) return false;
-      if (arg.kind == Expr::Kind::kValue || arg.kind == Expr::Kind::kColumn) {
-        return Fail(984, "column not allowed here");
+      ok = ParseValue(&arg);
+      if (ok && (arg.kind == Expr::Kind::kValue || arg.kind == Expr::Kind::kColumn)) {
+        ok = Fail(984, "column not allowed here");
       }
+      if (!ok) break;
       out->args.push_back(std::move(arg));
     } while (AcceptSymbol(","));
-    return ExpectSymbol(")");
+    --nesting_;
+    return ok && ExpectSymbol(")");
   }
   return Fail(936, "missing expression");
 }
