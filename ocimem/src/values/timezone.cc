@@ -299,8 +299,11 @@ int ParseOffset(std::string_view text, int* minutes) {
   ++pos;
   const std::size_t minute_begin = pos;
   int mins = 0;
+  // Only two digits count; a longer run is refused below, and accumulating
+  // all of it could overflow.
   while (pos < text.size() && std::isdigit(static_cast<unsigned char>(text[pos]))) {
-    mins = mins * 10 + (text[pos++] - '0');
+    if (pos - minute_begin < 2) mins = mins * 10 + (text[pos] - '0');
+    ++pos;
   }
   if (pos != text.size() || pos == minute_begin || pos - minute_begin > 2) return 1875;
   if (hours > 15) return 1874;

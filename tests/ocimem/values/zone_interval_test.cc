@@ -78,6 +78,15 @@ TEST(ZoneTest, OffsetTexts) {
   }
 }
 
+// Twenty minute digits would overflow an int if they were all accumulated.
+TEST(ZoneTest, OverlongOffsetMinutesAreRefusedWithoutOverflow) {
+  int minutes = 0;
+  EXPECT_EQ(ocimem::values::ParseOffset("+05:99999999999999999999", &minutes), 1875);
+  EXPECT_EQ(ocimem::values::ParseOffset("-05:00000000000000000000", &minutes), 1875);
+  ocimem::values::Zone z;
+  EXPECT_EQ(ocimem::values::ResolveZoneText("+01:12345678901234567890", &z), 1875);
+}
+
 TEST(ZoneTest, SessionZoneSettings) {
   ocimem::values::Zone z;
   ASSERT_EQ(ocimem::values::ResolveSessionZone("+02:00", &z), 0);
