@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "type.h"
+#include "recycle.h"
 
 namespace ocimem {
 constexpr ub4 kLiveColl = 0x434f4c4cU;
@@ -21,6 +22,7 @@ struct OCIColl {
   ~OCIColl();
   OCIColl(const OCIColl&) = delete;
   OCIColl& operator=(const OCIColl&) = delete;
+  OCIMEM_RECYCLED(OCIColl)
 
   ub4 live = ocimem::kLiveColl;
   ocimem::Env* env;
@@ -47,6 +49,7 @@ struct OCIColl {
 };
 
 struct OCIIter {
+  OCIMEM_RECYCLED(OCIIter)
   ub4 live = ocimem::kLiveIter;
   OCIColl* coll = nullptr;
   sb4 position = -1;  // -1: before the first element

@@ -98,9 +98,11 @@ bool Env::Release(Handle* h) {
 
 Env* EnvFromHandle(const void* hndl) {
   if (hndl == nullptr) return nullptr;
-  auto* h = static_cast<const Handle*>(hndl);
-  if (h->live != kLiveHandle) return nullptr;
-  return h->env;
+  ub4 live = 0;
+  ub4 type = 0;
+  ReadHandleTag(hndl, &live, &type);
+  if (live != kLiveHandle) return nullptr;
+  return static_cast<const Handle*>(hndl)->env;
 }
 
 }  // namespace ocimem

@@ -5,7 +5,10 @@
 #ifndef OCIMEM_SRC_HANDLES_H
 #define OCIMEM_SRC_HANDLES_H
 
+#include <cstddef>
+#include <cstring>
 #include <memory>
+#include <new>
 #include <mutex>
 #include <string>
 #include <unordered_map>
@@ -13,6 +16,7 @@
 #include <vector>
 
 #include "oci.h"
+#include "recycle.h"
 
 namespace ocimem {
 
@@ -28,21 +32,24 @@ struct Handle {
   Handle(const Handle&) = delete;
   Handle& operator=(const Handle&) = delete;
   virtual ~Handle() { live = 0; }
+  // Recycled memory (recycle.h); the live tag is cleared by a raw write, as a destroyed
+  // handle is no Handle any more.
+  static void* operator new(std::size_t size) {
+    void* p = RecycledAlloc(size);
+    if (p == nullptr) throw std::bad_alloc();
+    return p;
+  }
+  static void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return RecycledAlloc(size);
+  }
+  static void operator delete(void* p) noexcept;
+  static void operator delete(void* p, const std::nothrow_t&) noexcept { operator delete(p); }
 
   ub4 live = kLiveHandle;
   ub4 type;
   Env* env;
   std::unique_ptr<unsigned char[]> user_memory;
 };
-
-// The handle behind `p` when it is a live handle of `type`, else nullptr.
-template <typename T>
-T* AsHandle(const void* p, ub4 type) {
-  if (p == nullptr) return nullptr;
-  auto* h = static_cast<Handle*>(const_cast<void*>(p));
-  if (h->live != kLiveHandle || h->type != type) return nullptr;
-  return static_cast<T*>(h);
-}
 
 struct ErrorRecord {
   sb4 code;
@@ -53,6 +60,45 @@ struct ErrorHandle : Handle {
   explicit ErrorHandle(Env* owner) : Handle(OCI_HTYPE_ERROR, owner) {}
   std::vector<ErrorRecord> records;
 };
+
+// Byte offset of Handle::live in every handle (Handle::type follows it).
+inline std::size_t HandleTagOffset() {
+  static const std::size_t offset = [] {
+    ErrorHandle probe(nullptr);
+    return static_cast<std::size_t>(reinterpret_cast<const unsigned char*>(&probe.live) -
+                                    reinterpret_cast<const unsigned char*>(
+                                        static_cast<Handle*>(&probe)));
+  }();
+  return offset;
+}
+
+// Reads live and type straight from memory: a stale pointer to a freed handle holds no
+// object that could be accessed as one.
+inline void ReadHandleTag(const void* p, ub4* live, ub4* type) {
+  ub4 tag[2];
+  std::memcpy(tag, static_cast<const unsigned char*>(p) + HandleTagOffset(), sizeof tag);
+  *live = tag[0];
+  *type = tag[1];
+}
+
+inline void Handle::operator delete(void* p) noexcept {
+  if (p != nullptr) {
+    const ub4 dead = 0;
+    std::memcpy(static_cast<unsigned char*>(p) + HandleTagOffset(), &dead, sizeof dead);
+  }
+  RecycledFree(p);
+}
+
+// The handle behind `p` when it is a live handle of `type`, else nullptr.
+template <typename T>
+T* AsHandle(const void* p, ub4 type) {
+  if (p == nullptr) return nullptr;
+  ub4 live = 0;
+  ub4 actual = 0;
+  ReadHandleTag(p, &live, &actual);
+  if (live != kLiveHandle || actual != type) return nullptr;
+  return static_cast<T*>(static_cast<Handle*>(const_cast<void*>(p)));
+}
 
 struct Server : Handle {
   explicit Server(Env* owner) : Handle(OCI_HTYPE_SERVER, owner) {}

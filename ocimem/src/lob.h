@@ -12,6 +12,7 @@
 #include <string>
 
 #include "oci.h"
+#include "recycle.h"
 
 namespace ocimem {
 
@@ -57,6 +58,7 @@ struct LobStreamRead {
 }  // namespace ocimem
 
 struct OCILobLocator {
+  OCIMEM_RECYCLED(OCILobLocator)
   ub4 live = ocimem::kLiveLob;
   ub4 descriptor_type = OCI_DTYPE_LOB;  // or OCI_DTYPE_FILE
   OCITypeCode lob_type = 0;             // OCI_TYPECODE_CLOB, _BLOB, _BFILE; 0 when unset

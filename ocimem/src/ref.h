@@ -4,12 +4,14 @@
 #define OCIMEM_SRC_REF_H
 
 #include "oci.h"
+#include "recycle.h"
 
 namespace ocimem {
 constexpr ub4 kLiveRef = 0x52454646U;
 }  // namespace ocimem
 
 struct OCIRef {
+  OCIMEM_RECYCLED(OCIRef)
   ub4 live = ocimem::kLiveRef;
 };
 
