@@ -109,7 +109,7 @@ sword OCILogoff(OCISvcCtx* svchp, OCIError* errhp) {
   if (!svc->from_logon) return Fail(errhp, 1012, "not logged on");
   Env* env = svc->env;
   // Ending the session commits its open transaction.
-  EndSessionTransaction(svc->session, true);
+  if (Session* session = svc->LiveSession()) EndSessionTransaction(session, true);
   env->Release(svc->session);
   env->Release(svc->server);
   env->Release(svc);
@@ -145,12 +145,13 @@ sword OCISessionBegin(OCISvcCtx* svchp, OCIError* errhp, OCISession* usrhp, ub4 
   SvcCtx* svc = AsSvcCtx(svchp);
   Session* session = AsSession(usrhp);
   if (svc == nullptr || session == nullptr) return OCI_INVALID_HANDLE;
-  if (svc->server == nullptr || !svc->server->db) {
+  Server* server = svc->LiveServer();
+  if (server == nullptr || !server->db) {
     return Fail(errhp, 24327, "need explicit attach before authenticating a user");
   }
   // No operating-system or proxy authentication: only database credentials.
   if (credt != OCI_CRED_RDBMS) return Fail(errhp, 1017, "invalid username/password; logon denied");
-  rc = Authenticate(errhp, svc->server, session);
+  rc = Authenticate(errhp, server, session);
   if (rc == OCI_SUCCESS) svc->session = session;
   return rc;
 }
@@ -161,7 +162,7 @@ sword OCISessionEnd(OCISvcCtx* svchp, OCIError* errhp, OCISession* usrhp, ub4 mo
   if (Enter("OCISessionEnd", errhp, &rc)) return rc;
   SvcCtx* svc = AsSvcCtx(svchp);
   if (svc == nullptr) return OCI_INVALID_HANDLE;
-  Session* session = usrhp != nullptr ? AsSession(usrhp) : svc->session;
+  Session* session = usrhp != nullptr ? AsSession(usrhp) : svc->LiveSession();
   if (usrhp != nullptr && session == nullptr) return OCI_INVALID_HANDLE;
   if (session == nullptr || !session->db) return Fail(errhp, 1012, "not logged on");
   EndSessionTransaction(session, true);  // ending a session commits its transaction

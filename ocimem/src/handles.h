@@ -123,6 +123,11 @@ struct SvcCtx : Handle {
   Server* server = nullptr;
   Session* session = nullptr;
   bool from_logon = false;  // made by OCILogon/OCILogon2: owns server and session
+
+  // The server and session set, or nullptr when none is set or the caller has freed the
+  // handle since (a freed handle's memory stays readable, see recycle.h).
+  Server* LiveServer() const;
+  Session* LiveSession() const;
 };
 
 
@@ -154,6 +159,8 @@ inline ErrorHandle* AsError(const void* p) { return AsHandle<ErrorHandle>(p, OCI
 inline SvcCtx* AsSvcCtx(const void* p) { return AsHandle<SvcCtx>(p, OCI_HTYPE_SVCCTX); }
 inline Server* AsServer(const void* p) { return AsHandle<Server>(p, OCI_HTYPE_SERVER); }
 inline Session* AsSession(const void* p) { return AsHandle<Session>(p, OCI_HTYPE_SESSION); }
+inline Server* SvcCtx::LiveServer() const { return AsServer(server); }
+inline Session* SvcCtx::LiveSession() const { return AsSession(session); }
 
 }  // namespace ocimem
 

@@ -21,8 +21,9 @@ sword IllegalParameter(OCIError* err) {
 }
 
 std::uint64_t SessionTxn(const SvcCtx* svc) {
-  if (svc->session == nullptr || !svc->session->txn) return 0;
-  return svc->session->txn->id;
+  const Session* session = svc->LiveSession();
+  if (session == nullptr || !session->txn) return 0;
+  return session->txn->id;
 }
 
 // Holds the database mutex of a stored LOB's database while the LOB is used.
@@ -78,7 +79,7 @@ sword Writable(OCIError* err, SvcCtx* svc, OCILobLocator* l, std::string** conte
     cell.pending = cell.data;
     cell.has_pending = true;
     cell.pending_txn = txn;
-    svc->session->txn->cells.push_back(l->cell);
+    svc->LiveSession()->txn->cells.push_back(l->cell);
   }
   *content = &cell.pending;
   return OCI_SUCCESS;

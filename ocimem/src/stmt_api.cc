@@ -128,10 +128,7 @@ bool FetchObject(Env* env, const DefineHandle& d, size_t row, const ValueType& t
 
 // The session that executed the statement, or nullptr when it has been freed since.
 Session* LiveSession(StmtHandle* s) {
-  if (s->session == nullptr) return nullptr;
-  if (s->session_env != s->env) return s->session;  // another environment's: trusted
-  std::lock_guard<std::mutex> lock(s->env->registry_mutex);
-  return s->env->handles.count(s->session) != 0 ? s->session : nullptr;
+  return AsSession(s->session);
 }
 
 // Fetches up to `nrows` rows of the open cursor into the defines.
@@ -231,10 +228,12 @@ sword OCIStmtExecute(OCISvcCtx* svchp, OCIStmt* stmtp, OCIError* errhp, ub4 iter
   SvcCtx* svc = AsSvcCtx(svchp);
   StmtHandle* s = AsStmt(stmtp);
   if (svc == nullptr || s == nullptr) return OCI_INVALID_HANDLE;
-  if (svc->server == nullptr || !svc->server->db) {
+  Server* server = svc->LiveServer();
+  if (server == nullptr || !server->db) {
     return Fail(errhp, 24324, "service handle not initialized");
   }
-  if (svc->session == nullptr || !svc->session->db) return Fail(errhp, 1012, "not logged on");
+  Session* session = svc->LiveSession();
+  if (session == nullptr || !session->db) return Fail(errhp, 1012, "not logged on");
   if (!s->prepared) return Fail(errhp, 24337, "statement handle not prepared");
   if (iters == 0 && s->statement_type != OCI_STMT_SELECT) {
     return Fail(errhp, 24333, "zero iteration count");
@@ -248,10 +247,9 @@ sword OCIStmtExecute(OCISvcCtx* svchp, OCIStmt* stmtp, OCIError* errhp, ub4 iter
   bool query = std::holds_alternative<SelectStatement>(statement);
   s->cursor.reset();
   s->row_count = 0;
-  s->session = svc->session;
+  s->session = session;
   s->session_env = svc->env;
-  ExecContext ctx{
-      svc->session->db.get(), svc->session->schema, svc->session->db, svc->session, s, 0};
+  ExecContext ctx{session->db.get(), session->schema, session->db, session, s, 0};
   for (size_t i = 0; i < s->placeholders.size(); ++i) {
     bool bound = false;
     for (const auto& b : s->binds) {
@@ -263,7 +261,7 @@ sword OCIStmtExecute(OCISvcCtx* svchp, OCIStmt* stmtp, OCIError* errhp, ub4 iter
   }
   if ((mode & OCI_DESCRIBE_ONLY) != 0) return OCI_SUCCESS;
   // DDL commits the open transaction.
-  if (IsDdl(statement)) EndSessionTransaction(svc->session, true);
+  if (IsDdl(statement)) EndSessionTransaction(session, true);
   ub4 first = query ? 0 : rowoff;
   ub4 last = query ? 1 : (iters > rowoff ? iters : rowoff + 1);
   ub4 row_count = 0;
@@ -277,7 +275,7 @@ sword OCIStmtExecute(OCISvcCtx* svchp, OCIStmt* stmtp, OCIError* errhp, ub4 iter
     row_count += result.row_count;
     if (query) s->cursor = std::move(result.cursor);
   }
-  if ((mode & OCI_COMMIT_ON_SUCCESS) != 0) EndSessionTransaction(svc->session, true);
+  if ((mode & OCI_COMMIT_ON_SUCCESS) != 0) EndSessionTransaction(session, true);
   if (!query) {
     s->row_count = row_count;
     return OCI_SUCCESS;

@@ -11,9 +11,10 @@ sword EndTransaction(const char* function, OCISvcCtx* svchp, OCIError* errhp, bo
   if (Enter(function, errhp, &rc)) return rc;
   SvcCtx* svc = AsSvcCtx(svchp);
   if (svc == nullptr) return OCI_INVALID_HANDLE;
-  if (svc->session == nullptr || !svc->session->db) return Fail(errhp, 1012, "not logged on");
+  Session* session = svc->LiveSession();
+  if (session == nullptr || !session->db) return Fail(errhp, 1012, "not logged on");
   // With no open transaction there is nothing to do.
-  EndSessionTransaction(svc->session, commit);
+  EndSessionTransaction(session, commit);
   return OCI_SUCCESS;
 }
 

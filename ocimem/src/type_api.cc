@@ -24,14 +24,15 @@ sword OCITypeByName(OCIEnv* envh, OCIError* err, const OCISvcCtx* svc,
   if (ctx == nullptr) return OCI_INVALID_HANDLE;
   if (type_name == nullptr || t_length == 0) return FailArgument(err, 6);
   if (tdo == nullptr) return FailArgument(err, 12);
-  if (ctx->session == nullptr || !ctx->session->db) return Fail(err, 1012, "not logged on");
+  Session* session = ctx->LiveSession();
+  if (session == nullptr || !session->db) return Fail(err, 1012, "not logged on");
   // Names are matched as stored: nothing is upper-cased or unquoted here.
   std::string name(reinterpret_cast<const char*>(type_name), t_length);
   bool qualified = schema_name != nullptr && s_length > 0;
   std::string schema = qualified
                            ? std::string(reinterpret_cast<const char*>(schema_name), s_length)
-                           : ctx->session->schema;
-  Database* db = ctx->session->db.get();
+                           : session->schema;
+  Database* db = session->db.get();
   std::shared_ptr<OCIType> type;
   {
     std::lock_guard<std::mutex> lock(db->mutex);

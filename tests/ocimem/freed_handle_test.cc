@@ -125,3 +125,86 @@ TEST_F(FreedValueTest, FreedLobLocatorIsRefused) {
 
 }  // namespace
 }  // namespace ocimem_test
+
+namespace ocimem_test {
+namespace {
+
+// A service context whose session or server handle the caller freed behind its back.
+class FreedSessionTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_EQ(OCI_SUCCESS,
+              OCIEnvCreate(&env_, OCI_OBJECT, nullptr, nullptr, nullptr, nullptr, 0, nullptr));
+    ASSERT_EQ(OCI_SUCCESS, OCIHandleAlloc(env_, reinterpret_cast<void**>(&err_),
+                                          OCI_HTYPE_ERROR, 0, nullptr));
+    ASSERT_EQ(OCI_SUCCESS, OCIHandleAlloc(env_, reinterpret_cast<void**>(&srv_),
+                                          OCI_HTYPE_SERVER, 0, nullptr));
+    ASSERT_EQ(OCI_SUCCESS, OCIHandleAlloc(env_, reinterpret_cast<void**>(&svc_),
+                                          OCI_HTYPE_SVCCTX, 0, nullptr));
+    ASSERT_EQ(OCI_SUCCESS, OCIHandleAlloc(env_, reinterpret_cast<void**>(&ses_),
+                                          OCI_HTYPE_SESSION, 0, nullptr));
+    ASSERT_EQ(OCI_SUCCESS, OCIServerAttach(srv_, err_, Text("freed_session"), 13, OCI_DEFAULT));
+    ASSERT_EQ(OCI_SUCCESS, OCIAttrSet(svc_, OCI_HTYPE_SVCCTX, srv_, 0, OCI_ATTR_SERVER, err_));
+    ASSERT_EQ(OCI_SUCCESS,
+              OCIAttrSet(ses_, OCI_HTYPE_SESSION, const_cast<char*>("scott"), 5,
+                         OCI_ATTR_USERNAME, err_));
+    ASSERT_EQ(OCI_SUCCESS,
+              OCIAttrSet(ses_, OCI_HTYPE_SESSION, const_cast<char*>("tiger"), 5,
+                         OCI_ATTR_PASSWORD, err_));
+    ASSERT_EQ(OCI_SUCCESS, OCISessionBegin(svc_, err_, ses_, OCI_CRED_RDBMS, OCI_DEFAULT));
+    ASSERT_EQ(OCI_SUCCESS, OCIAttrSet(svc_, OCI_HTYPE_SVCCTX, ses_, 0, OCI_ATTR_SESSION, err_));
+    ASSERT_EQ(OCI_SUCCESS, OCIHandleAlloc(env_, reinterpret_cast<void**>(&stmt_),
+                                          OCI_HTYPE_STMT, 0, nullptr));
+    ASSERT_EQ(OCI_SUCCESS, OCIStmtPrepare(stmt_, err_, Text("SELECT 1 FROM DUAL"), 18,
+                                          OCI_NTV_SYNTAX, OCI_DEFAULT));
+  }
+  void TearDown() override { EXPECT_EQ(OCI_SUCCESS, OCIHandleFree(env_, OCI_HTYPE_ENV)); }
+
+  OCIEnv* env_ = nullptr;
+  OCIError* err_ = nullptr;
+  OCIServer* srv_ = nullptr;
+  OCISvcCtx* svc_ = nullptr;
+  OCISession* ses_ = nullptr;
+  OCIStmt* stmt_ = nullptr;
+};
+
+// UNCONFIRMED: what Oracle does with a service context whose session handle was freed;
+// ocimem answers as for a service context without a session.
+TEST_F(FreedSessionTest, ExecuteAfterTheSessionHandleWasFreedIsNotLoggedOn) {
+  ASSERT_EQ(OCI_SUCCESS, OCIHandleFree(ses_, OCI_HTYPE_SESSION));
+  EXPECT_EQ(OCI_ERROR, OCIStmtExecute(svc_, stmt_, err_, 0, 0, nullptr, nullptr, OCI_DEFAULT));
+  EXPECT_EQ(1012, FirstCode(err_));
+  EXPECT_EQ(OCI_ERROR, OCITransCommit(svc_, err_, OCI_DEFAULT));
+  EXPECT_EQ(1012, FirstCode(err_));
+  EXPECT_EQ(OCI_ERROR, OCISessionEnd(svc_, err_, nullptr, OCI_DEFAULT));
+  EXPECT_EQ(1012, FirstCode(err_));
+  OCIType* tdo = nullptr;
+  EXPECT_EQ(OCI_ERROR, OCITypeByName(env_, err_, svc_, nullptr, 0, Text("T"), 1, nullptr, 0,
+                                     OCI_DURATION_DEFAULT, OCI_TYPEGET_HEADER, &tdo));
+  EXPECT_EQ(1012, FirstCode(err_));
+}
+
+TEST_F(FreedSessionTest, ExecuteAfterTheServerHandleWasFreedIsNotInitialised) {
+  ASSERT_EQ(OCI_SUCCESS, OCIHandleFree(srv_, OCI_HTYPE_SERVER));
+  EXPECT_EQ(OCI_ERROR, OCIStmtExecute(svc_, stmt_, err_, 0, 0, nullptr, nullptr, OCI_DEFAULT));
+  EXPECT_EQ(24324, FirstCode(err_));
+  OCISession* other = nullptr;
+  ASSERT_EQ(OCI_SUCCESS, OCIHandleAlloc(env_, reinterpret_cast<void**>(&other),
+                                        OCI_HTYPE_SESSION, 0, nullptr));
+  EXPECT_EQ(OCI_ERROR, OCISessionBegin(svc_, err_, other, OCI_CRED_RDBMS, OCI_DEFAULT));
+  EXPECT_EQ(24327, FirstCode(err_));
+}
+
+TEST_F(FreedSessionTest, FetchAfterTheSessionHandleWasFreedStillDeliversTheRows) {
+  int one = 0;
+  OCIDefine* def = nullptr;
+  ASSERT_EQ(OCI_SUCCESS, OCIDefineByPos(stmt_, &def, err_, 1, &one, sizeof one, SQLT_INT,
+                                        nullptr, nullptr, nullptr, OCI_DEFAULT));
+  ASSERT_EQ(OCI_SUCCESS, OCIStmtExecute(svc_, stmt_, err_, 0, 0, nullptr, nullptr, OCI_DEFAULT));
+  ASSERT_EQ(OCI_SUCCESS, OCIHandleFree(ses_, OCI_HTYPE_SESSION));
+  EXPECT_EQ(OCI_SUCCESS, OCIStmtFetch2(stmt_, err_, 1, OCI_FETCH_NEXT, 0, OCI_DEFAULT));
+  EXPECT_EQ(1, one);
+}
+
+}  // namespace
+}  // namespace ocimem_test
