@@ -2,6 +2,7 @@
 // attribute is looked up by (handle kind, attribute).
 #include <cstring>
 
+#include "describe.h"
 #include "internal.h"
 #include "statement.h"
 
@@ -66,6 +67,9 @@ sword OCIAttrGet(const void* trgthndlp, ub4 trghndltyp, void* attributep, ub4* s
                  ub4 attrtype, OCIError* errhp) {
   sword rc;
   if (Enter("OCIAttrGet", errhp, &rc)) return rc;
+  if (trghndltyp == OCI_HTYPE_DESCRIBE || trghndltyp == OCI_DTYPE_PARAM) {
+    return DescribeAttrGet(trgthndlp, trghndltyp, attributep, sizep, attrtype, errhp);
+  }
   Handle* h = AsHandle<Handle>(trgthndlp, trghndltyp);
   if (h == nullptr) return OCI_INVALID_HANDLE;
   if (attributep == nullptr) return FailArgument(errhp, 3);

@@ -5,6 +5,7 @@
 #include <map>
 #include <new>
 
+#include "describe.h"
 #include "instance.h"
 #include "internal.h"
 #include "lob.h"
@@ -166,6 +167,9 @@ sword OCIHandleAlloc(const void* parenth, void** hndlpp, const ub4 type, const s
       break;
     case OCI_HTYPE_SESSION:
       h = new (std::nothrow) Session(env);
+      break;
+    case OCI_HTYPE_DESCRIBE:
+      h = new (std::nothrow) DescribeHandle(env);
       break;
     default:
       return OCI_INVALID_HANDLE;  // environments come from OCIEnvCreate, binds and defines
