@@ -225,6 +225,17 @@ int ParseDateMask(std::string_view mask, DateMask* out) {
     result.tokens.push_back({DateElement::Literal, std::string(1, c), 0});
     ++pos;
   }
+  bool has_year = false;
+  bool has_month = false;
+  for (const DateToken& t : result.tokens) {
+    const Group g = GroupOf(t.element);
+    has_year = has_year || g == Group::Year;
+    has_month = has_month || g == Group::Month;
+    if (t.element == DateElement::Year2 || t.element == DateElement::RoundYear2) {
+      result.needs_clock = true;
+    }
+  }
+  if (!has_year || !has_month) result.needs_clock = true;
   *out = std::move(result);
   return 0;
 }

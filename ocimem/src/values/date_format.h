@@ -44,6 +44,9 @@ struct DateToken {
 
 struct DateMask {
   std::vector<DateToken> tokens;
+  // Reading with this mask takes the year or month from the clock: it has a
+  // two-digit year, or no year or month element at all.
+  bool needs_clock = false;
 };
 
 struct DateTimeFields {

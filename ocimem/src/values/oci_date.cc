@@ -73,8 +73,10 @@ sword OCIDateFromText(OCIError* err, const oratext* date_str, ub4 d_str_length, 
     return ocimem::values::FailDate(err, ora);
   }
   ocimem::values::DateParseOptions options;
-  options.current_year = ocimem::values::CurrentYear();
-  options.current_month = ocimem::values::CurrentMonth();
+  if (mask->needs_clock) {
+    options.current_year = ocimem::values::CurrentYear();
+    options.current_month = ocimem::values::CurrentMonth();
+  }
   DateTimeFields v;
   const std::string_view text(reinterpret_cast<const char*>(date_str), d_str_length);
   if (int ora = ocimem::values::ParseDateTime(text, *mask, options, &v, nullptr)) {

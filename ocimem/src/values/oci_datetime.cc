@@ -19,10 +19,15 @@ bool Zoned(DateTimeKind k) {
   return k == DateTimeKind::TimestampTz || k == DateTimeKind::TimestampLtz;
 }
 
-// Resolves the handle's environment and its session time zone.
-sword SessionOf(void* hndl, OCIError* err, Zone* zone) {
-  ocimem::Env* env = ocimem::EnvFromHandle(hndl);
-  if (env == nullptr) return OCI_INVALID_HANDLE;
+// The handle's environment; its session time zone is resolved only by the
+// calls whose value needs it (a zone read from $ORA_SDTZ or the system clock
+// is not free, and most values carry their own zone or none).
+sword SessionOf(void* hndl, ocimem::Env** env) {
+  *env = ocimem::EnvFromHandle(hndl);
+  return *env == nullptr ? OCI_INVALID_HANDLE : OCI_SUCCESS;
+}
+
+sword SessionZone(ocimem::Env* env, OCIError* err, Zone* zone) {
   if (int ora = ocimem::values::ResolveSessionZone(env->session_time_zone, zone)) {
     return ocimem::values::FailDate(err, ora);
   }
@@ -70,6 +75,7 @@ int StoreLocal(DateTimeDescriptor* d, DateTimeFields local, const Zone* given,
 }
 
 // The fields a caller sees and the zone it is shown with (nullptr: none).
+// `session` is read only for a LOCAL TIME ZONE value.
 DateTimeFields Shown(const DateTimeDescriptor& d, const Zone& session,
                      ocimem::values::ZoneOutput* zone, bool* has_zone) {
   *has_zone = Zoned(d.kind);
@@ -96,8 +102,8 @@ sword OCIDateTimeConstruct(void* hndl, OCIError* err, OCIDateTime* datetime, sb2
                            size_t timezone_length) {
   sword rc;
   if (ocimem::Enter("OCIDateTimeConstruct", err, &rc)) return rc;
-  Zone session;
-  if ((rc = SessionOf(hndl, err, &session)) != OCI_SUCCESS) return rc;
+  ocimem::Env* env = nullptr;
+  if ((rc = SessionOf(hndl, &env)) != OCI_SUCCESS) return rc;
   DateTimeDescriptor* d = ocimem::values::AsDateTime(datetime);
   if (d == nullptr) return ocimem::FailArgument(err, 3);
   DateTimeFields f;
@@ -117,6 +123,10 @@ sword OCIDateTimeConstruct(void* hndl, OCIError* err, OCIDateTime* datetime, sb2
       return ocimem::values::FailDate(err, ora);
     }
   }
+  Zone session;
+  if (Zoned(d->kind) && !has_zone && (rc = SessionZone(env, err, &session)) != OCI_SUCCESS) {
+    return rc;
+  }
   if (int ora = StoreLocal(d, f, has_zone ? &given : nullptr, {}, session)) {
     return ocimem::values::FailDate(err, ora);
   }
@@ -127,13 +137,18 @@ sword OCIDateTimeGetDate(void* hndl, OCIError* err, const OCIDateTime* date, sb2
                          ub1* dy) {
   sword rc;
   if (ocimem::Enter("OCIDateTimeGetDate", err, &rc)) return rc;
-  Zone session;
-  if ((rc = SessionOf(hndl, err, &session)) != OCI_SUCCESS) return rc;
+  ocimem::Env* env = nullptr;
+  if ((rc = SessionOf(hndl, &env)) != OCI_SUCCESS) return rc;
   const DateTimeDescriptor* d = ocimem::values::AsDateTime(date);
   if (d == nullptr) return ocimem::FailArgument(err, 3);
   if (yr == nullptr) return ocimem::FailArgument(err, 4);
   if (mnth == nullptr) return ocimem::FailArgument(err, 5);
   if (dy == nullptr) return ocimem::FailArgument(err, 6);
+  Zone session;
+  if (d->kind == DateTimeKind::TimestampLtz &&
+      (rc = SessionZone(env, err, &session)) != OCI_SUCCESS) {
+    return rc;
+  }
   ocimem::values::ZoneOutput zone;
   bool has_zone = false;
   const DateTimeFields f = Shown(*d, session, &zone, &has_zone);
@@ -147,14 +162,19 @@ sword OCIDateTimeGetTime(void* hndl, OCIError* err, OCIDateTime* datetime, ub1* 
                          ub1* ss, ub4* fsec) {
   sword rc;
   if (ocimem::Enter("OCIDateTimeGetTime", err, &rc)) return rc;
-  Zone session;
-  if ((rc = SessionOf(hndl, err, &session)) != OCI_SUCCESS) return rc;
+  ocimem::Env* env = nullptr;
+  if ((rc = SessionOf(hndl, &env)) != OCI_SUCCESS) return rc;
   const DateTimeDescriptor* d = ocimem::values::AsDateTime(datetime);
   if (d == nullptr) return ocimem::FailArgument(err, 3);
   if (hr == nullptr) return ocimem::FailArgument(err, 4);
   if (mm == nullptr) return ocimem::FailArgument(err, 5);
   if (ss == nullptr) return ocimem::FailArgument(err, 6);
   if (fsec == nullptr) return ocimem::FailArgument(err, 7);
+  Zone session;
+  if (d->kind == DateTimeKind::TimestampLtz &&
+      (rc = SessionZone(env, err, &session)) != OCI_SUCCESS) {
+    return rc;
+  }
   ocimem::values::ZoneOutput zone;
   bool has_zone = false;
   const DateTimeFields f = Shown(*d, session, &zone, &has_zone);
@@ -169,12 +189,17 @@ sword OCIDateTimeGetTimeZoneOffset(void* hndl, OCIError* err, const OCIDateTime*
                                    sb1* hr, sb1* mm) {
   sword rc;
   if (ocimem::Enter("OCIDateTimeGetTimeZoneOffset", err, &rc)) return rc;
-  Zone session;
-  if ((rc = SessionOf(hndl, err, &session)) != OCI_SUCCESS) return rc;
+  ocimem::Env* env = nullptr;
+  if ((rc = SessionOf(hndl, &env)) != OCI_SUCCESS) return rc;
   const DateTimeDescriptor* d = ocimem::values::AsDateTime(datetime);
   if (d == nullptr) return ocimem::FailArgument(err, 3);
   if (hr == nullptr) return ocimem::FailArgument(err, 4);
   if (mm == nullptr) return ocimem::FailArgument(err, 5);
+  Zone session;
+  if (d->kind == DateTimeKind::TimestampLtz &&
+      (rc = SessionZone(env, err, &session)) != OCI_SUCCESS) {
+    return rc;
+  }
   ocimem::values::ZoneOutput zone;
   bool has_zone = false;
   Shown(*d, session, &zone, &has_zone);
@@ -189,8 +214,8 @@ sword OCIDateTimeToText(void* hndl, OCIError* err, const OCIDateTime* date, cons
                         ub4* buf_size, OraText* buf) {
   sword rc;
   if (ocimem::Enter("OCIDateTimeToText", err, &rc)) return rc;
-  Zone session;
-  if ((rc = SessionOf(hndl, err, &session)) != OCI_SUCCESS) return rc;
+  ocimem::Env* env = nullptr;
+  if ((rc = SessionOf(hndl, &env)) != OCI_SUCCESS) return rc;
   const DateTimeDescriptor* d = ocimem::values::AsDateTime(date);
   if (d == nullptr) return ocimem::FailArgument(err, 3);
   if (buf_size == nullptr) return ocimem::FailArgument(err, 9);
@@ -209,6 +234,11 @@ sword OCIDateTimeToText(void* hndl, OCIError* err, const OCIDateTime* date, cons
   if (int ora = ocimem::values::CachedDateMask(mask_text, &mask)) {
     return ocimem::values::FailDate(err, ora);
   }
+  Zone session;
+  if (d->kind == DateTimeKind::TimestampLtz &&
+      (rc = SessionZone(env, err, &session)) != OCI_SUCCESS) {
+    return rc;
+  }
   ocimem::values::ZoneOutput zone;
   bool has_zone = false;
   const DateTimeFields f = Shown(*d, session, &zone, &has_zone);
@@ -225,8 +255,8 @@ sword OCIDateTimeFromText(void* hndl, OCIError* err, const OraText* date_str, si
                           size_t lang_length, OCIDateTime* date) {
   sword rc;
   if (ocimem::Enter("OCIDateTimeFromText", err, &rc)) return rc;
-  Zone session;
-  if ((rc = SessionOf(hndl, err, &session)) != OCI_SUCCESS) return rc;
+  ocimem::Env* env = nullptr;
+  if ((rc = SessionOf(hndl, &env)) != OCI_SUCCESS) return rc;
   if (date_str == nullptr) return ocimem::FailArgument(err, 3);
   DateTimeDescriptor* d = ocimem::values::AsDateTime(date);
   if (d == nullptr) return ocimem::FailArgument(err, 9);
@@ -242,8 +272,10 @@ sword OCIDateTimeFromText(void* hndl, OCIError* err, const OraText* date_str, si
   ocimem::values::DateParseOptions options;
   options.allow_fraction = true;
   options.allow_zone = Zoned(d->kind);
-  options.current_year = ocimem::values::CurrentYear();
-  options.current_month = ocimem::values::CurrentMonth();
+  if (mask->needs_clock) {
+    options.current_year = ocimem::values::CurrentYear();
+    options.current_month = ocimem::values::CurrentMonth();
+  }
   DateTimeFields f;
   ocimem::values::ZoneInput zone_in;
   const std::string_view text(reinterpret_cast<const char*>(date_str), dstr_length);
@@ -262,6 +294,11 @@ sword OCIDateTimeFromText(void* hndl, OCIError* err, const OraText* date_str, si
   }
   // A TZD after a plain offset carries no information and is ignored.
   const std::string_view abbreviation = given.is_region ? zone_in.abbreviation : std::string_view{};
+  Zone session;
+  if (Zoned(d->kind) && !zone_in.present &&
+      (rc = SessionZone(env, err, &session)) != OCI_SUCCESS) {
+    return rc;
+  }
   if (int ora = StoreLocal(d, f, zone_in.present ? &given : nullptr, abbreviation, session)) {
     return ocimem::values::FailDate(err, ora);
   }

@@ -391,6 +391,38 @@ TEST_F(OciDateTimeTest, BadSessionZoneIsReported) {
   EXPECT_EQ(LastError(), 1882);
 }
 
+// The session time zone matters only to values that are shown or read in it:
+// a bad setting leaves every other value alone.
+TEST_F(OciDateTimeTest, BadSessionZoneSparesValuesThatDoNotUseIt) {
+  setenv("ORA_SDTZ", "Nowhere/Land", 1);
+  auto* plain = static_cast<OCIDateTime*>(Descriptor(OCI_DTYPE_TIMESTAMP));
+  ASSERT_EQ(FromText(plain, "2001-02-03 04:05:06.5", kTsMask), OCI_SUCCESS);
+  std::string text;
+  ASSERT_EQ(ToText(plain, kTsMask, 1, &text), OCI_SUCCESS);
+  EXPECT_EQ(text, "2001-02-03 04:05:06.5");
+  auto* zoned = static_cast<OCIDateTime*>(Descriptor(OCI_DTYPE_TIMESTAMP_TZ));
+  ASSERT_EQ(FromText(zoned, "2001-02-03 04:05:06.5 +05:30", kTzMask), OCI_SUCCESS);
+  ASSERT_EQ(ToText(zoned, kTzMask, 1, &text), OCI_SUCCESS);
+  EXPECT_EQ(text, "2001-02-03 04:05:06.5 +05:30 ");
+  sb1 hour = 0;
+  sb1 minute = 0;
+  ASSERT_EQ(OCIDateTimeGetTimeZoneOffset(env_, err_, zoned, &hour, &minute), OCI_SUCCESS);
+  EXPECT_EQ(hour, 5);
+  EXPECT_EQ(minute, 30);
+  auto* local = static_cast<OCIDateTime*>(Descriptor(OCI_DTYPE_TIMESTAMP_LTZ));
+  EXPECT_EQ(FromText(local, "2001-02-03 04:05:06.5", kTsMask), OCI_ERROR);
+  EXPECT_EQ(LastError(), 1882);
+  EXPECT_EQ(ToText(local, kTsMask, 1, &text), OCI_ERROR);
+  EXPECT_EQ(LastError(), 1882);
+  EXPECT_EQ(OCIDateTimeConstruct(env_, err_, zoned, 2001, 2, 3, 4, 5, 6, 0, nullptr, 0),
+            OCI_ERROR);
+  EXPECT_EQ(LastError(), 1882);
+  const std::string zone = "+01:00";
+  EXPECT_EQ(OCIDateTimeConstruct(env_, err_, zoned, 2001, 2, 3, 4, 5, 6, 0,
+                                 const_cast<OraText*>(T(zone.c_str())), zone.size()),
+            OCI_SUCCESS);
+}
+
 TEST_F(OciDateTimeTest, InjectedFaultIsReported) {
   const sb4 codes[] = {1843};
   const char* messages[] = {"not a valid month"};
