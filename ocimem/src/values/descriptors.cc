@@ -3,6 +3,7 @@
 // TIMESTAMP or INTERVAL attributes.
 #include <mutex>
 #include <new>
+#include <shared_mutex>
 #include <unordered_map>
 
 #include "../value_descriptors.h"
@@ -14,9 +15,12 @@ namespace {
 
 constexpr std::uint32_t kMagic = 0x4F56414CU;
 
-// Pointer -> descriptor type for every live descriptor.
+// Pointer -> descriptor type for every live descriptor. Every value call
+// looks its descriptor up here (so that a stray pointer is never read
+// through), while only allocation and freeing change the map: lookups share
+// the lock.
 struct Registry {
-  std::mutex mutex;
+  std::shared_mutex mutex;
   std::unordered_map<const void*, std::uint32_t> live;
 };
 
@@ -28,7 +32,7 @@ Registry& TheRegistry() {
 bool Lookup(const void* p, std::uint32_t* type) {
   if (p == nullptr) return false;
   Registry& r = TheRegistry();
-  std::lock_guard<std::mutex> lock(r.mutex);
+  std::shared_lock<std::shared_mutex> lock(r.mutex);
   auto it = r.live.find(p);
   if (it == r.live.end()) return false;
   *type = it->second;
@@ -92,7 +96,7 @@ sword AllocValueDescriptor(Env* /*env*/, ub4 type, void** out) {
   if (made == nullptr) return OCI_ERROR;
   {
     Registry& r = TheRegistry();
-    std::lock_guard<std::mutex> lock(r.mutex);
+    std::unique_lock<std::shared_mutex> lock(r.mutex);
     r.live.emplace(made, type);
   }
   *out = made;
@@ -100,12 +104,17 @@ sword AllocValueDescriptor(Env* /*env*/, ub4 type, void** out) {
 }
 
 void FreeValueDescriptor(void* desc) {
+  if (desc == nullptr) return;
   std::uint32_t type = 0;
-  if (!Lookup(desc, &type)) return;
   {
+    // Found and removed under one lock: two threads freeing the same
+    // descriptor cannot both go on to delete it.
     Registry& r = TheRegistry();
-    std::lock_guard<std::mutex> lock(r.mutex);
-    r.live.erase(desc);
+    std::unique_lock<std::shared_mutex> lock(r.mutex);
+    auto it = r.live.find(desc);
+    if (it == r.live.end()) return;
+    type = it->second;
+    r.live.erase(it);
   }
   if (values::IsDateTimeType(type)) {
     auto* d = static_cast<values::DateTimeDescriptor*>(desc);

@@ -3,11 +3,13 @@
 // buffers, embedded NULs and bytes outside ASCII. Every call must answer with
 // a status and an Oracle error, never crash or read past what it was given
 // (these tests are meant to run under the address sanitizer too).
+#include <atomic>
 #include <cstdint>
 #include <cstring>
 #include <random>
 #include <set>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "oci_fixture.h"
@@ -517,6 +519,71 @@ TEST_F(RobustnessTest, IntervalsAtTheirLargestSetAndRead) {
                                     INT32_MAX, static_cast<OCIInterval*>(ds)),
             OCI_ERROR);
   EXPECT_EQ(LastError(), 1873);
+}
+
+}  // namespace
+
+namespace {
+
+// Threads that free one descriptor at the same moment: exactly one frees it,
+// the others find it gone (never a double delete).
+TEST_F(RobustnessTest, ConcurrentFreesOfOneDescriptorDeleteItOnce) {
+  for (int round = 0; round < 200; ++round) {
+    void* d = nullptr;
+    ASSERT_EQ(OCIDescriptorAlloc(env_, &d, OCI_DTYPE_TIMESTAMP, 0, nullptr), OCI_SUCCESS);
+    std::atomic<int> ready{0};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+      threads.emplace_back([&ready, d] {
+        ready.fetch_add(1);
+        while (ready.load() < 4) {
+        }
+        OCIDescriptorFree(d, OCI_DTYPE_TIMESTAMP);
+      });
+    }
+    for (std::thread& t : threads) t.join();
+  }
+}
+
+// Value calls in several threads on descriptors of their own while others
+// allocate and free: lookups and changes of the registry do not disturb
+// each other.
+TEST_F(RobustnessTest, DescriptorsUsedInSeveralThreads) {
+  std::vector<std::thread> threads;
+  std::atomic<int> failures{0};
+  OCIError* errs[4] = {};
+  for (OCIError*& e : errs) {
+    ASSERT_EQ(OCIHandleAlloc(env_, reinterpret_cast<void**>(&e), OCI_HTYPE_ERROR, 0, nullptr),
+              OCI_SUCCESS);
+  }
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([this, t, &failures, err = errs[t]] {
+      const std::string mask = "YYYY-MM-DD HH24:MI:SS.FF";
+      const std::string text = "2001-02-0" + std::to_string(t + 1) + " 04:05:06.123456";
+      for (int k = 0; k < 500; ++k) {
+        void* d = nullptr;
+        if (OCIDescriptorAlloc(env_, &d, OCI_DTYPE_TIMESTAMP, 0, nullptr) != OCI_SUCCESS) {
+          ++failures;
+          continue;
+        }
+        OraText buf[64];
+        ub4 size = sizeof buf;
+        if (OCIDateTimeFromText(env_, err, T(text), text.size(), T(mask),
+                                static_cast<ub1>(mask.size()), nullptr, 0,
+                                static_cast<OCIDateTime*>(d)) != OCI_SUCCESS ||
+            OCIDateTimeToText(env_, err, static_cast<OCIDateTime*>(d), T(mask),
+                              static_cast<ub1>(mask.size()), 6, nullptr, 0, &size,
+                              buf) != OCI_SUCCESS ||
+            std::string(reinterpret_cast<char*>(buf), size) != text) {
+          ++failures;
+        }
+        OCIDescriptorFree(d, OCI_DTYPE_TIMESTAMP);
+      }
+    });
+  }
+  for (std::thread& t : threads) t.join();
+  for (OCIError* e : errs) OCIHandleFree(e, OCI_HTYPE_ERROR);
+  EXPECT_EQ(failures.load(), 0);
 }
 
 }  // namespace
