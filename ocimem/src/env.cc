@@ -10,6 +10,7 @@
 #include "internal.h"
 #include "lob.h"
 #include "statement.h"
+#include "var_block.h"
 
 namespace ocimem {
 namespace {
@@ -73,6 +74,7 @@ Env::~Env() {
   for (auto& [value, instance] : instances) FreeInstanceMemory(instance.get());
   instances.clear();
   for (void* p : kept_null_structs) std::free(p);
+  FreeLooseValues(this);
   {
     std::lock_guard<std::mutex> lock(DescriptorMutex());
     for (auto& [desc, type] : descriptors) {

@@ -148,6 +148,8 @@ struct Env : Handle {
   std::unordered_map<void*, std::unique_ptr<Instance>> instances;
   // Null structs that OCIObjectFree(..., OCI_OBJECTFREE_NONULL) left to the caller.
   std::vector<void*> kept_null_structs;
+  // Strings and raws that OCIStringAssignText & co. allocated for a NULL value.
+  std::unordered_set<void*> loose_values;
 
   void Adopt(Handle* h);
   // Destroys a child handle (and what it owns).  False when it is not ours.

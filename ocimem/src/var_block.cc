@@ -2,6 +2,8 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <mutex>
+#include <unordered_set>
 
 #include "handles.h"
 #include "instance.h"
@@ -11,14 +13,17 @@ namespace {
 
 constexpr ub4 kLiveVar = 0x56415242U;
 constexpr ub4 kStandalone = 1;
+constexpr ub4 kLoose = 2;  // allocated by a call given a NULL value: owned by `owner`
 
 struct VarPrefix {
   ub4 live;
   ub4 flags;
   ub4 capacity;  // bytes of room after the length word, NUL excluded
   ub4 reserved;
+  Env* owner;    // kLoose: the environment that frees it if nobody else does
+  void* unused;
 };
-static_assert(sizeof(VarPrefix) == 16, "keeps the value 16-byte aligned");
+static_assert(sizeof(VarPrefix) == 32, "keeps the value 16-byte aligned");
 
 VarPrefix* PrefixOf(const void* value) {
   return reinterpret_cast<VarPrefix*>(static_cast<unsigned char*>(const_cast<void*>(value)) -
@@ -34,6 +39,8 @@ void* Allocate(ub4 capacity) {
   prefix->flags = 0;
   prefix->capacity = capacity;
   prefix->reserved = 0;
+  prefix->owner = nullptr;
+  prefix->unused = nullptr;
   return block + sizeof(VarPrefix);
 }
 
@@ -55,8 +62,24 @@ void* NewVarBlock(const void* bytes, ub4 length) {
 void FreeVarBlock(void* value) {
   if (value == nullptr) return;
   VarPrefix* prefix = PrefixOf(value);
+  if ((prefix->flags & kLoose) != 0) {
+    std::lock_guard<std::mutex> lock(prefix->owner->registry_mutex);
+    prefix->owner->loose_values.erase(value);
+  }
   prefix->live = 0;
   std::free(prefix);
+}
+
+void FreeLooseValues(Env* env) {
+  std::unordered_set<void*> values;
+  {
+    std::lock_guard<std::mutex> lock(env->registry_mutex);
+    values.swap(env->loose_values);
+  }
+  for (void* value : values) {
+    PrefixOf(value)->flags &= ~kLoose;
+    FreeVarBlock(value);
+  }
 }
 
 ub4 VarLength(const void* value) {
@@ -83,6 +106,17 @@ bool ResizeVarBlock(Env* env, ub4 length, void** value) {
   if (fresh == nullptr) return false;
   SetLength(fresh, length);
   void* old = *value;
+  // A value made here from nothing, or moved from one that was, belongs to the environment
+  // until it is freed: a caller's own OCIString* variable is never freed by anyone else.
+  Env* owner = old == nullptr ? env
+               : (PrefixOf(old)->flags & kLoose) != 0 ? PrefixOf(old)->owner
+                                                      : nullptr;
+  if (owner != nullptr) {
+    std::lock_guard<std::mutex> lock(owner->registry_mutex);
+    owner->loose_values.insert(fresh);
+    PrefixOf(fresh)->flags |= kLoose;
+    PrefixOf(fresh)->owner = owner;
+  }
   if (old != nullptr) {
     if ((PrefixOf(old)->flags & kStandalone) != 0) {
       MarkStandalone(fresh, true);

@@ -26,6 +26,9 @@ bool ResizeVarBlock(Env* env, ub4 length, void** value);
 // Copies `length` bytes into *value (resizing it as above).
 bool AssignVarBlock(Env* env, const void* bytes, ub4 length, void** value);
 void MarkStandalone(void* value, bool standalone);
+// Frees the values the environment still owns because a call allocated them for a NULL
+// value and they were never freed (as the environment goes).
+void FreeLooseValues(Env* env);
 
 }  // namespace ocimem
 
