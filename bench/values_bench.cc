@@ -62,6 +62,26 @@ void NumberToText(benchmark::State& state, const std::string& mask, const std::s
   }
 }
 
+// One row of three NUMBER columns of different precision and scale: the
+// masks alternate from call to call.
+void NumberRowToText(benchmark::State& state) {
+  const std::string masks[] = {"FM99999999.99", "FM99999", kWideMask};
+  const OCINumber values[] = {Number("-1234567.89"), Number("12345"), Number("3.14159")};
+  std::vector<OraText> page(kWideMask.size() + 1);
+  for (auto _ : state) {
+    for (int column = 0; column < 3; ++column) {
+      ub4 size = static_cast<ub4>(page.size());
+      const std::string& mask = masks[column];
+      if (OCINumberToText(H().err, &values[column], T(mask), static_cast<ub4>(mask.size()),
+                          nullptr, 0, &size, page.data()) != OCI_SUCCESS) {
+        state.SkipWithError("OCINumberToText failed");
+        break;
+      }
+      benchmark::DoNotOptimize(page.data());
+    }
+  }
+}
+
 void TextToNumber(benchmark::State& state, const std::string& text) {
   const std::string mask = BuildMask(text);
   OCINumber n;
@@ -209,6 +229,7 @@ BENCHMARK_CAPTURE(NumberToText, Precision10Scale2, std::string("FM99999999.99"),
 BENCHMARK_CAPTURE(NumberToText, Precision5Scale0, std::string("FM99999"), std::string("12345"));
 BENCHMARK_CAPTURE(NumberToText, NoDeclaredScale, kWideMask,
                   std::string("3.1415926535897932384626433832795028841"));
+BENCHMARK(NumberRowToText);
 BENCHMARK_CAPTURE(TextToNumber, Decimal, std::string("-1234.50"));
 BENCHMARK_CAPTURE(TextToNumber, Integer, std::string("1234567890"));
 BENCHMARK_CAPTURE(TextToNumber, FortyDigits,

@@ -266,14 +266,23 @@ Decimal DecimalFromDouble(double v) {
            static_cast<std::uint32_t>(mantissa / 1000000000000000000ULL)};
   while (n.size() > 1 && n.back() == 0) n.pop_back();
   int decimal_shift = 0;
+  // Powers are applied in the largest steps whose product with a limb still
+  // fits 64 bits (2^29 and 5^13 against limbs below 10^9).
   if (shift >= 0) {
-    for (; shift > 0; --shift) MultiplySmall(&n, 2);
+    for (; shift >= 29; shift -= 29) MultiplySmall(&n, 1U << 29);
+    if (shift > 0) MultiplySmall(&n, 1U << shift);
   } else {
     // m / 2^k == m * 5^k / 10^k
+    decimal_shift = shift;
+    std::uint32_t pending = 1;
     for (; shift < 0; ++shift) {
-      MultiplySmall(&n, 5);
-      --decimal_shift;
+      pending *= 5;
+      if (pending == 1220703125U) {  // 5^13
+        MultiplySmall(&n, pending);
+        pending = 1;
+      }
     }
+    if (pending != 1) MultiplySmall(&n, pending);
   }
   d.digits = BigIntToString(n);
   d.exponent = static_cast<int>(d.digits.size()) + decimal_shift;

@@ -30,18 +30,8 @@ std::string_view MaskOrDefault(const oratext* fmt, std::size_t length) {
 }
 
 int CachedDateMask(std::string_view text, const DateMask** out) {
-  thread_local std::string cached_text;
-  thread_local DateMask cached_mask;
-  thread_local bool cached = false;
-  if (!cached || cached_text != text) {
-    DateMask mask;
-    if (int ora = ParseDateMask(text, &mask)) return ora;
-    cached_mask = std::move(mask);
-    cached_text = std::string(text);
-    cached = true;
-  }
-  *out = &cached_mask;
-  return 0;
+  thread_local MaskCache<DateMask, ParseDateMask> cache;
+  return cache.Get(text, out);
 }
 
 sword CopyText(OCIError* err, const std::string& text, ub4* buf_size, oratext* buf) {

@@ -20,9 +20,43 @@ sword FailDate(OCIError* err, int ora);
 // A NULL or empty mask means Oracle's default date mask DD-MON-YY.
 std::string_view MaskOrDefault(const oratext* fmt, std::size_t length);
 
-// The parsed form of a datetime mask; the last mask of each thread is kept
-// because the adapter converts many values with one mask. The pointer is
-// valid until the thread's next call. Returns 0 or the mask's ORA error.
+// The parsed forms of the last few masks a thread used. The adapter converts
+// every value of a column with one mask, and a row holds a handful of
+// columns, so parsing a mask again is rare. A pointer handed out stays valid
+// until the thread's next lookup. `Parse` returns 0 or the mask's ORA error.
+template <typename Model, int (*Parse)(std::string_view, Model*)>
+class MaskCache {
+ public:
+  int Get(std::string_view text, const Model** out) {
+    for (Slot& slot : slots_) {
+      if (slot.used && slot.text == text) {
+        *out = &slot.model;
+        return 0;
+      }
+    }
+    Model model;
+    if (int ora = Parse(text, &model)) return ora;
+    Slot& slot = slots_[next_];
+    next_ = (next_ + 1) % kSlots;
+    slot.model = std::move(model);
+    slot.text.assign(text.data(), text.size());
+    slot.used = true;
+    *out = &slot.model;
+    return 0;
+  }
+
+ private:
+  static constexpr std::size_t kSlots = 8;
+  struct Slot {
+    bool used = false;
+    std::string text;
+    Model model;
+  };
+  Slot slots_[kSlots];
+  std::size_t next_ = 0;
+};
+
+// Returns 0 or the mask's ORA error; see MaskCache for the pointer's life.
 int CachedDateMask(std::string_view text, const DateMask** out);
 
 // Copies text into a caller buffer of *buf_size bytes: a text that exactly

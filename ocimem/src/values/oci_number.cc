@@ -4,10 +4,12 @@
 #include <cstdint>
 #include <cstring>
 #include <string>
+#include <string_view>
 
 #include "../internal.h"
 #include "number.h"
 #include "number_format.h"
+#include "oci_common.h"
 
 namespace {
 
@@ -37,6 +39,17 @@ sword Store(OCIError* err, const Decimal& d, OCINumber* number) {
 
 bool HasNlsParams(const oratext* nls, ub4 length) { return nls != nullptr && length != 0; }
 
+int CachedNumberModel(std::string_view mask, const ocimem::values::NumberModel** out) {
+  thread_local ocimem::values::MaskCache<ocimem::values::NumberModel,
+                                         ocimem::values::ParseNumberModel>
+      cache;
+  return cache.Get(mask, out);
+}
+
+std::string_view View(const oratext* p, ub4 length) {
+  return std::string_view(reinterpret_cast<const char*>(p), length);
+}
+
 // This library speaks the session defaults only (decimal '.', group ',').
 sword FailNlsParams(OCIError* err, const oratext* nls, ub4 length) {
   return ocimem::Fail(err, 22064, "invalid NLS parameter string [" + Quoted(nls, length) + "]");
@@ -61,15 +74,17 @@ sword OCINumberToText(OCIError* err, const OCINumber* number, const oratext* fmt
   if (ocimem::values::DecodeNumber(number->OCINumberPart, &value) != NumberError::None) {
     return FailInvalidNumber(err, 2);
   }
-  ocimem::values::NumberModel model;
-  const std::string mask = Quoted(fmt, fmt_length);
-  if (ocimem::values::ParseNumberModel(mask, &model) != 0) {
-    return ocimem::Fail(err, ocimem::values::kOraInvalidFormat, "invalid format text [" + mask + "]");
+  const std::string_view mask = View(fmt, fmt_length);
+  const ocimem::values::NumberModel* model = nullptr;
+  if (CachedNumberModel(mask, &model) != 0) {
+    return ocimem::Fail(err, ocimem::values::kOraInvalidFormat,
+                        "invalid format text [" + Quoted(fmt, fmt_length) + "]");
   }
   std::string text;
-  if (ocimem::values::FormatNumber(value, model, &text) != 0) {
-    if (model.unsupported) {
-      return ocimem::Fail(err, ocimem::values::kOraInvalidFormat, "invalid format text [" + mask + "]");
+  if (ocimem::values::FormatNumber(value, *model, &text) != 0) {
+    if (model->unsupported) {
+      return ocimem::Fail(err, ocimem::values::kOraInvalidFormat,
+                          "invalid format text [" + Quoted(fmt, fmt_length) + "]");
     }
     return ocimem::Fail(err, ocimem::values::kOraTextOverflow,
                         "number to text translation for the given format causes overflow");
@@ -97,15 +112,15 @@ sword OCINumberFromText(OCIError* err, const oratext* str, ub4 str_length, const
   if (HasNlsParams(nls_params, nls_p_length)) {
     return FailNlsParams(err, nls_params, nls_p_length);
   }
-  ocimem::values::NumberModel model;
-  const std::string mask = Quoted(fmt, fmt_length);
-  if (ocimem::values::ParseNumberModel(mask, &model) != 0) {
-    return ocimem::Fail(err, ocimem::values::kOraInvalidFormat, "invalid format text [" + mask + "]");
+  const ocimem::values::NumberModel* model = nullptr;
+  if (CachedNumberModel(View(fmt, fmt_length), &model) != 0) {
+    return ocimem::Fail(err, ocimem::values::kOraInvalidFormat,
+                        "invalid format text [" + Quoted(fmt, fmt_length) + "]");
   }
-  const std::string text = Quoted(str, str_length);
   Decimal value;
-  if (ocimem::values::ParseNumber(text, model, &value) != 0) {
-    return ocimem::Fail(err, ocimem::values::kOraInvalidInput, "invalid input string [" + text + "]");
+  if (ocimem::values::ParseNumber(View(str, str_length), *model, &value) != 0) {
+    return ocimem::Fail(err, ocimem::values::kOraInvalidInput,
+                        "invalid input string [" + Quoted(str, str_length) + "]");
   }
   return Store(err, value, number);
 }
@@ -152,6 +167,9 @@ sword OCINumberFromReal(OCIError* err, const void* rnum, uword rnum_length, OCIN
     return ocimem::Fail(err, ocimem::values::kOraInvalidInput, "invalid input string [NaN]");
   }
   if (std::isinf(v)) return FailOverflow(err);
+  // Far below the smallest NUMBER even after rounding: zero, without
+  // expanding the binary value's hundreds of decimal digits.
+  if (std::fabs(v) < 1e-131) return Store(err, Decimal{}, number);
   return Store(err, ocimem::values::DecimalFromDouble(v), number);
 }
 
