@@ -175,21 +175,32 @@ int ReadMonthName(std::string_view text, std::size_t* pos, int* month) {
 
 }  // namespace
 
+namespace {
+
+// The local calendar of the current second; localtime_r is asked once per
+// second and thread, not once per value.
+const std::tm& LocalNow() {
+  thread_local std::time_t cached_second = -1;
+  thread_local std::tm cached{};
+  const std::time_t now = std::time(nullptr);
+  if (now != cached_second) {
+    localtime_r(&now, &cached);
+    cached_second = now;
+  }
+  return cached;
+}
+
+}  // namespace
+
 int CurrentYear() {
   const int pinned = g_pinned_year.load();
   if (pinned != 0) return pinned;
-  const std::time_t now = std::time(nullptr);
-  std::tm tm{};
-  localtime_r(&now, &tm);
-  return tm.tm_year + 1900;
+  return LocalNow().tm_year + 1900;
 }
 
 int CurrentMonth() {
   if (g_pinned_year.load() != 0) return g_pinned_month.load();
-  const std::time_t now = std::time(nullptr);
-  std::tm tm{};
-  localtime_r(&now, &tm);
-  return tm.tm_mon + 1;
+  return LocalNow().tm_mon + 1;
 }
 
 void PinClockForTesting(int year, int month) {
