@@ -367,6 +367,8 @@ typedef sb4 (*OCICallbackLobWrite)(void *ctxp, void *bufp, ub4 *lenp, ub1 *piece
 #define OCI_ATTR_USERNAME                  22
 #define OCI_ATTR_PASSWORD                  23
 #define OCI_ATTR_STMT_TYPE                 24
+#define OCI_ATTR_PARAM_COUNT               18
+#define OCI_ATTR_ROWS_FETCHED              197
 #define OCI_ATTR_ENV_CHARSET_ID            31
 #define OCI_ATTR_CHARSET_FORM              32
 #define OCI_ATTR_NUM_COLS                  102

@@ -116,8 +116,11 @@ sword OCIAttrGet(const void* trgthndlp, ub4 trghndltyp, void* attributep, ub4* s
         if (sizep != nullptr) *sizep = sizeof(ub2);
         return OCI_SUCCESS;
       }
-      if (attrtype == OCI_ATTR_ROW_COUNT) {
-        *static_cast<ub4*>(attributep) = stmt->row_count;
+      if (attrtype == OCI_ATTR_ROW_COUNT || attrtype == OCI_ATTR_ROWS_FETCHED ||
+          attrtype == OCI_ATTR_PARAM_COUNT) {
+        *static_cast<ub4*>(attributep) = attrtype == OCI_ATTR_ROW_COUNT      ? stmt->row_count
+                                         : attrtype == OCI_ATTR_ROWS_FETCHED ? stmt->rows_fetched
+                                                                             : stmt->param_count;
         if (sizep != nullptr) *sizep = sizeof(ub4);
         return OCI_SUCCESS;
       }

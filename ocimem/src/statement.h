@@ -72,6 +72,8 @@ struct StmtHandle : Handle {
   std::string text;
   ub2 statement_type = OCI_STMT_UNKNOWN;
   ub4 row_count = 0;
+  ub4 rows_fetched = 0;  // by the last execute or fetch call
+  ub4 param_count = 0;   // select-list items of the query last executed
   std::vector<std::string> placeholders;  // one per bind occurrence
   std::vector<std::unique_ptr<BindHandle>> binds;
   std::vector<std::unique_ptr<DefineHandle>> defines;

@@ -139,6 +139,7 @@ sword FetchRows(StmtHandle* s, OCIError* err, ub4 nrows) {
   }
   SqlError check;
   if (!CheckDefines(*s, &check)) return Fail(err, check.code, check.message);
+  s->rows_fetched = 0;
   if (c.exhausted) return Fail(err, 1002, "fetch out of sequence");
   Session* session = LiveSession(s);
   std::uint64_t txn = session != nullptr && session->txn ? session->txn->id : 0;
@@ -178,6 +179,7 @@ sword FetchRows(StmtHandle* s, OCIError* err, ub4 nrows) {
       }
     }
     ++fetched;
+    s->rows_fetched = fetched;
   }
   s->row_count += fetched;
   if (fetched < nrows) {
@@ -247,6 +249,8 @@ sword OCIStmtExecute(OCISvcCtx* svchp, OCIStmt* stmtp, OCIError* errhp, ub4 iter
   bool query = std::holds_alternative<SelectStatement>(statement);
   s->cursor.reset();
   s->row_count = 0;
+  s->rows_fetched = 0;
+  s->param_count = 0;
   s->session = session;
   s->session_env = svc->env;
   ExecContext ctx{session->db.get(), session->schema, session->db, session, s, 0};
@@ -273,7 +277,10 @@ sword OCIStmtExecute(OCISvcCtx* svchp, OCIStmt* stmtp, OCIError* errhp, ub4 iter
       return Fail(errhp, error.code, error.message);
     }
     row_count += result.row_count;
-    if (query) s->cursor = std::move(result.cursor);
+    if (query) {
+      s->cursor = std::move(result.cursor);
+      s->param_count = static_cast<ub4>(s->cursor->items.size());
+    }
   }
   if ((mode & OCI_COMMIT_ON_SUCCESS) != 0) EndSessionTransaction(session, true);
   if (!query) {
