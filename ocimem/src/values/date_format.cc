@@ -374,7 +374,7 @@ bool NextIsSigned(const std::vector<DateToken>& tokens, std::size_t i) {
       continue;
     }
     return e == DateElement::ZoneRegion || e == DateElement::ZoneHour ||
-           e == DateElement::SignedYear4;
+           e == DateElement::ZoneAbbr || e == DateElement::SignedYear4;
   }
   return false;
 }
@@ -518,8 +518,16 @@ int ParseDateTime(std::string_view text, const DateMask& mask, const DateParseOp
         break;
       }
       case DateElement::ZoneAbbr: {
+        // Letters (`PST`), or the numeric form some regions use (`+04`,
+        // `-0330`), which TZD also writes.
         const std::size_t begin = r.pos;
-        while (!r.AtEnd() && IsAlpha(r.Peek())) ++r.pos;
+        if (r.Peek() == '+' || r.Peek() == '-') {
+          ++r.pos;
+          while (!r.AtEnd() && IsDigit(r.Peek()) && r.pos - begin <= 4) ++r.pos;
+          if (r.pos - begin == 1) r.pos = begin;  // a lone sign is not one
+        } else {
+          while (!r.AtEnd() && IsAlpha(r.Peek())) ++r.pos;
+        }
         z.abbreviation = std::string(text.substr(begin, r.pos - begin));
         break;
       }

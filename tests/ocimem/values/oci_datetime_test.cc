@@ -293,6 +293,36 @@ TEST_F(OciDateTimeTest, WrittenTextReadsBack) {
   EXPECT_EQ(again, text);
 }
 
+// Regions whose abbreviations are numbers (`+04`, `-03`) are written with
+// them, so they must read back, and they still pick one side of an overlap.
+TEST_F(OciDateTimeTest, NumericZoneAbbreviationsReadBack) {
+  const char* texts[] = {"2021-02-03 04:05:06.00 ASIA/DUBAI +04",
+                         "2021-02-03 04:05:06.00 AMERICA/SAO_PAULO -03",
+                         "2001-02-03 04:05:06.00 AMERICA/SAO_PAULO -02",
+                         "2021-02-03 04:05:06.00 ETC/GMT+5 -05"};
+  for (const char* text : texts) {
+    auto* dt = static_cast<OCIDateTime*>(Descriptor(OCI_DTYPE_TIMESTAMP_TZ));
+    ASSERT_EQ(FromText(dt, text, kTzMask), OCI_SUCCESS) << text << " " << LastMessage();
+    std::string out;
+    ASSERT_EQ(ToText(dt, kTzMask, 2, &out), OCI_SUCCESS);
+    EXPECT_EQ(out, text);
+  }
+  // Sao Paulo left daylight time at midnight on 18 Feb 2001: 23:30 on the
+  // 17th happened twice.
+  auto* summer = static_cast<OCIDateTime*>(Descriptor(OCI_DTYPE_TIMESTAMP_TZ));
+  auto* winter = static_cast<OCIDateTime*>(Descriptor(OCI_DTYPE_TIMESTAMP_TZ));
+  ASSERT_EQ(FromText(summer, "2001-02-17 23:30:00.00 America/Sao_Paulo -02", kTzMask),
+            OCI_SUCCESS);
+  ASSERT_EQ(FromText(winter, "2001-02-17 23:30:00.00 America/Sao_Paulo -03", kTzMask),
+            OCI_SUCCESS);
+  sb1 hour = 0;
+  sb1 minute = 0;
+  ASSERT_EQ(OCIDateTimeGetTimeZoneOffset(env_, err_, summer, &hour, &minute), OCI_SUCCESS);
+  EXPECT_EQ(hour, -2);
+  ASSERT_EQ(OCIDateTimeGetTimeZoneOffset(env_, err_, winter, &hour, &minute), OCI_SUCCESS);
+  EXPECT_EQ(hour, -3);
+}
+
 TEST_F(OciDateTimeTest, OffsetTextReadsBack) {
   OCIDateTime* dt = Make(OCI_DTYPE_TIMESTAMP_TZ, {2001, 2, 3, 4, 5, 6, 250000000}, "-03:30");
   std::string text;
