@@ -133,8 +133,11 @@ void Table::UnindexRecord(RowRecord* record) {
   }
 }
 
+// Dead records are skipped by every reader, so they are swept out only once they are half
+// of the table: a commit after each single-row DELETE would otherwise cost a pass over the
+// whole table every time.
 void Table::Compact() {
-  if (dead_rows == 0) return;
+  if (dead_rows == 0 || dead_rows * 2 < rows.size()) return;
   rows.erase(std::remove_if(rows.begin(), rows.end(),
                             [](const std::shared_ptr<RowRecord>& r) { return r->dead; }),
              rows.end());

@@ -154,6 +154,32 @@ INSTANTIATE_TEST_SUITE_P(
         LexCase{"TrailingSemicolon", "SELECT 1 FROM DUAL;", 911}),
     [](const ::testing::TestParamInfo<LexCase>& info) { return std::string(info.param.name); });
 
+// Rows deleted in transactions of their own are swept out of the table lazily; until then
+// nothing may see them.
+TEST_F(RobustnessTest, RowsDeletedOneTransactionAtATimeStayGone) {
+  MustExec("CREATE TABLE K (ID NUMBER PRIMARY KEY, V VARCHAR2(5))");
+  for (int i = 1; i <= 10; ++i) MustExec("INSERT INTO K VALUES (" + std::to_string(i) + ", 'a')");
+  ASSERT_EQ(OCI_SUCCESS, OCITransCommit(svc_, err_, OCI_DEFAULT));
+  for (int i = 1; i <= 3; ++i) {
+    MustExec("DELETE FROM K WHERE ID = " + std::to_string(i));
+    ASSERT_EQ(OCI_SUCCESS, OCITransCommit(svc_, err_, OCI_DEFAULT));
+  }
+  EXPECT_EQ((std::vector<std::string>{"4", "5", "6", "7", "8", "9", "10"}),
+            Column("SELECT ID FROM K"));
+  MustExec("INSERT INTO K VALUES (2, 'b')");
+  ASSERT_EQ(OCI_SUCCESS, OCITransCommit(svc_, err_, OCI_DEFAULT));
+  EXPECT_EQ(std::vector<std::string>{"b"}, Column("SELECT V FROM K WHERE ID = 2"));
+  EXPECT_EQ(1, ExecError("INSERT INTO K VALUES (2, 'c')"));
+  MustExec("UPDATE K SET V = 'u'");
+  ASSERT_EQ(OCI_SUCCESS, OCITransCommit(svc_, err_, OCI_DEFAULT));
+  for (int i = 4; i <= 10; ++i) {
+    MustExec("DELETE FROM K WHERE ID = " + std::to_string(i));
+    ASSERT_EQ(OCI_SUCCESS, OCITransCommit(svc_, err_, OCI_DEFAULT));
+  }
+  EXPECT_EQ(std::vector<std::string>{"2"}, Column("SELECT ID FROM K"));
+  EXPECT_EQ(std::vector<std::string>{"u"}, Column("SELECT V FROM K"));
+}
+
 TEST_F(RobustnessTest, NameOf128BytesIsAccepted) {
   std::string name(128, 'T');
   MustExec("CREATE TABLE " + name + " (N NUMBER)");
