@@ -76,41 +76,50 @@ NumberError DecodeNumber(const unsigned char* bytes, Decimal* out) {
   const unsigned char* p = bytes + 1;
   if (length == 1) {
     if (p[0] != kZeroByte) return NumberError::Invalid;
-    *out = Decimal{};
+    out->negative = false;
+    out->digits.clear();
+    out->exponent = 0;
     return NumberError::None;
   }
-  Decimal d;
+  // Built in place so that a caller's Decimal reused across calls keeps its
+  // buffer; invalid bytes leave zero behind.
+  Decimal& d = *out;
+  d.negative = false;
+  d.digits.clear();
+  auto invalid = [&d]() {
+    d = Decimal{};
+    return NumberError::Invalid;
+  };
   int exponent100 = 0;
   int mantissa = length - 1;
   if (p[0] & 0x80) {
     exponent100 = p[0] - kPositiveBase;
     for (int i = 1; i <= mantissa; ++i) {
-      if (p[i] < 1 || p[i] > 100) return NumberError::Invalid;
+      if (p[i] < 1 || p[i] > 100) return invalid();
       int digit = p[i] - 1;
       d.digits += static_cast<char>('0' + digit / 10);
       d.digits += static_cast<char>('0' + digit % 10);
     }
-    if (p[1] == 1 || p[mantissa] == 1) return NumberError::Invalid;
+    if (p[1] == 1 || p[mantissa] == 1) return invalid();
   } else {
     d.negative = true;
     exponent100 = kNegativeBase - p[0];
     if (p[mantissa] == kNegativeTrailer) {
       --mantissa;
     } else if (mantissa != kMaxMantissaBytes) {
-      return NumberError::Invalid;
+      return invalid();
     }
-    if (mantissa < 1) return NumberError::Invalid;
+    if (mantissa < 1) return invalid();
     for (int i = 1; i <= mantissa; ++i) {
-      if (p[i] < 2 || p[i] > 101) return NumberError::Invalid;
+      if (p[i] < 2 || p[i] > 101) return invalid();
       int digit = 101 - p[i];
       d.digits += static_cast<char>('0' + digit / 10);
       d.digits += static_cast<char>('0' + digit % 10);
     }
-    if (p[1] == 101 || p[mantissa] == 101) return NumberError::Invalid;
+    if (p[1] == 101 || p[mantissa] == 101) return invalid();
   }
   d.exponent = 2 * (exponent100 + 1);
   Normalize(&d);
-  *out = d;
   return NumberError::None;
 }
 

@@ -70,7 +70,8 @@ sword OCINumberToText(OCIError* err, const OCINumber* number, const oratext* fmt
   if (HasNlsParams(nls_params, nls_p_length)) {
     return FailNlsParams(err, nls_params, nls_p_length);
   }
-  Decimal value;
+  // Reused from call to call: the digits keep their buffer.
+  thread_local Decimal value;
   if (ocimem::values::DecodeNumber(number->OCINumberPart, &value) != NumberError::None) {
     return FailInvalidNumber(err, 2);
   }
@@ -133,7 +134,7 @@ sword OCINumberToReal(OCIError* err, const OCINumber* number, uword rsl_length, 
     return ocimem::FailArgument(err, 3);
   }
   if (rsl == nullptr) return ocimem::FailArgument(err, 4);
-  Decimal value;
+  thread_local Decimal value;
   if (ocimem::values::DecodeNumber(number->OCINumberPart, &value) != NumberError::None) {
     return FailInvalidNumber(err, 2);
   }
