@@ -102,6 +102,7 @@ bool Tokenize(std::string_view sql, std::vector<Token>* tokens, SqlError* error)
       size_t start = ++i;
       while (i < n && IsIdentPart(static_cast<unsigned char>(sql[i]))) ++i;
       if (i == start) return SetError(error, 911, "invalid character");
+      if (i - start > kMaxIdentifier) return SetError(error, 972, "identifier is too long");
       t.kind = TokenKind::kBind;
       t.text = std::string(sql.substr(start, i - start));
     } else {

@@ -151,6 +151,8 @@ INSTANTIATE_TEST_SUITE_P(
                 972},
         LexCase{"TypeNameOf129Bytes",
                 "CREATE TYPE " + std::string(129, 'T') + " AS OBJECT (N NUMBER)", 972},
+        LexCase{"BindNameOf129Bytes", "SELECT 1 FROM DUAL WHERE 1 = :" + std::string(129, 'B'),
+                972},
         LexCase{"TrailingSemicolon", "SELECT 1 FROM DUAL;", 911}),
     [](const ::testing::TestParamInfo<LexCase>& info) { return std::string(info.param.name); });
 
@@ -184,6 +186,14 @@ TEST_F(RobustnessTest, NameOf128BytesIsAccepted) {
   std::string name(128, 'T');
   MustExec("CREATE TABLE " + name + " (N NUMBER)");
   MustExec("INSERT INTO " + name + " VALUES (1)");
+  std::string bind(128, 'B');
+  OCIStmt* stmt = Prepare("INSERT INTO " + name + " VALUES (:" + bind + ")");
+  int one = 1;
+  OCIBind* b = nullptr;
+  ASSERT_EQ(OCI_SUCCESS, OCIBindByName(stmt, &b, err_, Text((":" + bind).c_str()), 129, &one,
+                                       sizeof one, SQLT_INT, nullptr, nullptr, nullptr, 0,
+                                       nullptr, OCI_DEFAULT));
+  EXPECT_EQ(OCI_SUCCESS, Execute(stmt)) << FirstError(err_);
 }
 
 }  // namespace
