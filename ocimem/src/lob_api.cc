@@ -85,6 +85,22 @@ sword Writable(OCIError* err, SvcCtx* svc, OCILobLocator* l, std::string** conte
   return OCI_SUCCESS;
 }
 
+// A LOB lives in memory here, so it is held to a size far below Oracle's own limit: a write
+// at an offset near 4 GB would otherwise try to fill the gap before it.
+constexpr size_t kMaxLobBytes = size_t{1} << 30;
+
+sword TooLarge(OCIError* err) {
+  return Fail(err, 22925, "operation would exceed maximum size allowed for a LOB value");
+}
+
+// True when writing `data_bytes` at `offset` keeps the LOB within kMaxLobBytes.  A gap is
+// counted as one byte per character, which is what it is filled with.
+bool WriteFits(const std::string& content, ub4 offset, size_t data_bytes) {
+  size_t start = size_t{offset} - 1;
+  size_t before = std::max(content.size(), start);
+  return before <= kMaxLobBytes && data_bytes <= kMaxLobBytes - before;
+}
+
 // Overwrites from `offset` (1-based characters or bytes) without shortening the LOB; a gap
 // before the offset is filled with spaces (CLOB) or zero bytes (BLOB).
 void Overwrite(std::string* content, bool clob, ub4 offset, const std::string& data) {
@@ -225,6 +241,7 @@ sword OCILobWrite(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp, ub4* a
     if (offset == 0) return IllegalParameter(errhp);
     ub4 amount = *amtp;
     if (amount > buflen) return Fail(errhp, 24811, "less data provided for writing than indicated");
+    if (!WriteFits(*content, offset, amount)) return TooLarge(errhp);
     Overwrite(content, clob, offset,
               std::string(data == nullptr ? "" : data, data == nullptr ? 0 : amount));
     *amtp = amount;
@@ -241,6 +258,10 @@ sword OCILobWrite(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp, ub4* a
     return IllegalParameter(errhp);  // a next or last piece without a first one
   }
   // decision D12: empty pieces are accepted
+  if (!WriteFits(*content, w.offset, w.bytes.size() + buflen)) {
+    w = LobPiecewise();
+    return TooLarge(errhp);
+  }
   if (buflen > 0) w.bytes.append(data, buflen);
   if (w.announced > 0 && w.bytes.size() > w.announced) {
     w = LobPiecewise();

@@ -440,3 +440,40 @@ TEST_F(LobTest, UpdateWithEmptyClobEmptiesTheLob) {
 
 }  // namespace
 }  // namespace ocimem_test
+
+namespace ocimem_test {
+namespace {
+
+class LobLimitTest : public LobTest {};
+
+// In memory a LOB is held to 1 GiB; an offset near 4 GB would otherwise fill a 4 GB gap.
+// Oracle's own limit is far higher: ocimem answers with Oracle's error for exceeding it.
+TEST_F(LobLimitTest, WriteFarBeyondTheEndIsRefusedWithoutGrowing) {
+  for (ub1 kind : {ub1{OCI_TEMP_BLOB}, ub1{OCI_TEMP_CLOB}}) {
+    OCILobLocator* temp = NewLocator();
+    ASSERT_EQ(OCI_SUCCESS, OCILobCreateTemporary(svc_, err_, temp, 0, SQLCS_IMPLICIT, kind,
+                                                 FALSE, OCI_DURATION_SESSION));
+    ASSERT_EQ(OCI_SUCCESS, WriteOne(temp, "abc"));
+    EXPECT_EQ(OCI_ERROR, WriteOne(temp, "x", 0xFFFFFFFFu));
+    EXPECT_EQ("ORA-22925: operation would exceed maximum size allowed for a LOB value",
+              FirstError(err_));
+    EXPECT_EQ(OCI_ERROR, WriteOne(temp, "x", (1u << 30) + 1));
+    EXPECT_EQ(22925, FirstCode(err_));
+    // A piecewise write is refused at the piece that would not fit, and is over.
+    ub4 amount = 0;
+    char piece = 'y';
+    EXPECT_EQ(OCI_ERROR, OCILobWrite(svc_, err_, temp, &amount, 0xF0000000u, &piece, 1,
+                                     OCI_FIRST_PIECE, nullptr, nullptr, 0, SQLCS_IMPLICIT));
+    EXPECT_EQ(22925, FirstCode(err_));
+    EXPECT_EQ(OCI_ERROR, OCILobWrite(svc_, err_, temp, &amount, 0xF0000000u, &piece, 1,
+                                     OCI_LAST_PIECE, nullptr, nullptr, 0, SQLCS_IMPLICIT));
+    EXPECT_EQ(24801, FirstCode(err_));
+    ub4 length = 0;
+    ASSERT_EQ(OCI_SUCCESS, OCILobGetLength(svc_, err_, temp, &length));
+    EXPECT_EQ(3u, length);
+    EXPECT_EQ("abc", ReadAll(temp));
+  }
+}
+
+}  // namespace
+}  // namespace ocimem_test
