@@ -1,9 +1,13 @@
 // Allocation and bookkeeping of datetime and interval descriptors. The core
 // calls these from OCIDescriptorAlloc/Free and when object instances hold
 // TIMESTAMP or INTERVAL attributes.
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
 #include <mutex>
 #include <new>
-#include <unordered_map>
+#include <vector>
 
 #include "../value_descriptors.h"
 #include "calendar.h"
@@ -16,25 +20,119 @@ constexpr std::uint32_t kMagic = 0x4F56414CU;
 
 // Pointer -> descriptor type for every live descriptor. Every value call
 // looks its descriptor up here, so that a stray pointer is never read
-// through. A plain mutex: a reader-writer lock measured slower for the one
-// thread per connection that the callers use.
+// through; allocation and freeing are rare next to that. Lookups therefore
+// take no lock: an open-addressing table of atomic slots that only
+// allocation and freeing change, under the mutex. A slot's key, once set, is
+// never changed; freeing sets its type to 0, and the same address allocated
+// again takes its old slot back. A table that fills up is copied into one
+// twice its size; the old one is kept, because a lookup may still be reading
+// it (the tables double, so all of them together are at most twice the last).
+struct Table {
+  explicit Table(std::size_t n) : size(n), slots(new Slot[n]) {}
+  struct Slot {
+    std::atomic<const void*> key{nullptr};
+    std::atomic<std::uint32_t> type{0};
+  };
+  std::size_t size;  // a power of two
+  std::unique_ptr<Slot[]> slots;
+  std::size_t used = 0;  // slots with a key, live or freed (writers only)
+};
+
+std::size_t Hash(const void* p, std::size_t size) {
+  auto v = static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(p));
+  v ^= v >> 29;
+  v *= 0xBF58476D1CE4E5B9ULL;
+  v ^= v >> 32;
+  return static_cast<std::size_t>(v) & (size - 1);
+}
+
 struct Registry {
-  std::mutex mutex;
-  std::unordered_map<const void*, std::uint32_t> live;
+  std::mutex mutex;  // writers
+  std::atomic<Table*> table{nullptr};
+  std::vector<std::unique_ptr<Table>> tables;  // every table made, the current last
 };
 
 Registry& TheRegistry() {
-  static Registry* registry = new Registry;  // never destroyed: used from atexit paths
+  static Registry* registry = [] {
+    auto* r = new Registry;  // never destroyed: used from atexit paths
+    r->tables.push_back(std::make_unique<Table>(256));
+    r->table.store(r->tables.back().get(), std::memory_order_release);
+    return r;
+  }();
   return *registry;
+}
+
+// The slot holding `p`, or nullptr.
+Table::Slot* Find(const Table& t, const void* p) {
+  for (std::size_t i = Hash(p, t.size), probes = 0; probes < t.size;
+       i = (i + 1) & (t.size - 1), ++probes) {
+    const void* key = t.slots[i].key.load(std::memory_order_acquire);
+    if (key == p) return &t.slots[i];
+    if (key == nullptr) return nullptr;
+  }
+  return nullptr;
+}
+
+// Writers only: sets `p`'s slot, reusing the one it had.
+void Put(Table* t, const void* p, std::uint32_t type) {
+  if (Table::Slot* slot = Find(*t, p)) {
+    slot->type.store(type, std::memory_order_release);
+    return;
+  }
+  for (std::size_t i = Hash(p, t->size);; i = (i + 1) & (t->size - 1)) {
+    if (t->slots[i].key.load(std::memory_order_relaxed) == nullptr) {
+      t->slots[i].type.store(type, std::memory_order_relaxed);
+      t->slots[i].key.store(p, std::memory_order_release);
+      ++t->used;
+      return;
+    }
+  }
 }
 
 bool Lookup(const void* p, std::uint32_t* type) {
   if (p == nullptr) return false;
+  const Table* t = TheRegistry().table.load(std::memory_order_acquire);
+  const Table::Slot* slot = Find(*t, p);
+  if (slot == nullptr) return false;
+  const std::uint32_t found = slot->type.load(std::memory_order_acquire);
+  if (found == 0) return false;
+  *type = found;
+  return true;
+}
+
+void Register(const void* p, std::uint32_t type) {
   Registry& r = TheRegistry();
   std::lock_guard<std::mutex> lock(r.mutex);
-  auto it = r.live.find(p);
-  if (it == r.live.end()) return false;
-  *type = it->second;
+  Table* t = r.table.load(std::memory_order_relaxed);
+  if (Find(*t, p) == nullptr && (t->used + 1) * 2 > t->size) {
+    // Live entries only: freed slots are dropped on the way.
+    std::size_t live = 0;
+    for (std::size_t i = 0; i < t->size; ++i) {
+      if (t->slots[i].type.load(std::memory_order_relaxed) != 0) ++live;
+    }
+    std::size_t size = t->size;
+    while ((live + 1) * 4 > size) size *= 2;
+    auto grown = std::make_unique<Table>(size);
+    for (std::size_t i = 0; i < t->size; ++i) {
+      const std::uint32_t ty = t->slots[i].type.load(std::memory_order_relaxed);
+      if (ty != 0) Put(grown.get(), t->slots[i].key.load(std::memory_order_relaxed), ty);
+    }
+    t = grown.get();
+    r.tables.push_back(std::move(grown));
+    r.table.store(t, std::memory_order_release);
+  }
+  Put(t, p, type);
+}
+
+// Clears `p`'s entry and gives its type; false when it was not live.
+bool Unregister(const void* p, std::uint32_t* type) {
+  Registry& r = TheRegistry();
+  std::lock_guard<std::mutex> lock(r.mutex);
+  Table::Slot* slot = Find(*r.table.load(std::memory_order_relaxed), p);
+  if (slot == nullptr) return false;
+  *type = slot->type.load(std::memory_order_relaxed);
+  if (*type == 0) return false;
+  slot->type.store(0, std::memory_order_release);
   return true;
 }
 
@@ -93,28 +191,17 @@ sword AllocValueDescriptor(Env* /*env*/, ub4 type, void** out) {
     return OCI_INVALID_HANDLE;
   }
   if (made == nullptr) return OCI_ERROR;
-  {
-    Registry& r = TheRegistry();
-    std::lock_guard<std::mutex> lock(r.mutex);
-    r.live.emplace(made, type);
-  }
+  Register(made, type);
   *out = made;
   return OCI_SUCCESS;
 }
 
 void FreeValueDescriptor(void* desc) {
   if (desc == nullptr) return;
+  // Found and cleared under one lock: two threads freeing the same
+  // descriptor cannot both go on to delete it.
   std::uint32_t type = 0;
-  {
-    // Found and removed under one lock: two threads freeing the same
-    // descriptor cannot both go on to delete it.
-    Registry& r = TheRegistry();
-    std::lock_guard<std::mutex> lock(r.mutex);
-    auto it = r.live.find(desc);
-    if (it == r.live.end()) return;
-    type = it->second;
-    r.live.erase(it);
-  }
+  if (!Unregister(desc, &type)) return;
   if (values::IsDateTimeType(type)) {
     auto* d = static_cast<values::DateTimeDescriptor*>(desc);
     d->header.magic = 0;

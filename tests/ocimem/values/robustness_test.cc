@@ -587,3 +587,59 @@ TEST_F(RobustnessTest, DescriptorsUsedInSeveralThreads) {
 }
 
 }  // namespace
+
+namespace {
+
+// Many descriptors live at once, freed and made again in waves: each one is
+// recognised exactly while it is live, with its own type.
+TEST_F(RobustnessTest, ManyLiveDescriptorsStayRecognised) {
+  std::vector<void*> live;
+  std::vector<ub4> types;
+  const ub4 kinds[] = {OCI_DTYPE_TIMESTAMP, OCI_DTYPE_TIMESTAMP_TZ, OCI_DTYPE_INTERVAL_YM,
+                       OCI_DTYPE_INTERVAL_DS};
+  for (int wave = 0; wave < 3; ++wave) {
+    for (int k = 0; k < 3000; ++k) {
+      void* d = nullptr;
+      const ub4 type = kinds[k % 4];
+      ASSERT_EQ(OCIDescriptorAlloc(env_, &d, type, 0, nullptr), OCI_SUCCESS);
+      live.push_back(d);
+      types.push_back(type);
+    }
+    for (std::size_t k = 0; k < live.size(); ++k) {
+      OraText buf[64];
+      size_t length = 0;
+      const bool interval = types[k] == OCI_DTYPE_INTERVAL_YM || types[k] == OCI_DTYPE_INTERVAL_DS;
+      const sword rc = OCIIntervalToText(env_, err_, static_cast<OCIInterval*>(live[k]), 2, 0,
+                                         buf, sizeof buf, &length);
+      ASSERT_EQ(rc, interval ? OCI_SUCCESS : OCI_ERROR) << k;
+    }
+    // Free every other one; the freed ones are no longer intervals.
+    std::vector<void*> kept;
+    std::vector<ub4> kept_types;
+    for (std::size_t k = 0; k < live.size(); ++k) {
+      if (k % 2 == 0) {
+        ASSERT_EQ(OCIDescriptorFree(live[k], types[k]), OCI_SUCCESS);
+      } else {
+        kept.push_back(live[k]);
+        kept_types.push_back(types[k]);
+      }
+    }
+    live.swap(kept);
+    types.swap(kept_types);
+  }
+  for (std::size_t k = 0; k < live.size(); ++k) OCIDescriptorFree(live[k], types[k]);
+  // All gone: a freed address that was not reused is refused.
+  void* d = nullptr;
+  ASSERT_EQ(OCIDescriptorAlloc(env_, &d, OCI_DTYPE_INTERVAL_DS, 0, nullptr), OCI_SUCCESS);
+  OraText buf[64];
+  size_t length = 0;
+  EXPECT_EQ(OCIIntervalToText(env_, err_, static_cast<OCIInterval*>(d), 2, 0, buf, sizeof buf,
+                              &length),
+            OCI_SUCCESS);
+  OCIDescriptorFree(d, OCI_DTYPE_INTERVAL_DS);
+  EXPECT_EQ(OCIIntervalToText(env_, err_, static_cast<OCIInterval*>(d), 2, 0, buf, sizeof buf,
+                              &length),
+            OCI_ERROR);
+}
+
+}  // namespace
