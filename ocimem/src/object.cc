@@ -215,7 +215,7 @@ sword OCIObjectUnpin(OCIEnv* envh, OCIError* err, void* object) {
   if ((rc = CheckObjectEnv(envh, err, &env)) != OCI_SUCCESS) return rc;
   if (object == nullptr) return FailArgument(err, 3);
   // Values are never pinned; of the pinned objects ocimem has only type descriptors.
-  OCIType* type = FindInstance(env, object) != nullptr ? nullptr : AsType(object);
+  OCIType* type = FindInstance(env, object) != nullptr ? nullptr : FindType(object);
   if (type == nullptr) {
     return Fail(err, 21710, "argument is expecting a valid memory address of an object");
   }

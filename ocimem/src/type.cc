@@ -1,6 +1,10 @@
 #include "type.h"
 
 #include <cstring>
+#include <memory>
+#include <mutex>
+#include <unordered_set>
+#include <vector>
 
 namespace ocimem {
 
@@ -34,6 +38,28 @@ size_t ValueType::IndSize() const {
   return kind == ValueKind::kObject ? named->ind_size : sizeof(OCIInd);
 }
 
+namespace {
+
+struct TypeRegistry {
+  std::mutex mutex;
+  std::unordered_set<const OCIType*> types;
+};
+
+// Never destroyed: TDOs may still go while static destructors run.
+TypeRegistry& Registry() {
+  static TypeRegistry* registry = new TypeRegistry;
+  return *registry;
+}
+
+}  // namespace
+
+OCIType* FindType(const void* p) {
+  TypeRegistry& r = Registry();
+  std::lock_guard<std::mutex> lock(r.mutex);
+  auto it = r.types.find(static_cast<const OCIType*>(p));
+  return it == r.types.end() ? nullptr : const_cast<OCIType*>(*it);
+}
+
 OCIType* AsType(const void* p) {
   if (p == nullptr) return nullptr;
   auto* t = static_cast<OCIType*>(const_cast<void*>(p));
@@ -45,6 +71,41 @@ OCIType* AsType(const void* p) {
 namespace {
 size_t RoundUp(size_t n, size_t align) { return (n + align - 1) / align * align; }
 }  // namespace
+
+OCIType::OCIType() {
+  ocimem::TypeRegistry& r = ocimem::Registry();
+  std::lock_guard<std::mutex> lock(r.mutex);
+  r.types.insert(this);
+}
+
+OCIType::~OCIType() {
+  live = 0;
+  {
+    ocimem::TypeRegistry& r = ocimem::Registry();
+    std::lock_guard<std::mutex> lock(r.mutex);
+    r.types.erase(this);
+  }
+  // The types this one holds may be the last holders of a chain thousands of types deep;
+  // releasing them here one inside the other would recurse once per level.  The outermost
+  // destructor releases them in a loop instead.
+  static thread_local std::vector<std::shared_ptr<OCIType>>* draining = nullptr;
+  std::vector<std::shared_ptr<OCIType>> held;
+  for (ocimem::Attribute& a : attributes) {
+    if (a.type.named) held.push_back(std::move(a.type.named));
+  }
+  if (element.named) held.push_back(std::move(element.named));
+  if (draining != nullptr) {
+    for (auto& t : held) draining->push_back(std::move(t));
+    return;
+  }
+  draining = &held;
+  while (!held.empty()) {
+    std::shared_ptr<OCIType> last = std::move(held.back());
+    held.pop_back();
+    last.reset();
+  }
+  draining = nullptr;
+}
 
 void OCIType::Layout() {
   size_t offset = 0;

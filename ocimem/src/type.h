@@ -64,6 +64,11 @@ struct Attribute {
 }  // namespace ocimem
 
 struct OCIType : std::enable_shared_from_this<OCIType> {
+  OCIType();
+  ~OCIType();
+  OCIType(const OCIType&) = delete;
+  OCIType& operator=(const OCIType&) = delete;
+
   ub4 live = ocimem::kLiveType;
   std::string schema;
   std::string name;
@@ -93,8 +98,12 @@ struct OCIType : std::enable_shared_from_this<OCIType> {
 };
 
 namespace ocimem {
-// The TDO behind `p` when it is one, else nullptr.
+// The TDO behind `p` when it is one, else nullptr.  Reads the TDO's tag, so `p` must point
+// to at least a TDO's worth of memory.
 OCIType* AsType(const void* p);
+// The same for any pointer at all (a caller's variable, say): looked up among the TDOs that
+// exist, never read.
+OCIType* FindType(const void* p);
 }  // namespace ocimem
 
 #endif  // OCIMEM_SRC_TYPE_H

@@ -208,3 +208,28 @@ TEST_F(FreedSessionTest, FetchAfterTheSessionHandleWasFreedStillDeliversTheRows)
 
 }  // namespace
 }  // namespace ocimem_test
+
+namespace ocimem_test {
+namespace {
+
+class HolderAddressTest : public OciTest {};
+
+// decision D9: the address of a variable that holds a collection is no instance; unpinning
+// or freeing it is refused without reading past the variable.
+TEST_F(HolderAddressTest, UnpinAndFreeOfAHolderAddressAreRefused) {
+  MustExec("CREATE TYPE NUMS AS TABLE OF NUMBER");
+  OCIType* tdo = TypeByName("NUMS");
+  void* coll = nullptr;
+  ASSERT_EQ(OCI_SUCCESS, OCIObjectNew(env_, err_, svc_, OCI_TYPECODE_TABLE, tdo, nullptr,
+                                      OCI_DURATION_DEFAULT, TRUE, &coll));
+  void* holder = coll;
+  EXPECT_EQ(OCI_ERROR, OCIObjectUnpin(env_, err_, &holder));
+  EXPECT_EQ(21710, FirstCode(err_));
+  EXPECT_EQ(OCI_ERROR, OCIObjectFree(env_, err_, &holder, OCI_OBJECTFREE_FORCE));
+  EXPECT_EQ(21710, FirstCode(err_));
+  EXPECT_EQ(OCI_SUCCESS, OCIObjectFree(env_, err_, coll, OCI_OBJECTFREE_FORCE));
+  EXPECT_EQ(OCI_SUCCESS, OCIObjectUnpin(env_, err_, tdo));
+}
+
+}  // namespace
+}  // namespace ocimem_test

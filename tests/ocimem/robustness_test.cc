@@ -40,6 +40,12 @@ TEST_F(RobustnessTest, TenThousandNestedObjectTypesMakeAndFreeAnInstance) {
   EXPECT_EQ(OCI_SUCCESS, OCIObjectFree(env_, err_, obj, OCI_OBJECTFREE_FORCE));
 }
 
+// The database going with its last session releases the whole chain at once.
+TEST_F(RobustnessTest, HundredThousandNestedTypesAreReleasedWithoutRecursion) {
+  CreateChain(100000);
+  EXPECT_NE(nullptr, TypeByName("L99999"));
+}
+
 TEST_F(RobustnessTest, TenThousandNestedObjectTypesInATableRow) {
   constexpr int kDepth = 10000;
   CreateChain(kDepth);
