@@ -253,7 +253,9 @@ int ParseDateMask(std::string_view mask, DateMask* out) {
 
 int FormatDateTime(const DateMask& mask, const DateTimeFields& v, bool allow_fraction, int fsprec,
                    const ZoneOutput* zone, std::string* out) {
-  std::string text;
+  // Written straight into `out`, whose buffer a caller may reuse.
+  std::string& text = *out;
+  text.clear();
   bool fill = false;
   const int abs_year = v.year < 0 ? -v.year : v.year;
   for (const DateToken& t : mask.tokens) {
@@ -294,7 +296,7 @@ int FormatDateTime(const DateMask& mask, const DateTimeFields& v, bool allow_fra
         if (!allow_fraction) return kOraDateFormatNotRecognized;
         const int digits = t.digits != 0 ? t.digits : fsprec;
         // Digits beyond the precision are cut, never carried into the seconds.
-        text += Padded(v.nanos, 9, false).substr(0, static_cast<std::size_t>(digits));
+        text.append(Padded(v.nanos, 9, false), 0, static_cast<std::size_t>(digits));
         break;
       }
       case DateElement::ZoneRegion:
@@ -324,7 +326,6 @@ int FormatDateTime(const DateMask& mask, const DateTimeFields& v, bool allow_fra
       }
     }
   }
-  *out = std::move(text);
   return 0;
 }
 

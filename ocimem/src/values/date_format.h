@@ -111,7 +111,7 @@ int ParseDateMask(std::string_view mask, DateMask* out);
 
 // fsprec: digits printed by FF. zone: nullptr when the value has no zone
 // (then a zone element is kOraDateFormatNotRecognized, as is FF unless
-// allow_fraction).
+// allow_fraction). `out` is replaced, and undefined after an error.
 int FormatDateTime(const DateMask& mask, const DateTimeFields& value, bool allow_fraction,
                    int fsprec, const ZoneOutput* zone, std::string* out);
 

@@ -53,7 +53,7 @@ sword OCIDateToText(OCIError* err, const OCIDate* date, const oratext* fmt, ub1 
   v.hour = date->OCIDateTime.OCITimeHH;
   v.minute = date->OCIDateTime.OCITimeMI;
   v.second = date->OCIDateTime.OCITimeSS;
-  std::string text;
+  thread_local std::string text;  // keeps its buffer from call to call
   if (int ora = ocimem::values::FormatDateTime(*mask, v, false, 0, nullptr, &text)) {
     return ocimem::values::FailDate(err, ora);
   }

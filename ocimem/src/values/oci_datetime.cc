@@ -242,7 +242,7 @@ sword OCIDateTimeToText(void* hndl, OCIError* err, const OCIDateTime* date, cons
   ocimem::values::ZoneOutput zone;
   bool has_zone = false;
   const DateTimeFields f = Shown(*d, session, &zone, &has_zone);
-  std::string text;
+  thread_local std::string text;  // keeps its buffer from call to call
   if (int ora = ocimem::values::FormatDateTime(*mask, f, true, fsprec, has_zone ? &zone : nullptr,
                                                &text)) {
     return ocimem::values::FailDate(err, ora);
