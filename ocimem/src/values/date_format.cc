@@ -273,9 +273,11 @@ int FormatDateTime(const DateMask& mask, const DateTimeFields& v, bool allow_fra
       case DateElement::RoundYear2: text += Padded(abs_year % 100, 2, fill); break;
       case DateElement::Month: text += Padded(v.month, 2, fill); break;
       case DateElement::MonthAbbr:
+        if (v.month < 1 || v.month > 12) return kOraBadMonth;
         text += ApplyCase(t.text, std::string_view(kMonthNames[v.month - 1], 3));
         break;
       case DateElement::MonthName: {
+        if (v.month < 1 || v.month > 12) return kOraBadMonth;
         std::string name = ApplyCase(t.text, kMonthNames[v.month - 1]);
         if (!fill) name.append(kLongestMonthName - name.size(), ' ');
         text += name;

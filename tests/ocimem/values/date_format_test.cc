@@ -83,6 +83,23 @@ TEST(DateFormatTest, ZoneElementNeedsAZone) {
   EXPECT_EQ(ocimem::values::FormatDateTime(mask, DateTimeFields{}, true, 6, nullptr, &text), 1821);
 }
 
+// Month names are looked up by the month: a value that did not come through
+// a checked call (a raw date bound by a caller) is refused, never read past
+// the table.
+TEST(DateFormatTest, MonthOutsideTheYearIsRefusedByNameElements) {
+  for (const char* text : {"DD-MON-YY", "MONTH", "Mon"}) {
+    ocimem::values::DateMask mask;
+    ASSERT_EQ(ocimem::values::ParseDateMask(text, &mask), 0);
+    for (int month : {0, 13, 200, -1}) {
+      DateTimeFields f;
+      f.month = month;
+      std::string out;
+      EXPECT_EQ(ocimem::values::FormatDateTime(mask, f, false, 0, nullptr, &out), 1843)
+          << text << " " << month;
+    }
+  }
+}
+
 TEST(DateFormatTest, RrMapsToNearestCentury) {
   ocimem::values::DateParseOptions options;
   options.current_year = 2026;
