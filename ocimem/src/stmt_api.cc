@@ -178,10 +178,11 @@ sword FetchRows(StmtHandle* s, OCIError* err, ub4 nrows) {
         truncated = true;
       }
     }
+    // Counted row by row, so that a row failing half-way leaves the rows before it counted.
     ++fetched;
     s->rows_fetched = fetched;
+    ++s->row_count;
   }
-  s->row_count += fetched;
   if (fetched < nrows) {
     c.exhausted = true;
     AddRecord(err, 1403, "no data found");

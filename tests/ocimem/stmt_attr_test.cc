@@ -71,5 +71,20 @@ TEST_F(StmtAttrTest, DmlHasNoSelectListAndFetchesNothing) {
   EXPECT_EQ(0u, Get(stmt, OCI_ATTR_PARAM_COUNT));
 }
 
+// UNCONFIRMED: the rows delivered before the row that failed count as fetched.
+TEST_F(StmtAttrTest, RowsBeforeANullWithoutIndicatorAreCounted) {
+  MustExec("UPDATE EMP SET NAME = NULL WHERE ID = 3");
+  OCIStmt* stmt = Prepare("SELECT NAME FROM EMP");
+  char names[4][11] = {};
+  OCIDefine* def = nullptr;
+  ASSERT_EQ(OCI_SUCCESS, OCIDefineByPos(stmt, &def, err_, 1, names, sizeof names[0], SQLT_STR,
+                                        nullptr, nullptr, nullptr, OCI_DEFAULT));
+  ASSERT_EQ(OCI_ERROR, Execute(stmt, 4));
+  EXPECT_EQ(1405, FirstCode(err_));
+  EXPECT_EQ(2u, Get(stmt, OCI_ATTR_ROWS_FETCHED));
+  EXPECT_EQ(2u, Get(stmt, OCI_ATTR_ROW_COUNT));
+  EXPECT_STREQ("n", names[1]);
+}
+
 }  // namespace
 }  // namespace ocimem_test
