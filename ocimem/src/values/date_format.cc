@@ -1,7 +1,6 @@
 #include "date_format.h"
 
 #include <atomic>
-#include <cctype>
 #include <cstdlib>
 #include <ctime>
 
@@ -18,11 +17,15 @@ constexpr std::size_t kLongestMonthName = 9;
 std::atomic<int> g_pinned_year{0};
 std::atomic<int> g_pinned_month{1};
 
-bool IsAlpha(char c) { return std::isalpha(static_cast<unsigned char>(c)) != 0; }
+// ASCII only, whatever C locale the host has set: masks and month names are
+// AMERICAN, and a locale's own letters (or its case rules: the Turkish
+// dotless i) must not change how a mask reads.
+bool IsAlpha(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 bool IsAlnum(char c) { return IsAlpha(c) || IsDigit(c); }
-char Upper(char c) { return static_cast<char>(std::toupper(static_cast<unsigned char>(c))); }
-char Lower(char c) { return static_cast<char>(std::tolower(static_cast<unsigned char>(c))); }
+char Upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
+char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+bool IsLower(char c) { return c >= 'a' && c <= 'z'; }
 
 bool MatchFold(std::string_view s, std::size_t pos, std::string_view word) {
   if (s.size() < pos || s.size() - pos < word.size()) return false;
@@ -62,9 +65,9 @@ const ElementName kElements[] = {
 // Case of a name element follows how the element is written: MON, Mon, mon.
 std::string ApplyCase(const std::string& written, std::string_view upper_word) {
   std::string out(upper_word);
-  const bool first_lower = !written.empty() && std::islower(static_cast<unsigned char>(written[0]));
+  const bool first_lower = !written.empty() && IsLower(written[0]);
   const bool second_lower =
-      written.size() > 1 && std::islower(static_cast<unsigned char>(written[1]));
+      written.size() > 1 && IsLower(written[1]);
   if (first_lower) {
     for (char& c : out) c = Lower(c);
   } else if (second_lower) {

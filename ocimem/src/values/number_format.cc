@@ -1,12 +1,12 @@
 #include "number_format.h"
 
 #include <algorithm>
-#include <cctype>
 
 namespace ocimem::values {
 namespace {
 
-char Upper(char c) { return static_cast<char>(std::toupper(static_cast<unsigned char>(c))); }
+// ASCII only: the host's C locale must not change how a mask reads.
+char Upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 

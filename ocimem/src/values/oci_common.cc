@@ -1,6 +1,5 @@
 #include "oci_common.h"
 
-#include <cctype>
 #include <cstring>
 
 #include "../internal.h"
@@ -13,7 +12,8 @@ bool IsAmerican(const oratext* lang, std::size_t length) {
   static constexpr std::string_view kAmerican = "AMERICAN";
   if (length != kAmerican.size()) return false;
   for (std::size_t i = 0; i < length; ++i) {
-    if (std::toupper(lang[i]) != kAmerican[i]) return false;
+    const oratext c = lang[i];
+    if ((c >= 'a' && c <= 'z' ? c - 'a' + 'A' : c) != kAmerican[i]) return false;
   }
   return true;
 }
