@@ -241,8 +241,15 @@ int ParseDateMask(std::string_view mask, DateMask* out) {
   }
   bool has_year = false;
   bool has_month = false;
+  for (int k = 0; k < 4; ++k) {
+    DateParseOptions options;
+    options.allow_fraction = (k & 1) != 0;
+    options.allow_zone = (k & 2) != 0;
+    result.input_error[k] = CheckInputMask(result, options);
+  }
   for (const DateToken& t : result.tokens) {
     const Group g = GroupOf(t.element);
+    result.fields |= 1U << static_cast<int>(g);
     has_year = has_year || g == Group::Year;
     has_month = has_month || g == Group::Month;
     if (t.element == DateElement::Year2 || t.element == DateElement::RoundYear2) {
@@ -416,13 +423,15 @@ int ReadOffset(Reader* r, int* minutes) {
 
 int ParseDateTime(std::string_view text, const DateMask& mask, const DateParseOptions& options,
                   DateTimeFields* value, ZoneInput* zone) {
-  if (int rc = CheckInputMask(mask, options)) return rc;
+  if (int rc = mask.input_error[(options.allow_fraction ? 1 : 0) | (options.allow_zone ? 2 : 0)]) {
+    return rc;
+  }
   Reader r{text, 0};
   while (!r.AtEnd() && r.Peek() == ' ') ++r.pos;
 
   bool has[16] = {};
   bool filled[16] = {};
-  for (const DateToken& t : mask.tokens) has[static_cast<int>(GroupOf(t.element))] = true;
+  for (int g = 0; g < 16; ++g) has[g] = (mask.fields >> g & 1U) != 0;
 
   int year = 0;
   int month = 0;

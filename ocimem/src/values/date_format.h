@@ -42,11 +42,17 @@ struct DateToken {
   int digits = 0;    // FF1..FF9; 0 for FF
 };
 
+// Made by ParseDateMask, which also fills in the facts below so that they are
+// not worked out again for every value read with the mask.
 struct DateMask {
   std::vector<DateToken> tokens;
   // Reading with this mask takes the year or month from the clock: it has a
   // two-digit year, or no year or month element at all.
   bool needs_clock = false;
+  std::uint32_t fields = 0;  // one bit per kind of field the mask names
+  // The mask's fault as an input mask (0 when none), by
+  // allow_fraction + 2 * allow_zone.
+  int input_error[4] = {};
 };
 
 struct DateTimeFields {
