@@ -191,7 +191,17 @@ sword AllocValueDescriptor(Env* /*env*/, ub4 type, void** out) {
     return OCI_INVALID_HANDLE;
   }
   if (made == nullptr) return OCI_ERROR;
-  Register(made, type);
+  try {
+    Register(made, type);
+  } catch (const std::bad_alloc&) {
+    // No room to grow the registry: the descriptor could never be found again.
+    if (values::IsDateTimeType(type)) {
+      delete static_cast<values::DateTimeDescriptor*>(made);
+    } else {
+      delete static_cast<values::IntervalDescriptor*>(made);
+    }
+    return OCI_ERROR;
+  }
   *out = made;
   return OCI_SUCCESS;
 }
