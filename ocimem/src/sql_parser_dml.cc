@@ -65,12 +65,9 @@ bool Parser::ParseCreateTable(Statement* out) {
 bool Parser::ParseColumnConstraints(ColumnSpec* column) {
   for (;;) {
     std::string name;
-    if (AcceptWord("CONSTRAINT")) {
-      if (!ParseIdentifier(&name)) return false;
-      if (!Peek().IsWord("NOT") && !Peek().IsWord("PRIMARY") && !Peek().IsWord("NULL")) {
-        return Fail(2253, "constraint specification not allowed here");
-      }
-    }
+    // A named constraint of a kind the engine does not keep (UNIQUE, CHECK,
+    // REFERENCES) ends the column like an unnamed one, so both are refused alike.
+    if (AcceptWord("CONSTRAINT") && !ParseIdentifier(&name)) return false;
     if (AcceptWord("NOT")) {
       if (!ExpectWord("NULL")) return false;
       column->not_null = true;
