@@ -1,4 +1,5 @@
 // OCIDateTime entry points over the descriptors of descriptors.cc.
+#include <initializer_list>
 #include <string>
 
 #include "../internal.h"
@@ -133,25 +134,47 @@ sword OCIDateTimeConstruct(void* hndl, OCIError* err, OCIDateTime* datetime, sb2
   return OCI_SUCCESS;
 }
 
-sword OCIDateTimeGetDate(void* hndl, OCIError* err, const OCIDateTime* date, sb2* yr, ub1* mnth,
-                         ub1* dy) {
+namespace {
+
+// The shared front of the three getters: the usual entry checks, the
+// descriptor (argument 3), the caller's out pointers (arguments 4 on), and
+// the fields as the value shows them (in the session zone for LOCAL).
+// Returns OCI_SUCCESS with *f, *zone and *has_zone filled, or the status to
+// return.
+sword ReadShown(const char* function, void* hndl, OCIError* err, const OCIDateTime* datetime,
+                std::initializer_list<const void*> outs, DateTimeFields* f,
+                ocimem::values::ZoneOutput* zone, bool* has_zone) {
   sword rc;
-  if (ocimem::Enter("OCIDateTimeGetDate", err, &rc)) return rc;
+  if (ocimem::Enter(function, err, &rc)) return rc;
   ocimem::Env* env = nullptr;
   if ((rc = SessionOf(hndl, &env)) != OCI_SUCCESS) return rc;
-  const DateTimeDescriptor* d = ocimem::values::AsDateTime(date);
+  const DateTimeDescriptor* d = ocimem::values::AsDateTime(datetime);
   if (d == nullptr) return ocimem::FailArgument(err, 3);
-  if (yr == nullptr) return ocimem::FailArgument(err, 4);
-  if (mnth == nullptr) return ocimem::FailArgument(err, 5);
-  if (dy == nullptr) return ocimem::FailArgument(err, 6);
+  int position = 4;
+  for (const void* out : outs) {
+    if (out == nullptr) return ocimem::FailArgument(err, position);
+    ++position;
+  }
   Zone session;
   if (d->kind == DateTimeKind::TimestampLtz &&
       (rc = SessionZone(env, err, &session)) != OCI_SUCCESS) {
     return rc;
   }
+  *has_zone = false;
+  *f = Shown(*d, session, zone, has_zone);
+  return OCI_SUCCESS;
+}
+
+}  // namespace
+
+sword OCIDateTimeGetDate(void* hndl, OCIError* err, const OCIDateTime* date, sb2* yr, ub1* mnth,
+                         ub1* dy) {
+  DateTimeFields f;
   ocimem::values::ZoneOutput zone;
   bool has_zone = false;
-  const DateTimeFields f = Shown(*d, session, &zone, &has_zone);
+  const sword rc =
+      ReadShown("OCIDateTimeGetDate", hndl, err, date, {yr, mnth, dy}, &f, &zone, &has_zone);
+  if (rc != OCI_SUCCESS) return rc;
   *yr = static_cast<sb2>(f.year);
   *mnth = static_cast<ub1>(f.month);
   *dy = static_cast<ub1>(f.day);
@@ -160,24 +183,12 @@ sword OCIDateTimeGetDate(void* hndl, OCIError* err, const OCIDateTime* date, sb2
 
 sword OCIDateTimeGetTime(void* hndl, OCIError* err, OCIDateTime* datetime, ub1* hr, ub1* mm,
                          ub1* ss, ub4* fsec) {
-  sword rc;
-  if (ocimem::Enter("OCIDateTimeGetTime", err, &rc)) return rc;
-  ocimem::Env* env = nullptr;
-  if ((rc = SessionOf(hndl, &env)) != OCI_SUCCESS) return rc;
-  const DateTimeDescriptor* d = ocimem::values::AsDateTime(datetime);
-  if (d == nullptr) return ocimem::FailArgument(err, 3);
-  if (hr == nullptr) return ocimem::FailArgument(err, 4);
-  if (mm == nullptr) return ocimem::FailArgument(err, 5);
-  if (ss == nullptr) return ocimem::FailArgument(err, 6);
-  if (fsec == nullptr) return ocimem::FailArgument(err, 7);
-  Zone session;
-  if (d->kind == DateTimeKind::TimestampLtz &&
-      (rc = SessionZone(env, err, &session)) != OCI_SUCCESS) {
-    return rc;
-  }
+  DateTimeFields f;
   ocimem::values::ZoneOutput zone;
   bool has_zone = false;
-  const DateTimeFields f = Shown(*d, session, &zone, &has_zone);
+  const sword rc = ReadShown("OCIDateTimeGetTime", hndl, err, datetime, {hr, mm, ss, fsec}, &f,
+                             &zone, &has_zone);
+  if (rc != OCI_SUCCESS) return rc;
   *hr = static_cast<ub1>(f.hour);
   *mm = static_cast<ub1>(f.minute);
   *ss = static_cast<ub1>(f.second);
@@ -187,22 +198,12 @@ sword OCIDateTimeGetTime(void* hndl, OCIError* err, OCIDateTime* datetime, ub1* 
 
 sword OCIDateTimeGetTimeZoneOffset(void* hndl, OCIError* err, const OCIDateTime* datetime,
                                    sb1* hr, sb1* mm) {
-  sword rc;
-  if (ocimem::Enter("OCIDateTimeGetTimeZoneOffset", err, &rc)) return rc;
-  ocimem::Env* env = nullptr;
-  if ((rc = SessionOf(hndl, &env)) != OCI_SUCCESS) return rc;
-  const DateTimeDescriptor* d = ocimem::values::AsDateTime(datetime);
-  if (d == nullptr) return ocimem::FailArgument(err, 3);
-  if (hr == nullptr) return ocimem::FailArgument(err, 4);
-  if (mm == nullptr) return ocimem::FailArgument(err, 5);
-  Zone session;
-  if (d->kind == DateTimeKind::TimestampLtz &&
-      (rc = SessionZone(env, err, &session)) != OCI_SUCCESS) {
-    return rc;
-  }
+  DateTimeFields f;
   ocimem::values::ZoneOutput zone;
   bool has_zone = false;
-  Shown(*d, session, &zone, &has_zone);
+  const sword rc = ReadShown("OCIDateTimeGetTimeZoneOffset", hndl, err, datetime, {hr, mm}, &f,
+                             &zone, &has_zone);
+  if (rc != OCI_SUCCESS) return rc;
   if (!has_zone) return ocimem::values::FailDate(err, ocimem::values::kOraFieldNotFound);
   *hr = static_cast<sb1>(zone.offset_minutes / 60);
   *mm = static_cast<sb1>(zone.offset_minutes % 60);
