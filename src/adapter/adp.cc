@@ -1,0 +1,167 @@
+// CAdp construction and destruction, the per-call set-up and the drivers
+// that the entry points call. The drivers only sequence the work.
+#include "adapter/adp.h"
+
+#include <cstdlib>
+#include <cstring>
+
+#include "interface/err_lookup.h"
+#include "interface/trace_func.h"
+
+namespace {
+
+// The record's lengths are decimal texts. A length outside the 32 bytes the
+// record's string can hold is cut to fit: the stream could not hold the
+// string otherwise, and no byte outside the context's own copy is ever read.
+long SpecialLength(const char* pszText, size_t nTextSize) {
+  char szText[8] = {0};
+  std::memcpy(szText, pszText, nTextSize < sizeof szText - 1 ? nTextSize : sizeof szText - 1);
+  const long n = std::atoi(szText);
+  if (n < 0) return 0;
+  return n > ADP_SPECIAL_MAX ? ADP_SPECIAL_MAX : n;
+}
+
+// strncpy: at most nCount bytes, up to the source's NUL, the rest NUL.
+void CopyPadded(char* pDest, const char* pSrc, size_t nCount) {
+  size_t i = 0;
+  for (; i < nCount && pSrc[i] != '\0'; ++i) pDest[i] = pSrc[i];
+  for (; i < nCount; ++i) pDest[i] = '\0';
+}
+
+}  // namespace
+
+CAdp::CAdp(DB_SPECIAL_STRINGS* pSpecialStrings)
+    : m_pTrace(nullptr),
+      m_pStream(nullptr),
+      m_pEnv(nullptr),
+      m_pErr(nullptr),
+      m_pSvc(nullptr),
+      m_pLastColumnDef(nullptr),
+      m_RootDef(),
+      m_Tree(),
+      m_bLobsPending(0),
+      m_Stream(0, nullptr, nullptr, 0),
+      m_Trace() {
+  if (pSpecialStrings == nullptr) {
+    CopyPadded(m_szDelimiter, ADP_DELIMITER, sizeof m_szDelimiter);
+    CopyPadded(m_szTerminator, ADP_TERMINATOR, sizeof m_szTerminator);
+    std::memcpy(m_szRelease, ADP_RELEASE, ADP_RELEASE_LEN);
+    m_nDelimiterLen = ADP_DELIMITER_LEN;
+    m_nTerminatorLen = ADP_TERMINATOR_LEN;
+  } else {
+    // No field falls back to its default, and the lengths never come from
+    // the strings.
+    CopyPadded(m_szDelimiter, pSpecialStrings->szDelimiter, sizeof m_szDelimiter);
+    CopyPadded(m_szTerminator, pSpecialStrings->szTerminator, sizeof m_szTerminator);
+    CopyPadded(m_szRelease, pSpecialStrings->szRelease, sizeof m_szRelease);
+    m_nDelimiterLen =
+        SpecialLength(pSpecialStrings->szDelimiterLen, sizeof pSpecialStrings->szDelimiterLen);
+    m_nTerminatorLen =
+        SpecialLength(pSpecialStrings->szTerminatorLen, sizeof pSpecialStrings->szTerminatorLen);
+  }
+  m_nReleaseLen = ADP_RELEASE_LEN;
+  std::memset(m_szValueBuf, 0, sizeof m_szValueBuf);
+
+  m_apszValueEnd[0] = m_szRelease;
+  m_apszValueEnd[1] = ADP_GROUP_END;
+  m_apszValueEnd[2] = m_szDelimiter;
+  m_apszValueEnd[3] = nullptr;
+  m_anValueEndLen[0] = static_cast<int>(m_nReleaseLen);
+  m_anValueEndLen[1] = static_cast<int>(ADP_GROUP_END_LEN);
+  m_anValueEndLen[2] = static_cast<int>(m_nDelimiterLen);
+  m_anValueEndLen[3] = 0;
+
+  m_apszSpecial[0] = m_szRelease;
+  m_apszSpecial[1] = ADP_GROUP_END;
+  m_apszSpecial[2] = m_szDelimiter;
+  m_apszSpecial[3] = ADP_GROUP_START;
+  m_apszSpecial[4] = m_szTerminator;
+  m_apszSpecial[5] = nullptr;
+  m_anSpecialLen[0] = static_cast<int>(m_nReleaseLen);
+  m_anSpecialLen[1] = static_cast<int>(ADP_GROUP_END_LEN);
+  m_anSpecialLen[2] = static_cast<int>(m_nDelimiterLen);
+  m_anSpecialLen[3] = static_cast<int>(ADP_GROUP_START_LEN);
+  m_anSpecialLen[4] = static_cast<int>(m_nTerminatorLen);
+  m_anSpecialLen[5] = 0;
+
+  std::memset(m_abSpecialLead, 0, sizeof m_abSpecialLead);
+  m_bEmptySpecial = 0;
+  for (int i = 0; m_apszSpecial[i] != nullptr; ++i) {
+    if (m_anSpecialLen[i] == 0) {
+      m_bEmptySpecial = 1;
+    } else {
+      m_abSpecialLead[static_cast<unsigned char>(m_apszSpecial[i][0])] = 1;
+    }
+  }
+
+  std::memset(&m_RootDef, 0, sizeof m_RootDef);
+  m_RootDef.Flags = COLDEF_COMPLEX;
+  m_Tree.m_Data.m_pColumnDef = &m_RootDef;
+  m_Tree.m_Data.m_bTopLevel = -1;  // a signed one-bit flag reads -1 when set
+}
+
+CAdp::~CAdp() { _OraDestroyObject(m_Tree); }
+
+void CAdp::_Init(CKelTrace* pTrace) {
+  m_bLobsPending = 0;
+  m_pTrace = pTrace != nullptr ? pTrace : &m_Trace;
+}
+
+int CAdp::_Init(CKelStream& stream, CKelTrace* pTrace, OCIEnv* pEnv, OCIError* pErr,
+                OCISvcCtx* pSvc, Column_Def* pColumnDef) {
+  _Init(pTrace);
+  CKelTraceFunc trace(m_pTrace, "CAdp::_Init", -2);
+  m_pStream = &stream;
+  if (pEnv == nullptr || pErr == nullptr || pSvc == nullptr || pColumnDef == nullptr) {
+    throw CKelException(KEL_ERR_ARGUMENT, "CAdp::_Init", gAdpErrLookup, ADP_ERR_LOOKUP_COUNT);
+  }
+  m_pEnv = pEnv;
+  m_pErr = pErr;
+  m_pSvc = pSvc;
+  m_RootDef.Next = pColumnDef;
+  // Decided through m_RootDef, so by the caller's first definition, before
+  // any rebuild.
+  m_RootDef.DataType = _IsColl(m_Tree) ? SQLT_NCO : SQLT_NTY;
+  trace.SetRC(0);
+  if (pColumnDef == m_pLastColumnDef) return 0;
+  m_pLastColumnDef = pColumnDef;
+  return 1;
+}
+
+void CAdp::ProcessObject(CKelTrace* pTrace, CKelStream& stream, Column_Def*& pColumnDef,
+                         OCIEnv* pEnv, OCIError* pErr, OCISvcCtx* pSvc, void* pInstance,
+                         short* pIndicator, short nIndicator, OCIType* pType) {
+  if (_Init(stream, pTrace, pEnv, pErr, pSvc, pColumnDef)) {
+    m_Tree.DeleteChildren();
+    _BuildElementTree(m_Tree, pColumnDef);
+  }
+  CAdpElementData& root = m_Tree.m_Data;
+  root.ClearOraObjects();
+  if (_IsColl(m_Tree)) {
+    root.m_pStruct = pInstance;
+    root.m_pField = &root.m_pStruct;
+  } else {
+    root.m_pField = pInstance;
+  }
+  root.m_pInd = pIndicator;
+  root.m_nInd = nIndicator;
+  root.m_pTdo = pType;
+  root.m_pColumnDef = &m_RootDef;
+  _DevelopOraObjects(m_Tree, 0);
+  _WriteStream(m_Tree, _IsNull(m_Tree));
+}
+
+CKelStream& CAdp::StreamFromBuffer(const void* pBuffer, unsigned long nSize) {
+  m_Stream.SetSize(0);
+  CKelStreamPage& page = m_Stream.NewPage(pBuffer, nSize, 0);
+  m_Stream.WritePage(page, static_cast<unsigned long>(-1));
+  m_Stream.Seek(0, 0);
+  return m_Stream;
+}
+
+void CAdp::_OraCheck(sword nStatus, const char* pszOciFunc, const char* pszFunc) {
+  if (nStatus == OCI_SUCCESS) return;
+  if (adpOraLogError(m_pTrace, m_pEnv, m_pErr, m_pSvc, pszOciFunc, nStatus) != 0) {
+    throw CKelException(KEL_ERR_DATABASE, pszFunc);
+  }
+}

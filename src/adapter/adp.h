@@ -1,0 +1,159 @@
+// CAdp: the adapter object behind a VARNADP handle. It owns the element tree
+// that mirrors the host's column definitions, the context's special strings,
+// a work buffer, a default trace and a stream of its own, and it remembers
+// the stream, trace and OCI handles of the current call for every routine
+// below. Its members are defined in several files, one per concern:
+//   adapter/adp.cc             construction, per-call set-up, the drivers
+//   adapter/adp_tree.cc        element tree building and predicates
+//   adapter/adp_instance.cc    creating, developing and releasing instances
+//   adapter/adp_navigation.cc  attributes, collection items, indicators
+//   adapter/adp_select.cc      fetching a stored object for the LOB pass
+//   stream/writer.cc           object to stream structure
+//   stream/reader.cc           stream to object structure
+//   stream/release.cc          release-character handling
+//   stream/field_to_text.cc    one value to its text
+//   stream/text_to_field.cc    one text to its value
+//   stream/lob_pass.cc         the second pass for large objects
+#ifndef SRC_ADAPTER_ADP_H_
+#define SRC_ADAPTER_ADP_H_
+
+#include <varnadp.h>
+
+#include <host/kel.h>
+
+#include "adapter/element_data.h"
+#include "containers/kel_tree.h"
+#include "stream/stream_format.h"
+
+struct VARNADP {};
+
+typedef CKelTree<CAdpElementData> CAdpTree;
+
+class CAdp : public VARNADP {
+ public:
+  explicit CAdp(DB_SPECIAL_STRINGS* pSpecialStrings);
+  ~CAdp();
+  CAdp(const CAdp&) = delete;
+  CAdp& operator=(const CAdp&) = delete;
+
+  void ProcessObject(CKelTrace* pTrace, CKelStream& stream, Column_Def*& pColumnDef,
+                     OCIEnv* pEnv, OCIError* pErr, OCISvcCtx* pSvc, void* pInstance,
+                     short* pIndicator, short nIndicator, OCIType* pType);
+  int ProcessStream(CKelTrace* pTrace, CKelStream& stream, Column_Def*& pColumnDef,
+                    OCIEnv* pEnv, OCIError* pErr, OCISvcCtx* pSvc, void*& pInstance,
+                    short*& pIndicator, short& nIndicator, OCIType* pType);
+  void ProcessStreamWriteLobs(CKelTrace* pTrace, const char* pszSelect);
+  CKelStream& StreamFromBuffer(const void* pBuffer, unsigned long nSize);
+
+  // Release-character handling on memory buffers (stream/release.cc).
+  int _CheckIfStringAtPos(const char* pPos, const char* pEnd, const char* pszString,
+                          int nLength) const;
+  int _IsSpecialString(const char* pPos, const char* pEnd) const;
+  long _WriteStringAddRelease(void* pData, unsigned long nSize, int bEscape);
+  unsigned long _RemoveReleaseChars(void* pData, unsigned long nSize);
+
+  const char* _GetRelease() const { return m_szRelease; }
+  long _GetReleaseLen() const { return m_nReleaseLen; }
+  const char* _GetDelimiter() const { return m_szDelimiter; }
+  long _GetDelimiterLen() const { return m_nDelimiterLen; }
+  const char* _GetTerminator() const { return m_szTerminator; }
+  long _GetTerminatorLen() const { return m_nTerminatorLen; }
+  const char* const* _GetValueEndStrings() const { return m_apszValueEnd; }
+  const int* _GetValueEndLengths() const { return m_anValueEndLen; }
+  const char* const* _GetSpecialStrings() const { return m_apszSpecial; }
+  const int* _GetSpecialLengths() const { return m_anSpecialLen; }
+  CAdpTree& _GetTree() { return m_Tree; }
+  CKelTrace* _GetTrace() const { return m_pTrace; }
+
+  // Element tree (adapter/adp_tree.cc).
+  void _BuildElementTree(CAdpTree& parent, Column_Def*& pDef);
+  void _DeleteElementAndAfter(CAdpTree* pNode);
+  int _IsComplex(CAdpTree& node) { return node.m_Data.IsComplex(); }
+  int _InColl(CAdpTree& node) { return node.m_Data.InColl(); }
+  int _HasColumnName(CAdpTree& node) { return node.m_Data.HasColumnName(); }
+  int _IsColl(CAdpTree& node) { return node.m_Data.IsColl(); }
+  int _IsAdt(CAdpTree& node) { return node.m_Data.IsAdt(); }
+  int _IsLob(CAdpTree& node) { return node.m_Data.IsLob(); }
+  int _IsClob(CAdpTree& node) { return node.m_Data.IsClob(); }
+  int _IsTopLevel(CAdpTree& node) { return node.m_Data.IsTopLevel(); }
+  int _IsNull(CAdpTree& node) { return node.m_Data.IsNull(); }
+  void* _FieldToStruct(CAdpTree& node) { return node.m_Data.FieldToStruct(); }
+  void* _StructToField(CAdpTree& node) { return node.m_Data.StructToField(); }
+
+  // Oracle instances (adapter/adp_instance.cc).
+  void _OraCreateObject(CAdpTree& node);
+  void _DevelopOraObjects(CAdpTree& node, int bEmpty);
+  void _OraDestroyObject(CAdpTree& node);
+
+  // Navigation (adapter/adp_navigation.cc).
+  void _OraGetChild(CAdpTree& child, CAdpTree& parent);
+  int _OraGetNextCollItem(CAdpTree& item, CAdpTree& coll);
+  int _IsNestedColl(CAdpTree& node);
+  void _OraEmptyColl(CAdpTree& coll);
+  void _OraAddCollItem(CAdpTree& item, CAdpTree& coll);
+  void _OraSetIndicator(CAdpTree& child, CAdpTree& parent, int bNotNull);
+
+  // Selection of the stored object for the LOB pass (adapter/adp_select.cc).
+  void _OraSelectObject(const char* pszSelect);
+
+  // Writer (stream/writer.cc) and one value to text (stream/field_to_text.cc).
+  void _WriteStream(CAdpTree& element, int bNull);
+  void _WriteGroupStart();
+  void _WriteGroupEnd();
+  void _WriteDelimiter();
+  void _OraFieldToStream(CAdpTree& element);
+
+  // Reader (stream/reader.cc), one text to its value (stream/text_to_field.cc)
+  // and the LOB pass (stream/lob_pass.cc).
+  void _ReadStream(CAdpTree& element);
+  int _ReadGroupStart();
+  int _ReadGroupEnd();
+  int _ReadDelimiter();
+  unsigned long _ReadElementSize();
+  void _OraStreamToField(CAdpTree& element, unsigned long nSize);
+  void _ReadStreamLobs(CAdpTree& element);
+  void _OraStreamToLobField(CAdpTree& element);
+
+  // Per-call set-up (adapter/adp.cc).
+  int _Init(CKelStream& stream, CKelTrace* pTrace, OCIEnv* pEnv, OCIError* pErr,
+            OCISvcCtx* pSvc, Column_Def* pColumnDef);
+  void _Init(CKelTrace* pTrace);
+
+  // Size of the value work buffer.
+  enum { ADP_VALUE_BUF_SIZE = 1024 };
+
+ private:
+  // Raises the adapter's -24 for a failed OCI call after its diagnostics
+  // went to the trace; returns when the call succeeded.
+  void _OraCheck(sword nStatus, const char* pszOciFunc, const char* pszFunc);
+
+  CKelTrace* m_pTrace;
+  CKelStream* m_pStream;
+  OCIEnv* m_pEnv;
+  OCIError* m_pErr;
+  OCISvcCtx* m_pSvc;
+  Column_Def* m_pLastColumnDef;
+  Column_Def m_RootDef;
+  CAdpTree m_Tree;
+  int m_bLobsPending;
+  CKelStream m_Stream;
+  CKelTrace m_Trace;
+  char m_szDelimiter[ADP_SPECIAL_MAX];
+  char m_szTerminator[ADP_SPECIAL_MAX];
+  char m_szRelease[1];
+  char m_szValueBuf[ADP_VALUE_BUF_SIZE + 1];
+  long m_nDelimiterLen;
+  long m_nTerminatorLen;
+  long m_nReleaseLen;
+  const char* m_apszValueEnd[4];
+  int m_anValueEndLen[4];
+  const char* m_apszSpecial[6];
+  int m_anSpecialLen[6];
+  // Bytes that can begin a special string, so that escaping looks closer
+  // only where one may start.
+  unsigned char m_abSpecialLead[256];
+  // Set when some special string is empty: such a string stands everywhere.
+  int m_bEmptySpecial;
+};
+
+#endif  // SRC_ADAPTER_ADP_H_

@@ -1,0 +1,137 @@
+// Applying and removing release-character escaping on memory buffers.
+#include "stream/release.h"
+
+#include <cstdio>
+#include <cstring>
+
+#include "adapter/adp.h"
+#include "interface/err_lookup.h"
+#include "interface/trace_func.h"
+
+namespace {
+
+// strncmp over nLength bytes: equal up to the length or up to a zero byte
+// the two have in common.
+int EqualAsStrncmp(const char* pA, const char* pB, long nLength) {
+  for (long i = 0; i < nLength; ++i) {
+    if (pA[i] != pB[i]) return 0;
+    if (pA[i] == '\0') return 1;
+  }
+  return 1;
+}
+
+}  // namespace
+
+int CAdp::_CheckIfStringAtPos(const char* pPos, const char* pEnd, const char* pszString,
+                              int nLength) const {
+  if (static_cast<long>(nLength) > pEnd - pPos) return 0;
+  return EqualAsStrncmp(pPos, pszString, nLength);
+}
+
+int CAdp::_IsSpecialString(const char* pPos, const char* pEnd) const {
+  return _CheckIfStringAtPos(pPos, pEnd, ADP_GROUP_START, ADP_GROUP_START_LEN) ||
+         _CheckIfStringAtPos(pPos, pEnd, ADP_GROUP_END, ADP_GROUP_END_LEN) ||
+         _CheckIfStringAtPos(pPos, pEnd, m_szDelimiter, static_cast<int>(m_nDelimiterLen)) ||
+         _CheckIfStringAtPos(pPos, pEnd, m_szRelease, static_cast<int>(m_nReleaseLen)) ||
+         _CheckIfStringAtPos(pPos, pEnd, m_szTerminator, static_cast<int>(m_nTerminatorLen));
+}
+
+long CAdp::_WriteStringAddRelease(void* pData, unsigned long nSize, int bEscape) {
+  const char* pBegin = static_cast<const char*>(pData);
+  long nCount = static_cast<long>(nSize);
+  if (!bEscape) {
+    char szPrefix[16];
+    const int nPrefix = std::snprintf(szPrefix, sizeof szPrefix, "%u%s",
+                                      static_cast<unsigned>(nSize), ADP_BINARY_LENGTH_END);
+    m_pStream->Write(szPrefix, static_cast<unsigned long>(nPrefix));
+    if (nSize != 0) m_pStream->Write(pBegin, nSize);
+    return nCount;
+  }
+  const char* pEnd = pBegin + nSize;
+  const char* pRun = pBegin;
+  for (const char* pPos = pBegin; pPos < pEnd; ++pPos) {
+    // Only a byte that some special string begins with can start one,
+    // unless an empty special string stands everywhere.
+    if (!m_bEmptySpecial && !m_abSpecialLead[static_cast<unsigned char>(*pPos)]) continue;
+    if (!_IsSpecialString(pPos, pEnd)) continue;
+    if (pPos != pRun) m_pStream->Write(pRun, static_cast<unsigned long>(pPos - pRun));
+    m_pStream->Write(m_szRelease, static_cast<unsigned long>(m_nReleaseLen));
+    pRun = pPos;
+    nCount += m_nReleaseLen;
+  }
+  if (pEnd != pRun) m_pStream->Write(pRun, static_cast<unsigned long>(pEnd - pRun));
+  return nCount;
+}
+
+unsigned long CAdp::_RemoveReleaseChars(void* pData, unsigned long nSize) {
+  char* pBegin = static_cast<char*>(pData);
+  char* pPos = pBegin;
+  char* pEnd = pBegin + nSize;
+  unsigned long nLength = nSize;
+  const unsigned long nRelease = static_cast<unsigned long>(m_nReleaseLen);
+  while (pPos != nullptr && pPos < pEnd) {
+    pPos = static_cast<char*>(kel_memnstr(pPos, m_szRelease,
+                                          static_cast<unsigned long>(pEnd - pPos), nRelease));
+    if (pPos == nullptr) break;
+    std::memmove(pPos, pPos + nRelease, static_cast<size_t>(pEnd - pPos) - nRelease);
+    nLength -= nRelease;
+    pEnd -= nRelease;
+    ++pPos;
+  }
+  return nLength;
+}
+
+CAdpReleseParser::CAdpReleseParser(const CAdp& adp, const void* pData, unsigned long nSize,
+                                   int bHonourReleases)
+    : m_pAdp(&adp),
+      m_pBase(static_cast<const char*>(pData)),
+      m_pScan(m_pBase),
+      m_pBlockStart(m_pBase),
+      m_pEnd(m_pBase + nSize),
+      m_nSize(nSize),
+      m_bHonourReleases(bHonourReleases) {}
+
+int CAdpReleseParser::GetNextBlock(CKelTrace& trace, CAdpReleaseDataBlock& block) {
+  CKelTraceFunc scope(&trace, "CAdpReleseParser::GetNextBlock", -2);
+  const CAdp& adp = *m_pAdp;
+  const unsigned long nRelease = static_cast<unsigned long>(adp._GetReleaseLen());
+  const char* pHit = nullptr;
+  if (m_bHonourReleases) {
+    pHit = static_cast<const char*>(kel_memnstr(
+        m_pScan, adp._GetRelease(), static_cast<unsigned long>(m_pEnd - m_pScan), nRelease));
+  }
+  if (pHit == nullptr) {
+    block.m_pData = m_pBlockStart;
+    block.m_nSize = static_cast<unsigned long>(m_pEnd - m_pBlockStart);
+    m_pScan = m_pEnd;
+    m_pBlockStart = m_pEnd;
+    scope.SetRC(0);
+    return 0;
+  }
+  block.m_pData = m_pBlockStart;
+  block.m_nSize = static_cast<unsigned long>(pHit - m_pBlockStart);
+  m_pBlockStart = pHit + nRelease;
+  m_pScan = m_pBlockStart;
+
+  struct Escapable {
+    const char* pszString;
+    long nLength;
+  };
+  const Escapable aEscapable[] = {
+      {ADP_GROUP_START, ADP_GROUP_START_LEN},
+      {ADP_GROUP_END, ADP_GROUP_END_LEN},
+      {adp._GetDelimiter(), adp._GetDelimiterLen()},
+      {adp._GetRelease(), adp._GetReleaseLen()},
+      {adp._GetTerminator(), adp._GetTerminatorLen()},
+  };
+  for (const Escapable& e : aEscapable) {
+    if (adp._CheckIfStringAtPos(m_pScan, m_pEnd, e.pszString, static_cast<int>(e.nLength))) {
+      m_pScan += e.nLength;
+      scope.SetRC(0);
+      return 1;
+    }
+  }
+  trace.Printf("*ERR: at offset %d", static_cast<int>(m_pScan - m_pBase));
+  throw CKelException(ADP_ERR_RELEASE_POSITION, "CAdpReleseParser::GetNextBlock", gAdpErrLookup,
+                      ADP_ERR_LOOKUP_COUNT);
+}
