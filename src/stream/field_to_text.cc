@@ -9,6 +9,7 @@
 #include <new>
 
 #include "adapter/adp.h"
+#include "containers/kel_mem.h"
 #include "interface/err_lookup.h"
 #include "interface/trace_func.h"
 #include "stream/datetime_masks.h"
@@ -201,8 +202,8 @@ void CAdp::_OraFieldToStream(CAdpTree& element) {
       if (def.DataType == SQLT_CLOB) nRoom *= 4;
       if (nRoom > 0xFFFFFFFFull) nRoom = 0xFFFFFFFFull;
       const ub4 nBuffer = static_cast<ub4>(nRoom);
-      std::unique_ptr<void, decltype(&std::free)> buffer(std::malloc(nBuffer != 0 ? nBuffer : 1),
-                                                         &std::free);
+      std::unique_ptr<void, void (*)(void*)> buffer(gKelCHeapRealloc(nullptr, nBuffer != 0 ? nBuffer : 1),
+                                                    gKelCHeapFree);
       if (!buffer) throw CKelException(KEL_ERR_MEMORY, kFunc, gAdpErrLookup, ADP_ERR_LOOKUP_COUNT);
       ub4 nAmount = nBuffer;
       _OraCheck(OCILobRead(m_pSvc, m_pErr, pLocator, &nAmount, 1, buffer.get(), nBuffer, nullptr,
