@@ -1,10 +1,10 @@
 # Installs the libraries (versioned SONAMEs), the headers under
 # include/varnadp, a CMake package (find_package(varnadp) with the imported
-# targets varnadp::varnadp, varnadp::qorvpi and varnadp::ocimem) and a
+# targets varnadp::varnadp, varnadp::qorvpi, varnadp::coldef and varnadp::ocimem) and a
 # relocatable pkg-config file.
 include(CMakePackageConfigHelpers)
 
-set(VARNADP_INSTALL_TARGETS varnadp qorvpi)
+set(VARNADP_INSTALL_TARGETS varnadp qorvpi coldef)
 if(VARNADP_OCI STREQUAL "ocimem")
   list(APPEND VARNADP_INSTALL_TARGETS ocimem)
 endif()

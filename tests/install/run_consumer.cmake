@@ -11,7 +11,7 @@ file(REMOVE_RECURSE ${WORK_DIR})
 set(prefix ${WORK_DIR}/prefix)
 run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix})
 
-foreach(lib varnadp qorvpi ocimem)
+foreach(lib varnadp qorvpi coldef ocimem)
   file(GLOB so "${prefix}/lib*/lib${lib}.so.*")
   if(NOT so)
     message(FATAL_ERROR "lib${lib}.so.<version> not installed")
