@@ -6,6 +6,13 @@
 
 void CAdp::_DevelopOraObjects(CAdpTree& node, int bEmpty) {
   CKelTraceFunc trace(m_pTrace, "CAdp::_DevelopOraObjects", -2);
+  // A collection that was empty when this tree last met it lost its item
+  // node; it gets it back from its definition, as the reader does, or no
+  // item of a later, fuller collection would ever be reached.
+  if (!bEmpty && node.GetFirstChild() == nullptr && _IsColl(node)) {
+    Column_Def* pItemDef = node.m_Data.m_pColumnDef->Next;
+    _BuildElementTree(node, pItemDef);
+  }
   CAdpTree* pChild = node.GetFirstChild();
   while (pChild != nullptr) {
     if (_InColl(*pChild)) {
