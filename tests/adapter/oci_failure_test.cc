@@ -115,7 +115,7 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(OciFailureTest, WhatWasWrittenBeforeTheFailureStays) {
   ocimemFaultArm("OCIDateToText", 1, OCI_ERROR, nullptr, nullptr, 0);
   EXPECT_EQ(-24, Write(defs_.Head(), inst_));
-  EXPECT_EQ(std::string("1|\0\0\0\0\0\0\0@|", 12), Stream());
+  EXPECT_EQ(std::string("1|\0\0\0\0\0\0\0@|", 11), Stream());
 }
 
 TEST_F(OciFailureTest, LostConnectionIsStillRaisedAs24) {
