@@ -144,7 +144,7 @@ TEST_F(TypesTest, EveryScalarTypeInANestedObjectAndInCollections) {
   AppendObject(pList, item);
 
   ASSERT_EQ(0, Write(Describe("SCOTT.T_HOLDER_T"), h)) << LastException() << Trace();
-  EXPECT_EQ("7|[in!]||||5|||2000-01-01 00:00:00|||||||2|AB|||]|[p!|q|||]|[ab]|[1.5|-.125]|"
+  EXPECT_EQ("7|[in!]||||5|||2000-01-01 00:00:00|||||||2|AB|||]|[p!|q||]|[ab]|[1.5|-.125]|"
             "[2010-10-10 10:10:10]|[2011-11-11 11:11:11.11]|[+012-11]|[2||!||]|"
             "[[it|||||||||||||+00 00:00:01.000000|||||]|]",
             Stream());
