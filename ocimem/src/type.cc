@@ -126,8 +126,21 @@ void OCIType::Layout() {
 }
 
 const ocimem::Attribute* OCIType::FindAttribute(const char* attr_name, size_t length) const {
-  for (const ocimem::Attribute& a : attributes) {
-    if (a.name.size() == length && std::memcmp(a.name.data(), attr_name, length) == 0) return &a;
+  // Attribute names are unique, so the hint finds the same attribute as the scan.
+  auto matches = [attr_name, length](const ocimem::Attribute& a) {
+    return a.name.size() == length && std::memcmp(a.name.data(), attr_name, length) == 0;
+  };
+  const size_t count = attributes.size();
+  const size_t hint = attribute_hint.load(std::memory_order_relaxed);
+  if (hint < count && matches(attributes[hint])) {
+    attribute_hint.store(hint + 1, std::memory_order_relaxed);
+    return &attributes[hint];
+  }
+  for (size_t i = 0; i < count; ++i) {
+    if (matches(attributes[i])) {
+      attribute_hint.store(i + 1, std::memory_order_relaxed);
+      return &attributes[i];
+    }
   }
   return nullptr;
 }

@@ -87,6 +87,9 @@ struct OCIType : std::enable_shared_from_this<OCIType> {
   ocimem::ValueType element;
 
   std::atomic<int> pins{0};
+  // Where FindAttribute looks first: after the attribute it found last, as
+  // callers walking an instance ask for the attributes in order.
+  mutable std::atomic<size_t> attribute_hint{0};
 
   bool IsObject() const { return typecode == OCI_TYPECODE_OBJECT; }
   bool IsCollection() const { return typecode == OCI_TYPECODE_NAMEDCOLLECTION; }

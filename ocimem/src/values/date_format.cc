@@ -84,6 +84,22 @@ std::string Padded(long value, int width, bool fill_mode) {
   return digits;
 }
 
+// Padded(value, width, fill_mode) appended to `text` without a string of its own.
+void AppendPadded(std::string& text, long value, int width, bool fill_mode) {
+  if (value < 0) {
+    text += Padded(value, width, fill_mode);
+    return;
+  }
+  char digits[24];
+  int n = 0;
+  do {
+    digits[n++] = static_cast<char>('0' + value % 10);
+    value /= 10;
+  } while (value != 0);
+  if (!fill_mode && n < width) text.append(static_cast<std::size_t>(width - n), '0');
+  while (n > 0) text += digits[--n];
+}
+
 std::string OffsetText(int offset_minutes) {
   const int magnitude = offset_minutes < 0 ? -offset_minutes : offset_minutes;
   std::string out = offset_minutes < 0 ? "-" : "+";
@@ -274,14 +290,14 @@ int FormatDateTime(const DateMask& mask, const DateTimeFields& v, bool allow_fra
       case DateElement::FillMode: fill = !fill; break;
       case DateElement::Exact: break;
       case DateElement::Year4:
-      case DateElement::RoundYear4: text += Padded(abs_year, 4, fill); break;
+      case DateElement::RoundYear4: AppendPadded(text, abs_year, 4, fill); break;
       case DateElement::SignedYear4:
         text += v.year < 0 ? "-" : (fill ? "" : " ");
-        text += Padded(abs_year, 4, fill);
+        AppendPadded(text, abs_year, 4, fill);
         break;
       case DateElement::Year2:
-      case DateElement::RoundYear2: text += Padded(abs_year % 100, 2, fill); break;
-      case DateElement::Month: text += Padded(v.month, 2, fill); break;
+      case DateElement::RoundYear2: AppendPadded(text, abs_year % 100, 2, fill); break;
+      case DateElement::Month: AppendPadded(text, v.month, 2, fill); break;
       case DateElement::MonthAbbr:
         if (v.month < 1 || v.month > 12) return kOraBadMonth;
         text += ApplyCase(t.text, std::string_view(kMonthNames[v.month - 1], 3));
@@ -293,17 +309,17 @@ int FormatDateTime(const DateMask& mask, const DateTimeFields& v, bool allow_fra
         text += name;
         break;
       }
-      case DateElement::Day: text += Padded(v.day, 2, fill); break;
-      case DateElement::Hour24: text += Padded(v.hour, 2, fill); break;
-      case DateElement::Hour12: text += Padded(v.hour % 12 == 0 ? 12 : v.hour % 12, 2, fill); break;
+      case DateElement::Day: AppendPadded(text, v.day, 2, fill); break;
+      case DateElement::Hour24: AppendPadded(text, v.hour, 2, fill); break;
+      case DateElement::Hour12: AppendPadded(text, v.hour % 12 == 0 ? 12 : v.hour % 12, 2, fill); break;
       case DateElement::Meridian: {
         const bool dotted = t.text.size() == 4;
         const char* word = v.hour < 12 ? (dotted ? "A.M." : "AM") : (dotted ? "P.M." : "PM");
         text += ApplyCase(t.text, word);
         break;
       }
-      case DateElement::Minute: text += Padded(v.minute, 2, fill); break;
-      case DateElement::Second: text += Padded(v.second, 2, fill); break;
+      case DateElement::Minute: AppendPadded(text, v.minute, 2, fill); break;
+      case DateElement::Second: AppendPadded(text, v.second, 2, fill); break;
       case DateElement::Fraction: {
         if (!allow_fraction) return kOraDateFormatNotRecognized;
         const int digits = t.digits != 0 ? t.digits : fsprec;

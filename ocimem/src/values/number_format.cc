@@ -87,8 +87,44 @@ int ParseNumberModel(std::string_view mask, NumberModel* out) {
       return kOraInvalidFormat;
     }
   }
+  model.plain_fill = model.fill_mode && model.sign == NumberModel::Sign::Default &&
+                     !model.dollar && !model.unsupported &&
+                     model.integer.find_first_not_of('9') == std::string::npos &&
+                     model.fraction.find_first_not_of('9') == std::string::npos;
   *out = model;
   return 0;
+}
+
+// The same text as FormatNumber gives for these models: no pads, no sign but
+// '-', integer digits without leading zeros, fraction digits without trailing
+// zeros, "0" when both are empty, the point whenever the model has one.
+int FormatNumberPlain(const Decimal& value, const NumberModel& model, char* buf,
+                      std::size_t room) {
+  if (!model.plain_fill) return -1;
+  const long digits = static_cast<long>(value.digits.size());
+  const long frac_positions = static_cast<long>(model.fraction.size());
+  const long int_digits = value.IsZero() ? 0 : std::max(0, value.exponent);
+  if (!value.IsZero() && value.exponent + frac_positions < digits) return -1;  // rounds
+  if (int_digits > static_cast<long>(model.integer.size())) return -1;         // overflow
+  auto digit_at = [&value, digits](long index) {
+    return index >= 0 && index < digits ? value.digits[static_cast<std::size_t>(index)] : '0';
+  };
+  // Fraction digits up to the last nonzero one.
+  long frac_digits = 0;
+  if (!value.IsZero()) frac_digits = std::max(0L, std::min(frac_positions, digits - value.exponent));
+  while (frac_digits > 0 && digit_at(value.exponent + frac_digits - 1) == '0') --frac_digits;
+  const bool lone_zero = int_digits == 0 && frac_digits == 0;
+  const std::size_t length = (value.negative ? 1 : 0) +
+                             static_cast<std::size_t>(lone_zero ? 1 : int_digits) +
+                             (model.has_point ? 1 : 0) + static_cast<std::size_t>(frac_digits);
+  if (length + 1 > room) return -1;
+  char* p = buf;
+  if (value.negative) *p++ = '-';
+  if (lone_zero) *p++ = '0';
+  for (long i = 0; i < int_digits; ++i) *p++ = digit_at(i);
+  if (model.has_point) *p++ = '.';
+  for (long j = 0; j < frac_digits; ++j) *p++ = digit_at(value.exponent + j);
+  return static_cast<int>(length);
 }
 
 int FormatNumber(const Decimal& value, const NumberModel& model, std::string* out) {

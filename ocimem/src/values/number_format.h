@@ -27,6 +27,9 @@ struct NumberModel {
   // A valid model that uses an element this library does not convert with
   // (B C L U V X EEEE RN TM).
   bool unsupported = false;
+  // Fill mode, '9' positions only, the default sign and no '$': the masks a
+  // host builds from a column's precision and scale ("FM999", "FM99999.99").
+  bool plain_fill = false;
 };
 
 // Returns 0 or kOraInvalidFormat.
@@ -34,6 +37,13 @@ int ParseNumberModel(std::string_view mask, NumberModel* out);
 
 // Returns 0, kOraTextOverflow or kOraInvalidFormat.
 int FormatNumber(const Decimal& value, const NumberModel& model, std::string* out);
+
+// FormatNumber for a plain_fill model and a value that needs no rounding,
+// straight into `buf` (room `room` bytes, NUL included): returns the text's
+// length, or -1 when FormatNumber must decide (another model, a value to
+// round, an overflow, or too little room); nothing is written then.
+int FormatNumberPlain(const Decimal& value, const NumberModel& model, char* buf,
+                      std::size_t room);
 
 // Returns 0 or kOraInvalidInput; the result is not yet range-checked.
 int ParseNumber(std::string_view text, const NumberModel& model, Decimal* out);

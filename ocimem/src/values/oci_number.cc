@@ -81,6 +81,14 @@ sword OCINumberToText(OCIError* err, const OCINumber* number, const oratext* fmt
     return ocimem::Fail(err, ocimem::values::kOraInvalidFormat,
                         "invalid format text [" + Quoted(fmt, fmt_length) + "]");
   }
+  // The common masks need neither a string nor rounding.
+  const int plain = ocimem::values::FormatNumberPlain(value, *model,
+                                                      reinterpret_cast<char*>(buf), *buf_size);
+  if (plain >= 0) {
+    buf[plain] = '\0';
+    *buf_size = static_cast<ub4>(plain);
+    return OCI_SUCCESS;
+  }
   std::string text;
   if (ocimem::values::FormatNumber(value, *model, &text) != 0) {
     if (model->unsupported) {
