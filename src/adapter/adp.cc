@@ -41,7 +41,8 @@ CAdp::CAdp(DB_SPECIAL_STRINGS* pSpecialStrings)
       m_Tree(),
       m_bLobsPending(0),
       m_Stream(0, nullptr, nullptr, 0),
-      m_Trace() {
+      m_Trace(),
+      m_pValuePage(nullptr) {
   if (pSpecialStrings == nullptr) {
     CopyPadded(m_szDelimiter, ADP_DELIMITER, sizeof m_szDelimiter);
     CopyPadded(m_szTerminator, ADP_TERMINATOR, sizeof m_szTerminator);
@@ -112,6 +113,7 @@ int CAdp::_Init(CKelStream& stream, CKelTrace* pTrace, OCIEnv* pEnv, OCIError* p
   _Init(pTrace);
   CKelTraceFunc trace(m_pTrace, "CAdp::_Init", -2);
   m_pStream = &stream;
+  m_Out.Bind(&stream);
   if (pEnv == nullptr || pErr == nullptr || pSvc == nullptr || pColumnDef == nullptr) {
     throw CKelException(KEL_ERR_ARGUMENT, "CAdp::_Init", gAdpErrLookup, ADP_ERR_LOOKUP_COUNT);
   }
@@ -148,7 +150,13 @@ void CAdp::ProcessObject(CKelTrace* pTrace, CKelStream& stream, Column_Def*& pCo
   root.m_pTdo = pType;
   root.m_pColumnDef = &m_RootDef;
   _DevelopOraObjects(m_Tree, 0);
-  _WriteStream(m_Tree, _IsNull(m_Tree));
+  try {
+    _WriteStream(m_Tree, _IsNull(m_Tree));
+  } catch (...) {
+    m_Out.Flush();
+    throw;
+  }
+  m_Out.Flush();
 }
 
 CKelStream& CAdp::StreamFromBuffer(const void* pBuffer, unsigned long nSize) {

@@ -23,6 +23,7 @@
 
 #include "adapter/element_data.h"
 #include "containers/kel_tree.h"
+#include "stream/out_buffer.h"
 #include "stream/stream_format.h"
 
 struct VARNADP {};
@@ -102,6 +103,8 @@ class CAdp : public VARNADP {
   void _WriteGroupEnd();
   void _WriteDelimiter();
   void _OraFieldToStream(CAdpTree& element);
+  // Hands what the writer collected to the stream.
+  void _FlushOut() { m_Out.Flush(); }
 
   // Reader (stream/reader.cc), one text to its value (stream/text_to_field.cc)
   // and the LOB pass (stream/lob_pass.cc).
@@ -126,6 +129,11 @@ class CAdp : public VARNADP {
   // Raises the adapter's -24 for a failed OCI call after its diagnostics
   // went to the trace; returns when the call succeeded.
   void _OraCheck(sword nStatus, const char* pszOciFunc, const char* pszFunc);
+  // Room for a value text of up to nSize bytes, filled by an OCI call and
+  // then committed with the bytes used; a text larger than the output
+  // buffer goes into a page of the stream itself.
+  char* _BeginValue(unsigned long nSize);
+  void _EndValue(unsigned long nUsed);
 
   CKelTrace* m_pTrace;
   CKelStream* m_pStream;
@@ -149,6 +157,10 @@ class CAdp : public VARNADP {
   int m_anValueEndLen[4];
   const char* m_apszSpecial[6];
   int m_anSpecialLen[6];
+  // The writer's output on its way to m_pStream, and the stream page of a
+  // value too large for it.
+  CAdpOutBuffer m_Out;
+  CKelStreamPage* m_pValuePage;
   // Bytes that can begin a special string, so that escaping looks closer
   // only where one may start.
   unsigned char m_abSpecialLead[256];

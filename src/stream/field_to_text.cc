@@ -1,6 +1,6 @@
 // One scalar value to its text on the output stream. NUMBER, DATE,
-// TIMESTAMP and INTERVAL text is made by Oracle directly inside a stream
-// page; text goes out with release characters, RAW and BLOB bytes behind
+// TIMESTAMP and INTERVAL text is made by Oracle directly in the writer's
+// output buffer; text goes out with release characters, RAW and BLOB bytes behind
 // their length; BFILE, REF and unknown types are refused.
 #include <cstdio>
 #include <cstdlib>
@@ -17,6 +17,12 @@
 namespace {
 
 const char kFunc[] = "CAdp::_OraFieldToStream";
+
+// Progress lines are formatted only when the trace shows level 2.
+#define ADP_PROGRESS(...)                                          \
+  do {                                                             \
+    if (m_pTrace->IsShown(2)) m_pTrace->Printf(2, __VA_ARGS__);    \
+  } while (0)
 
 CKelException Unsupported() {
   return CKelException(ADP_ERR_UNSUPPORTED_TYPE, kFunc, gAdpErrLookup, ADP_ERR_LOOKUP_COUNT);
@@ -72,9 +78,9 @@ void CAdp::_OraFieldToStream(CAdpTree& element) {
 
   switch (def.DataType) {
     case SQLT_NUM: {
-      m_pTrace->Printf(2, "Processing NUMBER field...");
+      ADP_PROGRESS("Processing NUMBER field...");
       if (bNull) {
-        m_pTrace->Printf(2, "NUMBER: NULL");
+        ADP_PROGRESS("NUMBER: NULL");
         break;
       }
       const OCINumber* pNumber = static_cast<const OCINumber*>(data.m_pField);
@@ -90,24 +96,24 @@ void CAdp::_OraFieldToStream(CAdpTree& element) {
           nMask = BuildNumberMask(def, pMask, nMask + 1);
         }
         ub4 nSize = static_cast<ub4>(nMask + 1);
-        CKelStreamPage& page = m_pStream->NewPage(nSize);
+        char* pPage = _BeginValue(nSize);
         _OraCheck(OCINumberToText(m_pErr, pNumber, reinterpret_cast<const oratext*>(pMask),
                                   static_cast<ub4>(nMask), nullptr, 0, &nSize,
-                                  static_cast<oratext*>(page.GetData())),
+                                  reinterpret_cast<oratext*>(pPage)),
                   "OCINumberToText", kFunc);
-        m_pStream->WritePage(page, nSize);
-        m_pTrace->Printf(2, "NUMBER->TEXT: precision %d, scale %d, format \"%s\", size = %d",
+        _EndValue(nSize);
+        ADP_PROGRESS("NUMBER->TEXT: precision %d, scale %d, format \"%s\", size = %d",
                          static_cast<int>(def.Precision), static_cast<int>(def.Scale), pMask,
                          static_cast<int>(nSize));
       } else if (def.ExtType == 4) {
         const ub4 nSize = static_cast<ub4>(def.DataSize);
-        CKelStreamPage& page = m_pStream->NewPage(nSize);
-        _OraCheck(OCINumberToReal(m_pErr, pNumber, nSize, page.GetData()), "OCINumberToReal",
+        char* pPage = _BeginValue(nSize);
+        _OraCheck(OCINumberToReal(m_pErr, pNumber, nSize, pPage), "OCINumberToReal",
                   kFunc);
-        m_pStream->WritePage(page, nSize);
-        m_pTrace->Printf(2, "NUMBER->REAL: size = %d", static_cast<int>(nSize));
+        _EndValue(nSize);
+        ADP_PROGRESS("NUMBER->REAL: size = %d", static_cast<int>(nSize));
       } else {
-        m_pTrace->Printf(2, "*ERROR: NUMBER type %d not supported", static_cast<int>(def.ExtType));
+        ADP_PROGRESS("*ERROR: NUMBER type %d not supported", static_cast<int>(def.ExtType));
         throw Unsupported();
       }
       break;
@@ -117,9 +123,9 @@ void CAdp::_OraFieldToStream(CAdpTree& element) {
     case SQLT_LNG:
     case SQLT_LVC:
     case SQLT_AFC: {
-      m_pTrace->Printf(2, "Processing TEXT field...");
+      ADP_PROGRESS("Processing TEXT field...");
       if (bNull) {
-        m_pTrace->Printf(2, "TEXT: NULL");
+        ADP_PROGRESS("TEXT: NULL");
         break;
       }
       // A string resized to nothing is freed by Oracle and its slot holds
@@ -128,14 +134,14 @@ void CAdp::_OraFieldToStream(CAdpTree& element) {
       const ub4 nLength = pString != nullptr ? OCIStringSize(m_pEnv, pString) : 0;
       void* pText = pString != nullptr ? OCIStringPtr(m_pEnv, pString) : nullptr;
       const long nWritten = _WriteStringAddRelease(pText, nLength, 1);
-      m_pTrace->Printf(2, "TEXT: size = %d", static_cast<int>(nWritten));
+      ADP_PROGRESS("TEXT: size = %d", static_cast<int>(nWritten));
       break;
     }
 
     case SQLT_DAT: {
-      m_pTrace->Printf(2, "Processing DATE field...");
+      ADP_PROGRESS("Processing DATE field...");
       if (bNull) {
-        m_pTrace->Printf(2, "DATE: NULL");
+        ADP_PROGRESS("DATE: NULL");
         break;
       }
       const char* pszMask;
@@ -144,28 +150,28 @@ void CAdp::_OraFieldToStream(CAdpTree& element) {
       } else if (def.ExtType == 5 && def.DisplaySize == 20) {
         pszMask = ADP_DATE_MASK_SHORT;
       } else {
-        m_pTrace->Printf(2, "*ERROR: DATE type %d, size %d, not supported",
+        ADP_PROGRESS("*ERROR: DATE type %d, size %d, not supported",
                          static_cast<int>(def.ExtType), static_cast<int>(def.DisplaySize));
         throw Unsupported();
       }
       ub4 nSize = def.DisplaySize;
-      CKelStreamPage& page = m_pStream->NewPage(nSize);
+      char* pPage = _BeginValue(nSize);
       _OraCheck(OCIDateToText(m_pErr, static_cast<const OCIDate*>(data.m_pField),
                               reinterpret_cast<const oratext*>(pszMask),
                               static_cast<ub1>(std::strlen(pszMask)), nullptr, 0, &nSize,
-                              static_cast<oratext*>(page.GetData())),
+                              reinterpret_cast<oratext*>(pPage)),
                 "OCIDateToText", kFunc);
-      m_pStream->WritePage(page, nSize);
-      m_pTrace->Printf(2, "DATE: format %s, size %d", pszMask, static_cast<int>(nSize));
+      _EndValue(nSize);
+      ADP_PROGRESS("DATE: format %s, size %d", pszMask, static_cast<int>(nSize));
       break;
     }
 
     case SQLT_BIN:
     case SQLT_LBI: {
-      m_pTrace->Printf(2, "Processing RAW field...");
+      ADP_PROGRESS("Processing RAW field...");
       if (bNull) {
-        m_pStream->Write(ADP_BINARY_LENGTH_END, 1);
-        m_pTrace->Printf(2, "RAW: NULL");
+        m_Out.Write(ADP_BINARY_LENGTH_END, 1);
+        ADP_PROGRESS("RAW: NULL");
         break;
       }
       // As for text, a RAW resized to nothing has a NULL slot: an empty RAW.
@@ -174,22 +180,22 @@ void CAdp::_OraFieldToStream(CAdpTree& element) {
       char szPrefix[16];
       const int nPrefix = std::snprintf(szPrefix, sizeof szPrefix, "%u%s",
                                         static_cast<unsigned>(nLength), ADP_BINARY_LENGTH_END);
-      m_pStream->Write(szPrefix, static_cast<unsigned long>(nPrefix));
-      if (nLength != 0) m_pStream->Write(OCIRawPtr(m_pEnv, pRaw), nLength);
-      m_pTrace->Printf(2, "RAW: size %d", static_cast<int>(nLength));
+      m_Out.Write(szPrefix, static_cast<unsigned long>(nPrefix));
+      if (nLength != 0) m_Out.Write(OCIRawPtr(m_pEnv, pRaw), nLength);
+      ADP_PROGRESS("RAW: size %d", static_cast<int>(nLength));
       break;
     }
 
     case SQLT_CLOB:
     case SQLT_BLOB: {
-      m_pTrace->Printf(2, "Processing LOB field...");
+      ADP_PROGRESS("Processing LOB field...");
       const bool bClob = _IsClob(element) != 0;
       if (bNull) {
         if (bClob) {
-          m_pTrace->Printf(2, "CLOB: NULL");
+          ADP_PROGRESS("CLOB: NULL");
         } else {
-          m_pStream->Write(ADP_BINARY_LENGTH_END, 1);
-          m_pTrace->Printf(2, "LOB: NULL");
+          m_Out.Write(ADP_BINARY_LENGTH_END, 1);
+          ADP_PROGRESS("LOB: NULL");
         }
         break;
       }
@@ -211,65 +217,65 @@ void CAdp::_OraFieldToStream(CAdpTree& element) {
                 "OCILobRead", kFunc);
       const long nWritten = _WriteStringAddRelease(buffer.get(), nAmount, bClob ? 1 : 0);
       buffer.reset();
-      m_pTrace->Printf(2, bClob ? "CLOB: size %d" : "LOB: size %d", static_cast<int>(nWritten));
+      ADP_PROGRESS(bClob ? "CLOB: size %d" : "LOB: size %d", static_cast<int>(nWritten));
       break;
     }
 
     case SQLT_BFILEE:
-      m_pTrace->Printf(2, "Processing BFILE field...");
-      m_pTrace->Printf(2, "*ERR: BFILE type not supported");
+      ADP_PROGRESS("Processing BFILE field...");
+      ADP_PROGRESS("*ERR: BFILE type not supported");
       throw Unsupported();
 
     case SQLT_REF:
-      m_pTrace->Printf(2, "Processing REF field...");
-      m_pTrace->Printf(2, "*ERR: REF type not supported");
+      ADP_PROGRESS("Processing REF field...");
+      ADP_PROGRESS("*ERR: REF type not supported");
       throw Unsupported();
 
     case SQLT_TIMESTAMP:
     case SQLT_TIMESTAMP_TZ:
     case SQLT_TIMESTAMP_LTZ: {
-      m_pTrace->Printf(2, "Processing TIMESTAMP field...");
+      ADP_PROGRESS("Processing TIMESTAMP field...");
       if (bNull) {
-        m_pTrace->Printf(2, "TIMESTAMP: NULL");
+        ADP_PROGRESS("TIMESTAMP: NULL");
         break;
       }
       const char* pszMask = AdpTimestampMask(def.DataType, def.Scale);
       ub4 nSize = def.DisplaySize;
-      CKelStreamPage& page = m_pStream->NewPage(nSize);
+      char* pPage = _BeginValue(nSize);
       _OraCheck(OCIDateTimeToText(m_pEnv, m_pErr, *static_cast<OCIDateTime**>(data.m_pField),
                                   reinterpret_cast<const OraText*>(pszMask),
                                   static_cast<ub1>(std::strlen(pszMask)),
                                   static_cast<ub1>(def.Scale), nullptr, 0, &nSize,
-                                  static_cast<OraText*>(page.GetData())),
+                                  reinterpret_cast<OraText*>(pPage)),
                 "OCIDateTimeToText", kFunc);
-      m_pStream->WritePage(page, nSize);
-      m_pTrace->Printf(2, "TIMESTAMP: format %s, size %d", pszMask, static_cast<int>(nSize));
+      _EndValue(nSize);
+      ADP_PROGRESS("TIMESTAMP: format %s, size %d", pszMask, static_cast<int>(nSize));
       break;
     }
 
     case SQLT_INTERVAL_YM:
     case SQLT_INTERVAL_DS: {
-      m_pTrace->Printf(2, "Processing INTERVAL field...");
+      ADP_PROGRESS("Processing INTERVAL field...");
       if (bNull) {
-        m_pTrace->Printf(2, "INTERVAL: NULL");
+        ADP_PROGRESS("INTERVAL: NULL");
         break;
       }
       size_t nResult = 0;
-      CKelStreamPage& page = m_pStream->NewPage(def.DisplaySize);
+      char* pPage = _BeginValue(def.DisplaySize);
       _OraCheck(OCIIntervalToText(m_pEnv, m_pErr, *static_cast<OCIInterval**>(data.m_pField),
                                   static_cast<ub1>(def.Precision), static_cast<ub1>(def.Scale),
-                                  static_cast<OraText*>(page.GetData()), def.DisplaySize,
+                                  reinterpret_cast<OraText*>(pPage), def.DisplaySize,
                                   &nResult),
                 "OCIIntervalToText", kFunc);
-      m_pStream->WritePage(page, static_cast<unsigned long>(nResult));
-      m_pTrace->Printf(2, "INTERVAL: size %d", static_cast<int>(nResult));
+      _EndValue(static_cast<unsigned long>(nResult));
+      ADP_PROGRESS("INTERVAL: size %d", static_cast<int>(nResult));
       break;
     }
 
     default: {
       const int nType = static_cast<short>(def.DataType);
-      m_pTrace->Printf(2, "Processing '%d' field...", nType);
-      m_pTrace->Printf(2, "*ERR: '%d' type not supported", nType);
+      ADP_PROGRESS("Processing '%d' field...", nType);
+      ADP_PROGRESS("*ERR: '%d' type not supported", nType);
       throw Unsupported();
     }
   }

@@ -43,8 +43,8 @@ long CAdp::_WriteStringAddRelease(void* pData, unsigned long nSize, int bEscape)
     char szPrefix[16];
     const int nPrefix = std::snprintf(szPrefix, sizeof szPrefix, "%u%s",
                                       static_cast<unsigned>(nSize), ADP_BINARY_LENGTH_END);
-    m_pStream->Write(szPrefix, static_cast<unsigned long>(nPrefix));
-    if (nSize != 0) m_pStream->Write(pBegin, nSize);
+    m_Out.Write(szPrefix, static_cast<unsigned long>(nPrefix));
+    if (nSize != 0) m_Out.Write(pBegin, nSize);
     return nCount;
   }
   const char* pEnd = pBegin + nSize;
@@ -54,12 +54,12 @@ long CAdp::_WriteStringAddRelease(void* pData, unsigned long nSize, int bEscape)
     // unless an empty special string stands everywhere.
     if (!m_bEmptySpecial && !m_abSpecialLead[static_cast<unsigned char>(*pPos)]) continue;
     if (!_IsSpecialString(pPos, pEnd)) continue;
-    if (pPos != pRun) m_pStream->Write(pRun, static_cast<unsigned long>(pPos - pRun));
-    m_pStream->Write(m_szRelease, static_cast<unsigned long>(m_nReleaseLen));
+    if (pPos != pRun) m_Out.Write(pRun, static_cast<unsigned long>(pPos - pRun));
+    m_Out.Write(m_szRelease, static_cast<unsigned long>(m_nReleaseLen));
     pRun = pPos;
     nCount += m_nReleaseLen;
   }
-  if (pEnd != pRun) m_pStream->Write(pRun, static_cast<unsigned long>(pEnd - pRun));
+  if (pEnd != pRun) m_Out.Write(pRun, static_cast<unsigned long>(pEnd - pRun));
   return nCount;
 }
 

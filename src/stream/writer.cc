@@ -25,10 +25,30 @@ void CAdp::_WriteStream(CAdpTree& element, int bNull) {
   trace.SetRC(0);
 }
 
-void CAdp::_WriteGroupStart() { m_pStream->Write(ADP_GROUP_START, ADP_GROUP_START_LEN); }
+void CAdp::_WriteGroupStart() { m_Out.Write(ADP_GROUP_START, ADP_GROUP_START_LEN); }
 
-void CAdp::_WriteGroupEnd() { m_pStream->Write(ADP_GROUP_END, ADP_GROUP_END_LEN); }
+void CAdp::_WriteGroupEnd() { m_Out.Write(ADP_GROUP_END, ADP_GROUP_END_LEN); }
 
 void CAdp::_WriteDelimiter() {
-  m_pStream->Write(m_szDelimiter, static_cast<unsigned long>(m_nDelimiterLen));
+  m_Out.Write(m_szDelimiter, static_cast<unsigned long>(m_nDelimiterLen));
+}
+
+char* CAdp::_BeginValue(unsigned long nSize) {
+  if (char* pRoom = m_Out.Reserve(nSize)) {
+    m_pValuePage = nullptr;
+    return pRoom;
+  }
+  m_Out.Flush();
+  m_pValuePage = &m_pStream->NewPage(nSize);
+  return static_cast<char*>(m_pValuePage->GetData());
+}
+
+void CAdp::_EndValue(unsigned long nUsed) {
+  if (m_pValuePage == nullptr) {
+    m_Out.Commit(nUsed);
+    return;
+  }
+  CKelStreamPage& page = *m_pValuePage;
+  m_pValuePage = nullptr;
+  m_pStream->WritePage(page, nUsed);
 }

@@ -43,6 +43,7 @@ class ReleaseTest : public ::testing::Test {
     Use(nullptr);
   }
   std::string Written() {
+    adp_->_FlushOut();
     std::string out(stream_.GetSize(), '\0');
     stream_.Seek(0, 0);
     if (!out.empty()) stream_.Read(&out[0], out.size());
