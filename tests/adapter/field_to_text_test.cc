@@ -18,22 +18,17 @@ class FieldToTextTest : public AdapterTest {
     inst_ = NewObject("F_ALL_T");
   }
 
-  // Writes the one attribute under the given definition and returns the
-  // stream; the trace is cleared first.
+  // Writes the one attribute under the given definition, as a list of one
+  // record at an address of its own, and returns the stream; the trace is
+  // cleared first.
   std::string WriteOne(const Column_Def& def, int* pRc = nullptr) {
-    DefList one;
-    Column_Def& d = one.Add(def.Flags, def.ColumnName, def.DataType);
-    d.ExtType = def.ExtType;
-    d.DataSize = def.DataSize;
-    d.DisplaySize = def.DisplaySize;
-    d.Precision = def.Precision;
-    d.Scale = def.Scale;
+    lists_.emplace_back(def);
+    lists_.back().Next = nullptr;
+    Column_Def* pList = &lists_.back();
     ClearStream();
     ClearTrace();
-    DefList full;
-    // The other attributes are described too: the list must name the
-    // object's attributes only as far as it goes, so one record suffices.
-    const int rc = Write(one.Head(), inst_);
+    // A list may describe the first attributes of a type only.
+    const int rc = Write(pList, inst_);
     if (pRc != nullptr) *pRc = rc;
     return Stream();
   }
@@ -55,6 +50,7 @@ class FieldToTextTest : public AdapterTest {
   }
 
   Instance inst_;
+  std::deque<Column_Def> lists_;
 };
 
 TEST_F(FieldToTextTest, TextIsWrittenWithReleasesAndTracedWithItsWrittenSize) {
