@@ -42,7 +42,8 @@ CAdp::CAdp(DB_SPECIAL_STRINGS* pSpecialStrings)
       m_bLobsPending(0),
       m_Stream(0, nullptr, nullptr, 0),
       m_Trace(),
-      m_pValuePage(nullptr) {
+      m_pValuePage(nullptr),
+      m_pHandedOut(nullptr) {
   if (pSpecialStrings == nullptr) {
     CopyPadded(m_szDelimiter, ADP_DELIMITER, sizeof m_szDelimiter);
     CopyPadded(m_szTerminator, ADP_TERMINATOR, sizeof m_szTerminator);
@@ -101,7 +102,19 @@ CAdp::CAdp(DB_SPECIAL_STRINGS* pSpecialStrings)
   m_Tree.m_Data.m_bTopLevel = -1;  // a signed one-bit flag reads -1 when set
 }
 
-CAdp::~CAdp() { _OraDestroyObject(m_Tree); }
+// The destructor gives back every value the tree made, not the root's
+// alone: items read from a stream own theirs too.
+CAdp::~CAdp() {
+  _OraDestroySubtree(m_Tree);
+  _ReleaseHandedOut();
+}
+
+// What a stream-to-object call handed out lives until the next processing
+// call; then it is freed.
+void CAdp::_ReleaseHandedOut() {
+  if (m_pHandedOut != nullptr) OCIObjectFree(m_pEnv, m_pErr, m_pHandedOut, OCI_OBJECTFREE_FORCE);
+  m_pHandedOut = nullptr;
+}
 
 void CAdp::_Init(CKelTrace* pTrace) {
   m_bLobsPending = 0;
@@ -138,7 +151,10 @@ void CAdp::ProcessObject(CKelTrace* pTrace, CKelStream& stream, Column_Def*& pCo
     _BuildElementTree(m_Tree, pColumnDef);
   }
   CAdpElementData& root = m_Tree.m_Data;
-  root.ClearOraObjects();
+  _ReleaseHandedOut();
+  // A root made by an earlier stream-to-object call goes now; otherwise
+  // this only clears the root.
+  _OraDestroyObject(m_Tree);
   if (_IsColl(m_Tree)) {
     root.m_pStruct = pInstance;
     root.m_pField = &root.m_pStruct;
@@ -157,6 +173,49 @@ void CAdp::ProcessObject(CKelTrace* pTrace, CKelStream& stream, Column_Def*& pCo
     throw;
   }
   m_Out.Flush();
+}
+
+int CAdp::ProcessStream(CKelTrace* pTrace, CKelStream& stream, Column_Def*& pColumnDef,
+                        OCIEnv* pEnv, OCIError* pErr, OCISvcCtx* pSvc, void*& pInstance,
+                        short*& pIndicator, short& nIndicator, OCIType* pType) {
+  CKelTraceFunc trace(pTrace != nullptr ? pTrace : &m_Trace, "CAdp::ProcessStream", -2);
+  if (_Init(stream, pTrace, pEnv, pErr, pSvc, pColumnDef)) {
+    m_Tree.DeleteChildren();
+    _BuildElementTree(m_Tree, pColumnDef);
+  }
+  _ReleaseHandedOut();
+  CAdpElementData& root = m_Tree.m_Data;
+  // The object the last call made lived until now. A collection made here
+  // stays to be emptied and filled again.
+  if (root.m_bCreated && !_IsColl(m_Tree)) _OraDestroyObject(m_Tree);
+  root.m_pInd = pIndicator;
+  root.m_nInd = nIndicator;
+  root.m_pTdo = pType;
+  root.m_pColumnDef = &m_RootDef;
+  _OraCreateObject(m_Tree);
+  _DevelopOraObjects(m_Tree, 1);
+  _ReadStream(m_Tree);
+  pInstance = _IsColl(m_Tree) ? root.m_pStruct : root.m_pField;
+  pIndicator = root.m_pInd;
+  nIndicator = root.m_nInd;
+  trace.SetRC(0);
+  return m_bLobsPending;
+}
+
+void CAdp::ProcessStreamWriteLobs(CKelTrace* pTrace, const char* pszSelect) {
+  _Init(pTrace);
+  CAdpElementData& root = m_Tree.m_Data;
+  root.m_pColumnDef = &m_RootDef;
+  // The stored object takes the root's place; the object the host was
+  // handed stays alive until the next processing call.
+  if (root.m_bCreated && !_IsColl(m_Tree) && root.m_pField != nullptr) {
+    _ReleaseHandedOut();
+    m_pHandedOut = root.m_pField;
+    root.m_pField = nullptr;
+  }
+  _OraSelectObject(pszSelect);
+  _DevelopOraObjects(m_Tree, 0);
+  _ReadStreamLobs(m_Tree);
 }
 
 CKelStream& CAdp::StreamFromBuffer(const void* pBuffer, unsigned long nSize) {

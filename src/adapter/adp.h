@@ -85,6 +85,9 @@ class CAdp : public VARNADP {
   void _OraCreateObject(CAdpTree& node);
   void _DevelopOraObjects(CAdpTree& node, int bEmpty);
   void _OraDestroyObject(CAdpTree& node);
+  // _OraDestroyObject on every node of a subtree that made or pinned
+  // something, the top included.
+  void _OraDestroySubtree(CAdpTree& top);
 
   // Navigation (adapter/adp_navigation.cc).
   void _OraGetChild(CAdpTree& child, CAdpTree& parent);
@@ -116,6 +119,8 @@ class CAdp : public VARNADP {
   void _OraStreamToField(CAdpTree& element, unsigned long nSize);
   void _ReadStreamLobs(CAdpTree& element);
   void _OraStreamToLobField(CAdpTree& element);
+  long _OraWriteLobElementFromPage(OCILobLocator* pLocator, const void* pData, unsigned long nSize,
+                                   unsigned char nPiece, int bClob);
 
   // Per-call set-up (adapter/adp.cc).
   int _Init(CKelStream& stream, CKelTrace* pTrace, OCIEnv* pEnv, OCIError* pErr,
@@ -129,6 +134,7 @@ class CAdp : public VARNADP {
   // Raises the adapter's -24 for a failed OCI call after its diagnostics
   // went to the trace; returns when the call succeeded.
   void _OraCheck(sword nStatus, const char* pszOciFunc, const char* pszFunc);
+  void _ReleaseHandedOut();
   // Room for a value text of up to nSize bytes, filled by an OCI call and
   // then committed with the bytes used; a text larger than the output
   // buffer goes into a page of the stream itself.
@@ -161,6 +167,10 @@ class CAdp : public VARNADP {
   // value too large for it.
   CAdpOutBuffer m_Out;
   CKelStreamPage* m_pValuePage;
+  // An object read from a stream and handed to the host, whose place at the
+  // root the LOB pass gave to the stored object: freed at the next
+  // processing call.
+  void* m_pHandedOut;
   // Bytes that can begin a special string, so that escaping looks closer
   // only where one may start.
   unsigned char m_abSpecialLead[256];

@@ -2,7 +2,75 @@
 // instance (one node per attribute and per collection item present) and
 // giving back what the tree made or pinned.
 #include "adapter/adp.h"
+#include "adapter/type_name.h"
 #include "interface/trace_func.h"
+
+namespace {
+
+// The type code OCIObjectNew is given for an element. Oracle takes its own
+// type codes only: the external codes of RAW and LONG RAW (23 is
+// OCI_TYPECODE_UNSIGNED8, a number; 24 is none) become OCI_TYPECODE_RAW,
+// and those of LONG and LONG VARCHAR (8 and 94, no type codes at all)
+// become text, so that each item is made as the value it holds.
+OCITypeCode NewTypeCode(unsigned short nDataType) {
+  switch (nDataType) {
+    case SQLT_BIN:
+    case SQLT_LBI:
+      return OCI_TYPECODE_RAW;
+    case SQLT_LNG:
+    case SQLT_LVC:
+      return OCI_TYPECODE_VARCHAR2;
+    default:
+      return nDataType;
+  }
+}
+
+}  // namespace
+
+void CAdp::_OraCreateObject(CAdpTree& node) {
+  CKelTraceFunc trace(m_pTrace, "CAdp::_OraCreateObject", -2);
+  const char* const kFunc = "CAdp::_OraCreateObject";
+  CAdpElementData& data = node.m_Data;
+  const Column_Def& def = *data.m_pColumnDef;
+  if (def.TypeName != nullptr && data.m_pTdo == nullptr) {
+    const CAdpTypeName name(def.TypeName);
+    _OraCheck(OCITypeByName(m_pEnv, m_pErr, m_pSvc, name.pSchema, name.nSchemaLen, name.pType,
+                            name.nTypeLen, nullptr, 0, OCI_DURATION_DEFAULT, OCI_TYPEGET_HEADER,
+                            &data.m_pTdo),
+              "OCITypeByName", kFunc);
+    data.m_bTdoPinned = 1;
+  }
+  const OCITypeCode nCode = NewTypeCode(def.DataType);
+  if (_IsColl(node)) {
+    // Only a collection made here is reused; one that a host handed over
+    // for writing is the host's.
+    if (data.m_pStruct == nullptr || !data.m_bCreated) {
+      data.m_pStruct = nullptr;
+      _OraCheck(OCIObjectNew(m_pEnv, m_pErr, m_pSvc, nCode, data.m_pTdo, nullptr,
+                             OCI_DURATION_DEFAULT, TRUE, &data.m_pStruct),
+                "OCIObjectNew", kFunc);
+    }
+    data.m_pField = &data.m_pStruct;
+    if (data.m_pInd == nullptr) {
+      _OraCheck(OCIObjectGetInd(m_pEnv, m_pErr, data.m_pStruct, reinterpret_cast<void**>(&data.m_pInd)),
+                "OCIObjectGetInd", kFunc);
+    }
+  } else if (_IsComplex(node)) {
+    _OraCheck(OCIObjectNew(m_pEnv, m_pErr, m_pSvc, nCode, data.m_pTdo, nullptr,
+                           OCI_DURATION_DEFAULT, TRUE, &data.m_pField),
+              "OCIObjectNew", kFunc);
+    _OraCheck(OCIObjectGetInd(m_pEnv, m_pErr, data.m_pField, reinterpret_cast<void**>(&data.m_pInd)),
+              "OCIObjectGetInd", kFunc);
+  } else {
+    _OraCheck(OCIObjectNew(m_pEnv, m_pErr, m_pSvc, nCode, data.m_pTdo, nullptr,
+                           OCI_DURATION_DEFAULT, TRUE, &data.m_pStruct),
+              "OCIObjectNew", kFunc);
+    data.m_pField = _FieldToStruct(node);
+    data.m_pInd = &data.m_nInd;
+  }
+  data.m_bCreated = 1;
+  trace.SetRC(0);
+}
 
 void CAdp::_DevelopOraObjects(CAdpTree& node, int bEmpty) {
   CKelTraceFunc trace(m_pTrace, "CAdp::_DevelopOraObjects", -2);
@@ -21,6 +89,9 @@ void CAdp::_DevelopOraObjects(CAdpTree& node, int bEmpty) {
         _DeleteElementAndAfter(pChild);
         break;
       }
+      // An item node that still holds a value read from a stream gives it
+      // back before it is bound to an item of this collection.
+      if (pChild->m_Data.m_bCreated || pChild->m_Data.m_bTdoPinned) _OraDestroySubtree(*pChild);
       if (!_OraGetNextCollItem(*pChild, node)) {
         _DeleteElementAndAfter(pChild);
         break;
@@ -66,4 +137,18 @@ void CAdp::_OraDestroyObject(CAdpTree& node) {
     }
   }
   data.ClearOraObjects();
+}
+
+void CAdp::_OraDestroySubtree(CAdpTree& top) {
+  CAdpTree* pNode = &top;
+  for (;;) {
+    if (pNode->m_Data.m_bCreated || pNode->m_Data.m_bTdoPinned) _OraDestroyObject(*pNode);
+    if (CAdpTree* pChild = pNode->GetFirstChild()) {
+      pNode = pChild;
+      continue;
+    }
+    while (pNode != &top && pNode->GetNextSibling() == nullptr) pNode = pNode->GetParent();
+    if (pNode == &top) return;
+    pNode = pNode->GetNextSibling();
+  }
 }

@@ -6,31 +6,9 @@
 #include <orid.h>
 
 #include "adapter/adp.h"
+#include "adapter/type_name.h"
 #include "interface/trace_func.h"
 
-namespace {
-
-// "SCHEMA.TYPE" splits at its first point; a name without one has no
-// schema. The lengths delimit both parts, so the host's text is never
-// written to.
-struct TypeName {
-  explicit TypeName(const char* pszName) {
-    const char* pDot = std::strchr(pszName, '.');
-    if (pDot != nullptr) {
-      pSchema = reinterpret_cast<const oratext*>(pszName);
-      nSchemaLen = static_cast<ub4>(pDot - pszName);
-      pszName = pDot + 1;
-    }
-    pType = reinterpret_cast<const oratext*>(pszName);
-    nTypeLen = static_cast<ub4>(std::strlen(pszName));
-  }
-  const oratext* pSchema = nullptr;
-  ub4 nSchemaLen = 0;
-  const oratext* pType = nullptr;
-  ub4 nTypeLen = 0;
-};
-
-}  // namespace
 
 void CAdp::_OraGetChild(CAdpTree& child, CAdpTree& parent) {
   CKelTraceFunc trace(m_pTrace, "CAdp::_OraGetChild", -2);
@@ -58,11 +36,17 @@ int CAdp::_OraGetNextCollItem(CAdpTree& item, CAdpTree& coll) {
   CAdpElementData& owner = coll.m_Data;
   if (data.m_pColumnDef->TypeName != nullptr) {
     // Looked up once per item and never unpinned.
-    const TypeName name(data.m_pColumnDef->TypeName);
+    const CAdpTypeName name(data.m_pColumnDef->TypeName);
     _OraCheck(OCITypeByName(m_pEnv, m_pErr, m_pSvc, name.pSchema, name.nSchemaLen, name.pType,
                             name.nTypeLen, nullptr, 0, OCI_DURATION_DEFAULT, OCI_TYPEGET_HEADER,
                             &data.m_pTdo),
               "OCITypeByName", "CAdp::_OraGetNextCollItem");
+  }
+  // A collection without a value (the root of the LOB pass over a
+  // collection type, which selection leaves without one) has no items.
+  if (owner.m_pField == nullptr) {
+    trace.SetRC(0);
+    return 0;
   }
   if (owner.m_pIter == nullptr) {
     _OraCheck(OCIIterCreate(m_pEnv, m_pErr, *static_cast<OCIColl**>(owner.m_pField), &owner.m_pIter),
@@ -82,6 +66,47 @@ void CAdp::_OraEmptyColl(CAdpTree& coll) {
   sb4 nSize = 0;
   _OraCheck(OCICollSize(m_pEnv, m_pErr, pColl, &nSize), "OCICollSize", "CAdp::_OraEmptyColl");
   _OraCheck(OCICollTrim(m_pEnv, m_pErr, nSize, pColl), "OCICollTrim", "CAdp::_OraEmptyColl");
+  trace.SetRC(0);
+}
+
+void CAdp::_OraAddCollItem(CAdpTree& item, CAdpTree& coll) {
+  const char* const kFunc = "CAdp::_OraAddCollItem";
+  CKelTraceFunc trace(m_pTrace, kFunc, -2);
+  CAdpElementData& data = item.m_Data;
+  OCIColl* pColl = *static_cast<OCIColl**>(coll.m_Data.m_pField);
+  const void* pElement = *static_cast<void**>(_StructToField(item));
+  if (pElement != nullptr) {
+    _OraCheck(OCICollAppend(m_pEnv, m_pErr, pElement, data.m_pInd, pColl), "OCICollAppend", kFunc);
+    trace.SetRC(0);
+    return;
+  }
+  // Oracle takes no NULL element: an item without a value (an object item
+  // given back because its field was empty) goes in as a new value of its
+  // type marked null.
+  OCIType* pTdo = nullptr;
+  if (data.m_pColumnDef->TypeName != nullptr) {
+    const CAdpTypeName name(data.m_pColumnDef->TypeName);
+    _OraCheck(OCITypeByName(m_pEnv, m_pErr, m_pSvc, name.pSchema, name.nSchemaLen, name.pType,
+                            name.nTypeLen, nullptr, 0, OCI_DURATION_DEFAULT, OCI_TYPEGET_HEADER,
+                            &pTdo),
+              "OCITypeByName", kFunc);
+  }
+  void* pNull = nullptr;
+  _OraCheck(OCIObjectNew(m_pEnv, m_pErr, m_pSvc,
+                         _IsComplex(item) ? OCI_TYPECODE_OBJECT : data.m_pColumnDef->DataType, pTdo,
+                         nullptr, OCI_DURATION_DEFAULT, TRUE, &pNull),
+            "OCIObjectNew", kFunc);
+  OCIInd nNull = OCI_IND_NULL;
+  void* pNullInd = &nNull;
+  sword nStatus = OCI_SUCCESS;
+  if (_IsComplex(item)) {
+    nStatus = OCIObjectGetInd(m_pEnv, m_pErr, pNull, &pNullInd);
+    if (nStatus == OCI_SUCCESS) *static_cast<OCIInd*>(pNullInd) = OCI_IND_NULL;
+  }
+  if (nStatus == OCI_SUCCESS) nStatus = OCICollAppend(m_pEnv, m_pErr, pNull, pNullInd, pColl);
+  OCIObjectFree(m_pEnv, m_pErr, pNull, OCI_OBJECTFREE_FORCE);
+  if (pTdo != nullptr) OCIObjectUnpin(m_pEnv, m_pErr, pTdo);
+  _OraCheck(nStatus, "OCICollAppend", kFunc);
   trace.SetRC(0);
 }
 

@@ -38,6 +38,8 @@ void CAdp::_BuildElementTree(CAdpTree& parent, Column_Def*& pDef) {
 void CAdp::_DeleteElementAndAfter(CAdpTree* pNode) {
   while (pNode != nullptr) {
     CAdpTree* pNext = pNode->GetNextSibling();
+    // Values that the nodes made go with them.
+    _OraDestroySubtree(*pNode);
     pNode->Detach();
     delete pNode;
     pNode = pNext;

@@ -1,0 +1,113 @@
+// The structure of the stream on input: groups, delimiters, how many items
+// a collection has and what is null. Each scalar's value is converted by
+// _OraStreamToField; values reach their parents through _OraSetIndicator
+// and _OraAddCollItem.
+#include <cstring>
+
+#include "adapter/adp.h"
+#include "interface/err_lookup.h"
+#include "interface/trace_func.h"
+
+int CAdp::_ReadGroupStart() {
+  m_pStream->Tell();
+  char c = 0;
+  const unsigned long nRead = m_pStream->Read(&c, 1);
+  if (nRead == 1 && c == ADP_GROUP_START[0]) return 1;
+  m_pStream->Seek(-static_cast<long>(nRead), 1);
+  return 0;
+}
+
+int CAdp::_ReadGroupEnd() {
+  m_pStream->Tell();
+  char c = 0;
+  const unsigned long nRead = m_pStream->Read(&c, 1);
+  if (nRead == 1 && c == ADP_GROUP_END[0]) return 1;
+  m_pStream->Seek(-static_cast<long>(nRead), 1);
+  return 0;
+}
+
+int CAdp::_ReadDelimiter() {
+  const unsigned long nLength = static_cast<unsigned long>(m_nDelimiterLen);
+  const unsigned long nRead = m_pStream->Read(m_szValueBuf, nLength);
+  if (nRead == nLength && std::strncmp(m_szValueBuf, m_szDelimiter, nLength) == 0) return 1;
+  m_pStream->Seek(-static_cast<long>(nRead), 1);
+  return 0;
+}
+
+unsigned long CAdp::_ReadElementSize() {
+  CKelTraceFunc trace(m_pTrace, "CAdp::_ReadElementSize", -2);
+  const long nStart = m_pStream->Tell();
+  int nIndex = -1;
+  long nLength = m_pStream->GetDelimitedLength(m_apszValueEnd, m_anValueEndLen, nIndex);
+  while (nIndex != -1 && m_apszValueEnd[nIndex] == m_szRelease) {
+    nLength += m_nReleaseLen;
+    m_pStream->Seek(nStart + nLength, 0);
+    const long n = m_pStream->GetDelimitedLength(m_apszSpecial, m_anSpecialLen, nIndex);
+    if (n != 0 || nIndex == -1) {
+      m_pTrace->Printf("*ERR: at offset %d", static_cast<int>(m_pStream->Tell()));
+      throw CKelException(ADP_ERR_RELEASE_POSITION, "CAdp::_ReadElementSize", gAdpErrLookup,
+                          ADP_ERR_LOOKUP_COUNT);
+    }
+    nLength += m_anSpecialLen[nIndex];
+    m_pStream->Seek(nStart + nLength, 0);
+    nLength += m_pStream->GetDelimitedLength(m_apszValueEnd, m_anValueEndLen, nIndex);
+  }
+  if (m_pStream->Tell() != nStart) m_pStream->Seek(nStart, 0);
+  trace.SetRC(0);
+  return static_cast<unsigned long>(nLength);
+}
+
+void CAdp::_ReadStream(CAdpTree& element) {
+  CKelTraceFunc trace(m_pTrace, "CAdp::_ReadStream", -2);
+  CAdpTree* pChild = element.GetFirstChild();
+  if (pChild == nullptr) {
+    Column_Def* pDef = element.m_Data.m_pColumnDef->Next;
+    _BuildElementTree(element, pDef);
+    pChild = element.GetFirstChild();
+  }
+  while (pChild != nullptr) {
+    CAdpTree& child = *pChild;
+    const int bItem = _InColl(child);
+    if (bItem && child.m_Data.m_pField == nullptr) {
+      _OraCreateObject(child);
+      _DevelopOraObjects(child, 0);
+    }
+    if (_IsComplex(child)) {
+      const unsigned short nFlags = child.m_Data.m_pColumnDef->Flags;
+      if (_ReadGroupStart()) {
+        _ReadStream(child);
+        if (!_ReadGroupEnd()) {
+          throw CKelException(KEL_ERR_FORMAT, "CAdp::_ReadStream", gAdpErrLookup,
+                              ADP_ERR_LOOKUP_COUNT);
+        }
+        if (!bItem) _OraSetIndicator(child, element, 1);
+      } else if ((nFlags & 0x0002) && _IsNestedColl(child)) {
+        _ReadStream(child);
+      } else if (bItem && child.m_Data.m_pField != nullptr) {
+        _OraDestroyObject(child);
+      } else if ((nFlags & 0x0002) && _IsColl(child)) {
+        _ReadStream(child);
+      }
+    } else {
+      const unsigned long nSize = _ReadElementSize();
+      _OraStreamToField(child, nSize);
+      _OraSetIndicator(child, element, 0);
+    }
+    if (bItem) _OraAddCollItem(child, element);
+    CAdpTree* pNext = child.GetNextSibling();
+    if (bItem && pNext == nullptr) {
+      if (_ReadDelimiter()) {
+        // The same node reads the next item. An object item starts again
+        // from a new, all-null object: the one just appended was copied
+        // into the collection, and a reused one would keep the nested
+        // values and collection items of the item before.
+        if (_IsComplex(child)) _OraDestroyObject(child);
+        pNext = &child;
+      }
+    } else {
+      _ReadDelimiter();
+    }
+    pChild = pNext;
+  }
+  trace.SetRC(0);
+}
