@@ -43,7 +43,7 @@ CAdp::CAdp(DB_SPECIAL_STRINGS* pSpecialStrings)
       m_Stream(0, nullptr, nullptr, 0),
       m_Trace(),
       m_pValuePage(nullptr),
-      m_pHandedOut(nullptr) {
+      m_nReleaseLater(0) {
   if (pSpecialStrings == nullptr) {
     CopyPadded(m_szDelimiter, ADP_DELIMITER, sizeof m_szDelimiter);
     CopyPadded(m_szTerminator, ADP_TERMINATOR, sizeof m_szTerminator);
@@ -109,11 +109,31 @@ CAdp::~CAdp() {
   _ReleaseHandedOut();
 }
 
-// What a stream-to-object call handed out lives until the next processing
-// call; then it is freed.
+// What a stream-to-object call handed out stays alive through the calls
+// that follow (the host may write it back, or store it and run the LOB
+// pass) and goes at the next stream-to-object call.
+void CAdp::_KeepHandedOut() {
+  CAdpElementData& root = m_Tree.m_Data;
+  if (!root.m_bCreated) return;
+  _ReleaseLater(_IsColl(m_Tree) ? root.m_pStruct : root.m_pField);
+  root.m_bCreated = 0;
+}
+
+void CAdp::_ReleaseLater(void* pValue) {
+  if (pValue == nullptr) return;
+  if (m_nReleaseLater == ADP_RELEASE_LATER_MAX) {
+    OCIObjectFree(m_pEnv, m_pErr, m_apReleaseLater[0], OCI_OBJECTFREE_FORCE);
+    for (int i = 1; i < ADP_RELEASE_LATER_MAX; ++i) m_apReleaseLater[i - 1] = m_apReleaseLater[i];
+    --m_nReleaseLater;
+  }
+  m_apReleaseLater[m_nReleaseLater++] = pValue;
+}
+
 void CAdp::_ReleaseHandedOut() {
-  if (m_pHandedOut != nullptr) OCIObjectFree(m_pEnv, m_pErr, m_pHandedOut, OCI_OBJECTFREE_FORCE);
-  m_pHandedOut = nullptr;
+  for (int i = 0; i < m_nReleaseLater; ++i) {
+    OCIObjectFree(m_pEnv, m_pErr, m_apReleaseLater[i], OCI_OBJECTFREE_FORCE);
+  }
+  m_nReleaseLater = 0;
 }
 
 void CAdp::_Init(CKelTrace* pTrace) {
@@ -151,10 +171,10 @@ void CAdp::ProcessObject(CKelTrace* pTrace, CKelStream& stream, Column_Def*& pCo
     _BuildElementTree(m_Tree, pColumnDef);
   }
   CAdpElementData& root = m_Tree.m_Data;
-  _ReleaseHandedOut();
-  // A root made by an earlier stream-to-object call goes now; otherwise
-  // this only clears the root.
-  _OraDestroyObject(m_Tree);
+  // A root made by an earlier stream-to-object call may be the very
+  // instance to write now: it is kept until the next stream-to-object call.
+  _KeepHandedOut();
+  root.ClearOraObjects();
   if (_IsColl(m_Tree)) {
     root.m_pStruct = pInstance;
     root.m_pField = &root.m_pStruct;
@@ -207,13 +227,11 @@ void CAdp::ProcessStreamWriteLobs(CKelTrace* pTrace, const char* pszSelect) {
   CAdpElementData& root = m_Tree.m_Data;
   root.m_pColumnDef = &m_RootDef;
   // The stored object takes the root's place; the object the host was
-  // handed stays alive until the next processing call.
-  if (root.m_bCreated && !_IsColl(m_Tree) && root.m_pField != nullptr) {
-    _ReleaseHandedOut();
-    m_pHandedOut = root.m_pField;
-    root.m_pField = nullptr;
-  }
+  // handed stays alive until the next stream-to-object call.
+  if (!_IsColl(m_Tree)) _KeepHandedOut();
   _OraSelectObject(pszSelect);
+  // The fetched object is the adapter's to free once it is done with it.
+  if (!_IsColl(m_Tree)) _ReleaseLater(root.m_pField);
   _DevelopOraObjects(m_Tree, 0);
   _ReadStreamLobs(m_Tree);
 }

@@ -134,6 +134,8 @@ class CAdp : public VARNADP {
   // Raises the adapter's -24 for a failed OCI call after its diagnostics
   // went to the trace; returns when the call succeeded.
   void _OraCheck(sword nStatus, const char* pszOciFunc, const char* pszFunc);
+  void _KeepHandedOut();
+  void _ReleaseLater(void* pValue);
   void _ReleaseHandedOut();
   // Room for a value text of up to nSize bytes, filled by an OCI call and
   // then committed with the bytes used; a text larger than the output
@@ -167,10 +169,13 @@ class CAdp : public VARNADP {
   // value too large for it.
   CAdpOutBuffer m_Out;
   CKelStreamPage* m_pValuePage;
-  // An object read from a stream and handed to the host, whose place at the
-  // root the LOB pass gave to the stored object: freed at the next
-  // processing call.
-  void* m_pHandedOut;
+  // Instances the adapter made or fetched whose node has moved on to another
+  // value (the last one read from a stream and handed to the host, the
+  // stored object fetched for the LOB pass): freed at the next
+  // stream-to-object call, the oldest sooner when there are too many.
+  enum { ADP_RELEASE_LATER_MAX = 4 };
+  void* m_apReleaseLater[ADP_RELEASE_LATER_MAX];
+  int m_nReleaseLater;
   // Bytes that can begin a special string, so that escaping looks closer
   // only where one may start.
   unsigned char m_abSpecialLead[256];
