@@ -80,7 +80,14 @@ void CAdp::_ReadStream(CAdpTree& element) {
           throw CKelException(KEL_ERR_FORMAT, "CAdp::_ReadStream", gAdpErrLookup,
                               ADP_ERR_LOOKUP_COUNT);
         }
-        if (!bItem) _OraSetIndicator(child, element, 1);
+        if (!bItem) {
+          _OraSetIndicator(child, element, 1);
+        } else if (child.m_Data.m_pInd != nullptr) {
+          // An item's indicator travels with OCICollAppend. A new object is
+          // atomically null in Oracle until someone says otherwise, so an
+          // item whose group was read is marked present here.
+          *child.m_Data.m_pInd = OCI_IND_NOTNULL;
+        }
       } else if ((nFlags & 0x0002) && _IsNestedColl(child)) {
         _ReadStream(child);
       } else if (bItem && child.m_Data.m_pField != nullptr) {
