@@ -253,6 +253,8 @@ TEST_F(LobPassTest, QueryThatSelectsNoRow) {
             Trace());
 }
 
+// decision D3: the pass then walks the fetched object with a NULL root null
+// structure, which Oracle takes as the instance's own.
 TEST_F(LobPassTest, SelectionOfAnObjectRootKeepsTheFetchedInstanceAndNoIndicator) {
   ASSERT_EQ(0, Read("11|x|0||"));
   Store();

@@ -6,6 +6,7 @@
 
 #include <random>
 
+#include "adapter/adp.h"
 #include "adapter_fixture.h"
 
 namespace adapter_test {
@@ -170,6 +171,30 @@ TEST_F(RoundTripTest, TopLevelCollectionOfScalars) {
   AppendText(pTags, "t|wo");
   AppendText(pTags, "three");
   EXPECT_EQ("one|t!|wo|three", RoundTrip(pDefs, pTags, nullptr, Type("R_TAGS_T"), true));
+  coldefFree(pDefs);
+}
+
+TEST_F(RoundTripTest, TopLevelCollectionReadReturnsTheCollectionHandle) {
+  Column_Def* pDefs = nullptr;
+  ASSERT_EQ(0, coldefDescribe(env_, err_, svc_, "SCOTT.R_TAGS_T", &pDefs));
+  void* pRead = nullptr;
+  OCIInd* pInd = nullptr;
+  ASSERT_EQ(0, ReadBack(pDefs, "a|b|c", Type("R_TAGS_T"), &pRead, &pInd)) << LastException();
+  const CAdpElementData& root = static_cast<CAdp*>(ctx_)->_GetTree().m_Data;
+  EXPECT_EQ(root.m_pStruct, pRead);
+  EXPECT_NE(static_cast<const void*>(&root.m_pStruct), pRead);
+  sb4 nSize = 0;
+  ASSERT_EQ(OCI_SUCCESS, OCICollSize(env_, err_, static_cast<OCIColl*>(pRead), &nSize));
+  EXPECT_EQ(3, nSize);
+  // decision D2: a new collection is not null, its one indicator 0.
+  ASSERT_NE(nullptr, pInd);
+  EXPECT_EQ(OCI_IND_NOTNULL, *pInd);
+  // Read again on the same context, the collection is emptied and reused.
+  void* pAgain = nullptr;
+  ASSERT_EQ(0, ReadBack(pDefs, "z", Type("R_TAGS_T"), &pAgain, &pInd)) << LastException();
+  EXPECT_EQ(pRead, pAgain);
+  ASSERT_EQ(OCI_SUCCESS, OCICollSize(env_, err_, static_cast<OCIColl*>(pAgain), &nSize));
+  EXPECT_EQ(1, nSize);
   coldefFree(pDefs);
 }
 
