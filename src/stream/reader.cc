@@ -89,11 +89,17 @@ void CAdp::_ReadStream(CAdpTree& element) {
           *child.m_Data.m_pInd = OCI_IND_NOTNULL;
         }
       } else if ((nFlags & 0x0002) && _IsNestedColl(child)) {
+        // Read without group marks, the item is as present as one read
+        // from a group.
         _ReadStream(child);
+        if (child.m_Data.m_pInd != nullptr) *child.m_Data.m_pInd = OCI_IND_NOTNULL;
       } else if (bItem && child.m_Data.m_pField != nullptr) {
         _OraDestroyObject(child);
       } else if ((nFlags & 0x0002) && _IsColl(child)) {
+        // The collection its items were read into is present, or the new
+        // object would keep it null.
         _ReadStream(child);
+        if (!bItem) _OraSetIndicator(child, element, 1);
       }
     } else {
       const unsigned long nSize = _ReadElementSize();
