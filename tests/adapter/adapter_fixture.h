@@ -11,6 +11,7 @@
 #include <deque>
 #include <initializer_list>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <oci.h>
@@ -339,6 +340,184 @@ class AdapterTest : public ::testing::Test {
   CKelTrace trace_;
   CKelStream stream_{0, nullptr, nullptr, 0};
   std::vector<void*> objects_;
+};
+
+// What a stream-to-object call gave back: its code, the new instance (an
+// object, or the collection handle), its null-indicator structure, its own
+// indicator, the large-objects-pending flag and, for a buffer, how far the
+// buffer pointer was moved.
+struct ReadResult {
+  int nRC = 0;
+  void* pInstance = nullptr;
+  OCIInd* pInd = nullptr;
+  short nInd = 0;
+  int nLobsPending = -1;
+  long nConsumed = -1;
+};
+
+// The adapter fixture with the stream-to-object calls: reads from the
+// fixture's stream or from a buffer, and writes what was read back through
+// a context of its own, so that the reading context keeps what it made.
+class ReadTest : public AdapterTest {
+ protected:
+  void TearDown() override {
+    if (ctx_back_ != nullptr) {
+      EXPECT_EQ(0, adpDestroyContext(ctx_back_, nullptr));
+      ctx_back_ = nullptr;
+    }
+    AdapterTest::TearDown();
+  }
+
+  // Puts text into the stream and reads one instance from its start with
+  // adpProcessStream.
+  ReadResult ReadStream(Column_Def* pDefs, const std::string& text, OCIType* pTdo) {
+    ClearStream();
+    if (!text.empty()) stream_.Write(text.data(), static_cast<unsigned long>(text.size()));
+    stream_.Seek(0, 0);
+    return ReadAgain(pDefs, pTdo);
+  }
+  // Reads one more instance from where the stream stands.
+  ReadResult ReadAgain(Column_Def* pDefs, OCIType* pTdo) {
+    ReadResult r;
+    Column_Def* pList = pDefs;
+    r.nRC = adpProcessStream(ctx_, &trace_, &stream_, &pList, env_, err_, svc_, &r.pInstance,
+                             &r.pInd, &r.nInd, pTdo, &r.nLobsPending);
+    return r;
+  }
+  // Reads one instance from the text as a buffer with adpProcessBuffer.
+  ReadResult ReadBuffer(Column_Def* pDefs, const std::string& text, OCIType* pTdo) {
+    ReadResult r;
+    Column_Def* pList = pDefs;
+    const void* pBuffer = text.data();
+    r.nRC = adpProcessBuffer(ctx_, &trace_, &pBuffer, static_cast<unsigned long>(text.size()),
+                             &pList, env_, err_, svc_, &r.pInstance, &r.pInd, &r.nInd, pTdo,
+                             &r.nLobsPending);
+    r.nConsumed = static_cast<const char*>(pBuffer) - text.data();
+    return r;
+  }
+
+  // Writes a read instance with adpProcessObject on a context of its own and
+  // returns the text, or "rc=<code>" when the write fails. A read object is
+  // atomically null at its root; it is made present first, as a host does
+  // before it binds it.
+  std::string WriteBack(Column_Def* pDefs, const ReadResult& r, OCIType* pTdo,
+                        bool bColl = false) {
+    if (ctx_back_ == nullptr && adpCreateContext(&ctx_back_, nullptr, nullptr) != 0) {
+      return "no context";
+    }
+    if (!bColl && r.pInd != nullptr) r.pInd[0] = OCI_IND_NOTNULL;
+    CKelStream out(0, nullptr, nullptr, 0);
+    Column_Def* pList = pDefs;
+    const int nRC = adpProcessObject(ctx_back_, nullptr, &out, &pList, env_, err_, svc_,
+                                     r.pInstance, r.pInd, OCI_IND_NOTNULL, pTdo);
+    if (nRC != 0) return "rc=" + std::to_string(nRC);
+    out.Seek(0, 0);
+    std::string text(out.GetSize(), '\0');
+    if (!text.empty()) text.resize(out.Read(&text[0], text.size()));
+    return text;
+  }
+
+  // The null status of an attribute of a read object, reached by a path.
+  OCIInd AttrInd(const ReadResult& r, OCIType* pTdo, std::initializer_list<const char*> path) {
+    Instance inst;
+    inst.pObject = r.pInstance;
+    inst.pInd = r.pInd;
+    inst.pTdo = pTdo;
+    return AttrStatus(inst, path);
+  }
+  OCIInd AttrStatus(const Instance& inst, std::initializer_list<const char*> path) {
+    std::vector<const OraText*> names;
+    std::vector<ub4> lengths;
+    for (const char* p : path) {
+      names.push_back(Text(p));
+      lengths.push_back(Len(p));
+    }
+    OCIInd nInd = 0;
+    void* pNullStruct = nullptr;
+    void* pValue = nullptr;
+    OCIType* pAttrTdo = nullptr;
+    EXPECT_EQ(OCI_SUCCESS, OCIObjectGetAttr(env_, err_, inst.pObject, inst.pInd, inst.pTdo,
+                                            names.data(), lengths.data(),
+                                            static_cast<ub4>(names.size()), nullptr, 0, &nInd,
+                                            &pNullStruct, &pValue, &pAttrTdo))
+        << FirstError();
+    return nInd;
+  }
+  // The slot of an attribute of a read object.
+  void* AttrSlot(const ReadResult& r, OCIType* pTdo, std::initializer_list<const char*> path) {
+    Instance inst;
+    inst.pObject = r.pInstance;
+    inst.pInd = r.pInd;
+    inst.pTdo = pTdo;
+    return Slot(inst, path);
+  }
+
+  // Items of a collection as (indicator, element) pairs, in order.
+  std::vector<std::pair<OCIInd, void*>> Items(OCIColl* pColl) {
+    std::vector<std::pair<OCIInd, void*>> items;
+    sb4 nSize = 0;
+    EXPECT_EQ(OCI_SUCCESS, OCICollSize(env_, err_, pColl, &nSize));
+    for (sb4 i = 0; i < nSize; ++i) {
+      boolean bExists = FALSE;
+      void* pElem = nullptr;
+      void* pElemInd = nullptr;
+      EXPECT_EQ(OCI_SUCCESS, OCICollGetElem(env_, err_, pColl, i, &bExists, &pElem, &pElemInd));
+      items.emplace_back(pElemInd != nullptr ? *static_cast<OCIInd*>(pElemInd) : OCI_IND_NOTNULL,
+                         pElem);
+    }
+    return items;
+  }
+
+  std::string StringOf(const OCIString* pString) {
+    if (pString == nullptr) return "<no string>";
+    return std::string(reinterpret_cast<const char*>(OCIStringPtr(env_, pString)),
+                       OCIStringSize(env_, pString));
+  }
+  std::string RawOf(const OCIRaw* pRaw) {
+    if (pRaw == nullptr) return "<no raw>";
+    return std::string(reinterpret_cast<const char*>(OCIRawPtr(env_, pRaw)),
+                       OCIRawSize(env_, pRaw));
+  }
+  std::string NumberOf(const OCINumber* pNumber) {
+    // Fill mode drops the zeros a fraction does not need; an integer keeps
+    // its point, which is dropped here.
+    const char* pszMask = "FM999999999999999999990.9999999999";
+    OraText buf[64] = {0};
+    ub4 nSize = sizeof buf;
+    if (OCINumberToText(err_, pNumber, Text(pszMask), Len(pszMask), nullptr, 0, &nSize, buf) !=
+        OCI_SUCCESS) {
+      return "<" + FirstError() + ">";
+    }
+    std::string text(reinterpret_cast<char*>(buf), nSize);
+    if (!text.empty() && text.back() == '.') text.pop_back();
+    return text;
+  }
+  std::string DateOf(const OCIDate* pDate) {
+    const char* pszMask = "YYYY-MM-DD HH24:MI:SS";
+    OraText buf[64] = {0};
+    ub4 nSize = sizeof buf;
+    if (OCIDateToText(err_, pDate, Text(pszMask), static_cast<ub1>(Len(pszMask)), nullptr, 0,
+                      &nSize, buf) != OCI_SUCCESS) {
+      return "<" + FirstError() + ">";
+    }
+    return std::string(reinterpret_cast<char*>(buf), nSize);
+  }
+
+  // "code|function|text" of an adapter error as LastException() gives it.
+  static std::string Exception(int nCode, const char* pszFunc, const char* pszText) {
+    return std::to_string(nCode) + "|" + pszFunc + "|" + pszText;
+  }
+  static std::string Exception(int nCode, const char* pszFunc) {
+    return Exception(nCode, pszFunc, KelGetErrorText(nCode));
+  }
+  // One "*ERR: in <scope> (-2)" line per scope, in the order given.
+  static std::string Scopes(std::initializer_list<const char*> scopes) {
+    std::string out;
+    for (const char* p : scopes) out += std::string("*ERR: in ") + p + " (-2)\n";
+    return out;
+  }
+
+  VARNADP* ctx_back_ = nullptr;
 };
 
 }  // namespace adapter_test
