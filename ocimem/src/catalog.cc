@@ -1,10 +1,54 @@
 #include "catalog.h"
 
+#include <functional>
+
 namespace ocimem {
 
-const CatalogEntry* Catalog::Find(const std::string& schema, const std::string& name) const {
-  auto it = objects_.find({schema, name});
-  return it == objects_.end() ? nullptr : &it->second;
+std::size_t Catalog::Hash(std::string_view schema, std::string_view name) {
+  const std::size_t h = std::hash<std::string_view>()(schema);
+  return h ^ (std::hash<std::string_view>()(name) + 0x9e3779b97f4a7c15ULL + (h << 6) + (h >> 2));
+}
+
+void Catalog::Index(Objects::iterator it) {
+  last_type_ = nullptr;
+  index_.emplace(Hash(it->first.first, it->first.second), it);
+}
+
+void Catalog::Unindex(Objects::iterator it) {
+  last_type_ = nullptr;
+  auto range = index_.equal_range(Hash(it->first.first, it->first.second));
+  for (auto i = range.first; i != range.second; ++i) {
+    if (i->second == it) {
+      index_.erase(i);
+      return;
+    }
+  }
+}
+
+const CatalogEntry* Catalog::Find(std::string_view schema, std::string_view name) const {
+  auto range = index_.equal_range(Hash(schema, name));
+  for (auto i = range.first; i != range.second; ++i) {
+    const auto& key = i->second->first;
+    if (key.first == schema && key.second == name) return &i->second->second;
+  }
+  return nullptr;
+}
+
+OCIType* Catalog::FindTypeRaw(std::string_view schema, std::string_view name) const {
+  if (last_type_ != nullptr && last_type_->first.first == schema &&
+      last_type_->first.second == name) {
+    return last_type_->second.type.get();
+  }
+  auto range = index_.equal_range(Hash(schema, name));
+  for (auto i = range.first; i != range.second; ++i) {
+    const Objects::value_type& entry = *i->second;
+    if (entry.first.first == schema && entry.first.second == name) {
+      if (entry.second.kind != ObjectKind::kType) return nullptr;
+      last_type_ = &entry;
+      return entry.second.type.get();
+    }
+  }
+  return nullptr;
 }
 
 std::shared_ptr<OCIType> Catalog::FindType(const std::string& schema,
@@ -19,11 +63,18 @@ void Catalog::PutType(std::shared_ptr<OCIType> type) {
   auto it = objects_.find(key);
   if (it != objects_.end()) {
     if (it->second.type) retired_.push_back(std::move(it->second.type));
+    Unindex(it);
     objects_.erase(it);
   }
   CatalogEntry entry;
   entry.type = std::move(type);
-  objects_.emplace(std::move(key), std::move(entry));
+  auto added = objects_.emplace(std::move(key), std::move(entry)).first;
+  try {
+    Index(added);
+  } catch (...) {
+    objects_.erase(added);
+    throw;
+  }
 }
 
 std::shared_ptr<Table> Catalog::FindTable(const std::string& schema,
@@ -38,14 +89,23 @@ void Catalog::PutTable(std::shared_ptr<Table> table) {
   entry.kind = ObjectKind::kTable;
   auto key = std::make_pair(table->schema, table->name);
   entry.table = std::move(table);
-  objects_[std::move(key)] = std::move(entry);
+  last_type_ = nullptr;  // an entry replaced in place may be the one remembered
+  auto [it, inserted] = objects_.insert_or_assign(std::move(key), std::move(entry));
+  if (!inserted) return;
+  try {
+    Index(it);
+  } catch (...) {
+    objects_.erase(it);
+    throw;
+  }
 }
 
 void Catalog::Remove(const std::string& schema, const std::string& name) {
-  auto it = objects_.find({schema, name});
+  auto it = objects_.find(CatalogKeyLess::View(schema, name));
   if (it == objects_.end()) return;
   if (it->second.type) retired_.push_back(std::move(it->second.type));
   if (it->second.table) retired_tables_.push_back(std::move(it->second.table));
+  Unindex(it);
   objects_.erase(it);
 }
 

@@ -36,7 +36,9 @@ sword StoreElement(Env* env, OCIError* err, OCIColl* coll, size_t i, const void*
   return OCI_SUCCESS;
 }
 
-sword EnterCollCall(const char* function, OCIEnv* envh, OCIError* err, Env** env) {
+// In line: the iterator calls are made once per element.
+[[gnu::always_inline]] inline sword EnterCollCall(const char* function, OCIEnv* envh,
+                                                 OCIError* err, Env** env) {
   sword rc;
   if (Enter(function, err, &rc)) return rc;
   return CheckObjectEnv(envh, err, env);

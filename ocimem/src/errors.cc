@@ -20,13 +20,7 @@ std::string Format(int ora_code, std::string_view message) {
 
 }  // namespace
 
-bool Enter(const char* function, OCIError* err, sword* rc) {
-  ErrorHandle* e = AsError(err);
-  if (e == nullptr) {
-    *rc = OCI_INVALID_HANDLE;
-    return true;
-  }
-  e->records.clear();
+bool EnterArmed(const char* function, ErrorHandle* e, sword* rc) {
   FiredFault fault;
   if (!TakeFault(function, &fault)) return false;
   e->records = std::move(fault.records);
@@ -34,7 +28,7 @@ bool Enter(const char* function, OCIError* err, sword* rc) {
   return true;
 }
 
-bool EnterNoErr(const char* function, sword* rc) {
+bool EnterNoErrArmed(const char* function, sword* rc) {
   FiredFault fault;
   if (!TakeFault(function, &fault)) return false;
   *rc = fault.status;
@@ -57,12 +51,8 @@ sword FailArgument(OCIError* err, int position) {
               "argument " + std::to_string(position) + " is null, invalid, or out of range");
 }
 
-sword CheckObjectEnv(OCIEnv* envh, OCIError* err, Env** env) {
-  Env* e = AsEnv(envh);
-  if (e == nullptr) return OCI_INVALID_HANDLE;
-  if (!e->object_mode) return Fail(err, 21301, "not initialized in object mode");
-  *env = e;
-  return OCI_SUCCESS;
+sword FailNotObjectMode(OCIError* err) {
+  return Fail(err, 21301, "not initialized in object mode");
 }
 
 }  // namespace ocimem

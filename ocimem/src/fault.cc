@@ -5,6 +5,7 @@
 #include <map>
 #include <mutex>
 
+#include "internal.h"
 #include "ocimem.h"
 
 namespace ocimem {
@@ -26,9 +27,6 @@ std::map<std::string, ArmedFault, std::less<>>& Faults() {
   return faults;
 }
 
-// Lets every call skip the lock while nothing is armed.
-std::atomic<int> g_armed{0};
-
 std::string FormatRecord(sb4 code, const char* message) {
   char prefix[32];
   std::snprintf(prefix, sizeof prefix, "ORA-%05d: ", static_cast<int>(code));
@@ -37,8 +35,11 @@ std::string FormatRecord(sb4 code, const char* message) {
 
 }  // namespace
 
+// Lets every call skip the lock while nothing is armed (read inline by Enter).
+std::atomic<int> g_armed_faults{0};
+
 bool TakeFault(const char* function, FiredFault* out) {
-  if (g_armed.load(std::memory_order_acquire) == 0) return false;
+  if (g_armed_faults.load(std::memory_order_acquire) == 0) return false;
   std::lock_guard<std::mutex> lock(FaultMutex());
   auto& faults = Faults();
   auto it = faults.find(std::string_view(function));
@@ -49,7 +50,7 @@ bool TakeFault(const char* function, FiredFault* out) {
   *out = armed.fault;
   if (armed.nth != 0) {
     faults.erase(it);
-    g_armed.fetch_sub(1, std::memory_order_release);
+    g_armed_faults.fetch_sub(1, std::memory_order_release);
   }
   return true;
 }
@@ -71,11 +72,11 @@ extern "C" void ocimemFaultArm(const char* function, unsigned nth, sword status,
   auto& faults = ocimem::Faults();
   auto [it, inserted] = faults.insert_or_assign(function, std::move(armed));
   (void)it;
-  if (inserted) ocimem::g_armed.fetch_add(1, std::memory_order_release);
+  if (inserted) ocimem::g_armed_faults.fetch_add(1, std::memory_order_release);
 }
 
 extern "C" void ocimemFaultReset(void) {
   std::lock_guard<std::mutex> lock(ocimem::FaultMutex());
   ocimem::Faults().clear();
-  ocimem::g_armed.store(0, std::memory_order_release);
+  ocimem::g_armed_faults.store(0, std::memory_order_release);
 }

@@ -16,7 +16,8 @@ struct AttributeRef {
 };
 
 // Follows `names` from the instance; returns OCI_SUCCESS with `out` set, or the failure.
-sword Resolve(Env* env, OCIError* err, void* instance, void* null_struct, OCIType* tdo,
+// In line, as hosts call OCIObjectGetAttr once for every attribute they read.
+[[gnu::always_inline]] inline sword Resolve(Env* env, OCIError* err, void* instance, void* null_struct, OCIType* tdo,
               const oratext** names, const ub4* lengths, ub4 name_count, const ub4* indexes,
               ub4 index_count, AttributeRef* out) {
   (void)indexes;

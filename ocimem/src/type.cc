@@ -60,12 +60,6 @@ OCIType* FindType(const void* p) {
   return it == r.types.end() ? nullptr : const_cast<OCIType*>(*it);
 }
 
-OCIType* AsType(const void* p) {
-  if (p == nullptr) return nullptr;
-  auto* t = static_cast<OCIType*>(const_cast<void*>(p));
-  return t->live == kLiveType ? t : nullptr;
-}
-
 }  // namespace ocimem
 
 namespace {
@@ -125,21 +119,14 @@ void OCIType::Layout() {
   ind_size = ind;
 }
 
-const ocimem::Attribute* OCIType::FindAttribute(const char* attr_name, size_t length) const {
-  // Attribute names are unique, so the hint finds the same attribute as the scan.
-  auto matches = [attr_name, length](const ocimem::Attribute& a) {
-    return a.name.size() == length && std::memcmp(a.name.data(), attr_name, length) == 0;
-  };
+const ocimem::Attribute* OCIType::FindAttributeScan(const char* attr_name,
+                                                   size_t length) const {
   const size_t count = attributes.size();
-  const size_t hint = attribute_hint.load(std::memory_order_relaxed);
-  if (hint < count && matches(attributes[hint])) {
-    attribute_hint.store(hint + 1, std::memory_order_relaxed);
-    return &attributes[hint];
-  }
   for (size_t i = 0; i < count; ++i) {
-    if (matches(attributes[i])) {
+    const ocimem::Attribute& a = attributes[i];
+    if (a.name.size() == length && ocimem::SameBytes(a.name.data(), attr_name, length)) {
       attribute_hint.store(i + 1, std::memory_order_relaxed);
-      return &attributes[i];
+      return &a;
     }
   }
   return nullptr;

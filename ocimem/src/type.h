@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "oci.h"
+#include "same_bytes.h"
 
 namespace ocimem {
 
@@ -95,7 +96,21 @@ struct OCIType : std::enable_shared_from_this<OCIType> {
   bool IsCollection() const { return typecode == OCI_TYPECODE_NAMEDCOLLECTION; }
   // Computes offsets, size and null-struct size of an object type.
   void Layout();
-  const ocimem::Attribute* FindAttribute(const char* name, size_t length) const;
+  const ocimem::Attribute* FindAttribute(const char* name, size_t length) const {
+    // In line: the attribute after the one found last (attribute names are unique, so
+    // this finds the same attribute as the scan).
+    const size_t hint = attribute_hint.load(std::memory_order_relaxed);
+    if (hint < attributes.size()) {
+      const ocimem::Attribute& a = attributes[hint];
+      if (a.name.size() == length && ocimem::SameBytes(a.name.data(), name, length)) {
+        attribute_hint.store(hint + 1, std::memory_order_relaxed);
+        return &a;
+      }
+    }
+    return FindAttributeScan(name, length);
+  }
+  // FindAttribute by a scan of every attribute.
+  const ocimem::Attribute* FindAttributeScan(const char* name, size_t length) const;
   // True when this type uses `other` as an attribute, element or REF target.
   bool DependsOn(const OCIType& other) const;
 };
@@ -103,7 +118,11 @@ struct OCIType : std::enable_shared_from_this<OCIType> {
 namespace ocimem {
 // The TDO behind `p` when it is one, else nullptr.  Reads the TDO's tag, so `p` must point
 // to at least a TDO's worth of memory.
-OCIType* AsType(const void* p);
+inline OCIType* AsType(const void* p) {
+  if (p == nullptr) return nullptr;
+  auto* t = static_cast<OCIType*>(const_cast<void*>(p));
+  return t->live == kLiveType ? t : nullptr;
+}
 // The same for any pointer at all (a caller's variable, say): looked up among the TDOs that
 // exist, never read.
 OCIType* FindType(const void* p);

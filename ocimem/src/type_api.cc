@@ -1,5 +1,7 @@
 // OCITypeByName: type descriptors from the session's database.
 #include <mutex>
+#include <string>
+#include <string_view>
 
 #include "database.h"
 #include "internal.h"
@@ -27,21 +29,23 @@ sword OCITypeByName(OCIEnv* envh, OCIError* err, const OCISvcCtx* svc,
   Session* session = ctx->LiveSession();
   if (session == nullptr || !session->db) return Fail(err, 1012, "not logged on");
   // Names are matched as stored: nothing is upper-cased or unquoted here.
-  std::string name(reinterpret_cast<const char*>(type_name), t_length);
+  const std::string_view name(reinterpret_cast<const char*>(type_name), t_length);
   bool qualified = schema_name != nullptr && s_length > 0;
-  std::string schema = qualified
-                           ? std::string(reinterpret_cast<const char*>(schema_name), s_length)
-                           : session->schema;
+  const std::string_view schema =
+      qualified ? std::string_view(reinterpret_cast<const char*>(schema_name), s_length)
+                : std::string_view(session->schema);
   Database* db = session->db.get();
-  std::shared_ptr<OCIType> type;
+  OCIType* type = nullptr;
   {
     std::lock_guard<std::mutex> lock(db->mutex);
-    type = db->catalog.FindType(schema, name);
+    type = db->catalog.FindTypeRaw(schema, name);
   }
-  if (!type) {
-    return Fail(err, 4043, "object " + (qualified ? schema + "." + name : name) + " does not exist");
+  if (type == nullptr) {
+    std::string shown(name);
+    if (qualified) shown = std::string(schema) + "." + shown;
+    return Fail(err, 4043, "object " + shown + " does not exist");
   }
   type->pins.fetch_add(1);
-  *tdo = type.get();
+  *tdo = type;
   return OCI_SUCCESS;
 }

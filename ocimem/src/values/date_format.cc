@@ -84,20 +84,29 @@ std::string Padded(long value, int width, bool fill_mode) {
   return digits;
 }
 
-// Padded(value, width, fill_mode) appended to `text` without a string of its own.
+// Padded(value, width, fill_mode) appended to `text` without a string of its own, in
+// one append.
 void AppendPadded(std::string& text, long value, int width, bool fill_mode) {
-  if (value < 0) {
+  if (width == 2 && value >= 0 && value < 100) {  // month, day, hour, minute, second
+    if (value >= 10 || !fill_mode) text.push_back(static_cast<char>('0' + value / 10));
+    text.push_back(static_cast<char>('0' + value % 10));
+    return;
+  }
+  if (value < 0 || width > 16) {
     text += Padded(value, width, fill_mode);
     return;
   }
-  char digits[24];
-  int n = 0;
+  char digits[40];
+  char* const end = digits + sizeof digits;
+  char* p = end;
   do {
-    digits[n++] = static_cast<char>('0' + value % 10);
+    *--p = static_cast<char>('0' + value % 10);
     value /= 10;
   } while (value != 0);
-  if (!fill_mode && n < width) text.append(static_cast<std::size_t>(width - n), '0');
-  while (n > 0) text += digits[--n];
+  if (!fill_mode) {
+    while (end - p < width) *--p = '0';
+  }
+  text.append(p, static_cast<std::size_t>(end - p));
 }
 
 std::string OffsetText(int offset_minutes) {
@@ -282,11 +291,18 @@ int FormatDateTime(const DateMask& mask, const DateTimeFields& v, bool allow_fra
   // Written straight into `out`, whose buffer a caller may reuse.
   std::string& text = *out;
   text.clear();
+  text.reserve(64);  // the usual masks' texts, so that appending never regrows
   bool fill = false;
   const int abs_year = v.year < 0 ? -v.year : v.year;
   for (const DateToken& t : mask.tokens) {
     switch (t.element) {
-      case DateElement::Literal: text += t.text; break;
+      case DateElement::Literal:
+        if (t.text.size() == 1) {
+          text.push_back(t.text[0]);  // the usual '-', ':', ' ', in line
+        } else {
+          text += t.text;
+        }
+        break;
       case DateElement::FillMode: fill = !fill; break;
       case DateElement::Exact: break;
       case DateElement::Year4:
@@ -324,7 +340,17 @@ int FormatDateTime(const DateMask& mask, const DateTimeFields& v, bool allow_fra
         if (!allow_fraction) return kOraDateFormatNotRecognized;
         const int digits = t.digits != 0 ? t.digits : fsprec;
         // Digits beyond the precision are cut, never carried into the seconds.
-        text.append(Padded(v.nanos, 9, false), 0, static_cast<std::size_t>(digits));
+        if (v.nanos <= 999999999U && digits >= 0) {
+          char padded[9];
+          std::uint32_t n = v.nanos;
+          for (int i = 8; i >= 0; --i) {
+            padded[i] = static_cast<char>('0' + n % 10);
+            n /= 10;
+          }
+          text.append(padded, static_cast<std::size_t>(digits < 9 ? digits : 9));
+        } else {
+          text.append(Padded(v.nanos, 9, false), 0, static_cast<std::size_t>(digits));
+        }
         break;
       }
       case DateElement::ZoneRegion:

@@ -70,35 +70,52 @@ void Normalize(Decimal* d) {
   d->digits.erase(d->digits.find_last_not_of('0') + 1);
 }
 
-NumberError DecodeNumber(const unsigned char* bytes, Decimal* out) {
+namespace {
+
+// "00" "01" ... "99": the two decimal digits of a base-100 digit.
+struct DigitPairs {
+  char text[200];
+  constexpr DigitPairs() : text() {
+    for (int i = 0; i < 100; ++i) {
+      text[2 * i] = static_cast<char>('0' + i / 10);
+      text[2 * i + 1] = static_cast<char>('0' + i % 10);
+    }
+  }
+};
+constexpr DigitPairs kDigitPairs;
+
+}  // namespace
+
+NumberError DecodeNumberDigits(const unsigned char* bytes, DecimalDigits* out) {
+  DecimalDigits& d = *out;
+  d.negative = false;
+  d.count = 0;
+  d.exponent = 0;
+  d.first = 0;
   const int length = bytes[0];
   if (length < 1 || length > kNumberSize - 1) return NumberError::Invalid;
   const unsigned char* p = bytes + 1;
   if (length == 1) {
-    if (p[0] != kZeroByte) return NumberError::Invalid;
-    out->negative = false;
-    out->digits.clear();
-    out->exponent = 0;
-    return NumberError::None;
+    return p[0] == kZeroByte ? NumberError::None : NumberError::Invalid;
   }
-  // Built in place so that a caller's Decimal reused across calls keeps its
-  // buffer; invalid bytes leave zero behind.
-  Decimal& d = *out;
-  d.negative = false;
-  d.digits.clear();
+  // Invalid bytes leave zero behind.
   auto invalid = [&d]() {
-    d = Decimal{};
+    d.negative = false;
+    d.count = 0;
+    d.exponent = 0;
+    d.first = 0;
     return NumberError::Invalid;
   };
   int exponent100 = 0;
   int mantissa = length - 1;
+  char* digit_out = d.buffer;
   if (p[0] & 0x80) {
     exponent100 = p[0] - kPositiveBase;
     for (int i = 1; i <= mantissa; ++i) {
-      if (p[i] < 1 || p[i] > 100) return invalid();
-      int digit = p[i] - 1;
-      d.digits += static_cast<char>('0' + digit / 10);
-      d.digits += static_cast<char>('0' + digit % 10);
+      const unsigned digit = static_cast<unsigned>(p[i]) - 1U;  // 1..100 hold 0..99
+      if (digit > 99U) return invalid();
+      std::memcpy(digit_out, kDigitPairs.text + 2 * digit, 2);
+      digit_out += 2;
     }
     if (p[1] == 1 || p[mantissa] == 1) return invalid();
   } else {
@@ -111,15 +128,43 @@ NumberError DecodeNumber(const unsigned char* bytes, Decimal* out) {
     }
     if (mantissa < 1) return invalid();
     for (int i = 1; i <= mantissa; ++i) {
-      if (p[i] < 2 || p[i] > 101) return invalid();
-      int digit = 101 - p[i];
-      d.digits += static_cast<char>('0' + digit / 10);
-      d.digits += static_cast<char>('0' + digit % 10);
+      const unsigned digit = 101U - static_cast<unsigned>(p[i]);  // 101..2 hold 0..99
+      if (digit > 99U) return invalid();
+      std::memcpy(digit_out, kDigitPairs.text + 2 * digit, 2);
+      digit_out += 2;
     }
     if (p[1] == 101 || p[mantissa] == 101) return invalid();
   }
-  d.exponent = 2 * (exponent100 + 1);
-  Normalize(&d);
+  // Normalize: no leading or trailing zero digit; all zeros is zero, unsigned.
+  const char* first = d.buffer;
+  const char* last = digit_out;
+  while (first != last && *first == '0') ++first;
+  if (first == last) {
+    d.negative = false;
+    return NumberError::None;
+  }
+  while (last[-1] == '0') --last;
+  const int lead = static_cast<int>(first - d.buffer);
+  d.first = lead;
+  d.count = static_cast<int>(last - first);
+  d.exponent = 2 * (exponent100 + 1) - lead;
+  return NumberError::None;
+}
+
+NumberError DecodeNumber(const unsigned char* bytes, Decimal* out) {
+  // A bad length byte, or a one-byte value other than zero, leaves `out` as it was.
+  const int length = bytes[0];
+  if (length < 1 || length > kNumberSize - 1) return NumberError::Invalid;
+  if (length == 1 && bytes[1] != kZeroByte) return NumberError::Invalid;
+  DecimalDigits d;
+  const NumberError e = DecodeNumberDigits(bytes, &d);
+  if (e != NumberError::None) {
+    *out = Decimal{};
+    return e;
+  }
+  out->negative = d.negative;
+  out->digits.assign(d.Digits(), static_cast<std::size_t>(d.count));
+  out->exponent = d.exponent;
   return NumberError::None;
 }
 

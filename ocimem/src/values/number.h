@@ -27,6 +27,23 @@ enum class NumberError { None, Invalid, Overflow };
 // Reads the 22 bytes; Invalid when they are not a NUMBER this library writes.
 NumberError DecodeNumber(const unsigned char* bytes, Decimal* out);
 
+// The value DecodeNumber reads, its digits in a fixed buffer instead of a string (a
+// NUMBER has at most 40 significant digits).
+struct DecimalDigits {
+  bool negative = false;
+  int count = 0;  // digits used; 0 is zero
+  int exponent = 0;
+  int first = 0;  // where the digits start in `buffer`
+  char buffer[2 * kMaxMantissaBytes];
+
+  bool IsZero() const { return count == 0; }
+  const char* Digits() const { return buffer + first; }
+};
+
+// DecodeNumber into a DecimalDigits: the same checks and the same (normalised) value;
+// invalid bytes leave zero behind.
+NumberError DecodeNumberDigits(const unsigned char* bytes, DecimalDigits* out);
+
 // Rounds to 20 base-100 digits (half away from zero); values below 1E-130 in
 // magnitude become zero; Overflow when the rounded magnitude reaches 1E126.
 NumberError EncodeNumber(const Decimal& value, unsigned char* bytes);

@@ -1,6 +1,7 @@
 #include "number_format.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace ocimem::values {
 namespace {
@@ -95,36 +96,62 @@ int ParseNumberModel(std::string_view mask, NumberModel* out) {
   return 0;
 }
 
+namespace {
+
 // The same text as FormatNumber gives for these models: no pads, no sign but
 // '-', integer digits without leading zeros, fraction digits without trailing
 // zeros, "0" when both are empty, the point whenever the model has one.
-int FormatNumberPlain(const Decimal& value, const NumberModel& model, char* buf,
-                      std::size_t room) {
+int FormatPlain(bool negative, const char* value_digits, long digits, int exponent,
+                const NumberModel& model, char* buf, std::size_t room) {
   if (!model.plain_fill) return -1;
-  const long digits = static_cast<long>(value.digits.size());
+  const bool zero = digits == 0;
   const long frac_positions = static_cast<long>(model.fraction.size());
-  const long int_digits = value.IsZero() ? 0 : std::max(0, value.exponent);
-  if (!value.IsZero() && value.exponent + frac_positions < digits) return -1;  // rounds
-  if (int_digits > static_cast<long>(model.integer.size())) return -1;         // overflow
-  auto digit_at = [&value, digits](long index) {
-    return index >= 0 && index < digits ? value.digits[static_cast<std::size_t>(index)] : '0';
+  const long int_digits = zero ? 0 : std::max(0, exponent);
+  if (!zero && exponent + frac_positions < digits) return -1;             // rounds
+  if (int_digits > static_cast<long>(model.integer.size())) return -1;  // overflow
+  auto digit_at = [value_digits, digits](long index) {
+    return index >= 0 && index < digits ? value_digits[index] : '0';
   };
   // Fraction digits up to the last nonzero one.
   long frac_digits = 0;
-  if (!value.IsZero()) frac_digits = std::max(0L, std::min(frac_positions, digits - value.exponent));
-  while (frac_digits > 0 && digit_at(value.exponent + frac_digits - 1) == '0') --frac_digits;
+  if (!zero) frac_digits = std::max(0L, std::min(frac_positions, digits - exponent));
+  while (frac_digits > 0 && digit_at(exponent + frac_digits - 1) == '0') --frac_digits;
   const bool lone_zero = int_digits == 0 && frac_digits == 0;
-  const std::size_t length = (value.negative ? 1 : 0) +
+  const std::size_t length = (negative ? 1 : 0) +
                              static_cast<std::size_t>(lone_zero ? 1 : int_digits) +
                              (model.has_point ? 1 : 0) + static_cast<std::size_t>(frac_digits);
   if (length + 1 > room) return -1;
   char* p = buf;
-  if (value.negative) *p++ = '-';
+  if (negative) *p++ = '-';
   if (lone_zero) *p++ = '0';
-  for (long i = 0; i < int_digits; ++i) *p++ = digit_at(i);
+  // Integer digits: the value's own digits, then zeros up to the point.
+  const long int_given = std::min(int_digits, digits);
+  if (int_given > 0) std::memcpy(p, value_digits, static_cast<std::size_t>(int_given));
+  p += int_given;
+  for (long i = int_given; i < int_digits; ++i) *p++ = '0';
   if (model.has_point) *p++ = '.';
-  for (long j = 0; j < frac_digits; ++j) *p++ = digit_at(value.exponent + j);
+  // Fraction digits: zeros down to the first digit of a value below 0.1, then its digits.
+  const long frac_zeros = std::min(frac_digits, std::max(0L, -static_cast<long>(exponent)));
+  for (long j = 0; j < frac_zeros; ++j) *p++ = '0';
+  const long frac_given = frac_digits - frac_zeros;
+  if (frac_given > 0) {
+    std::memcpy(p, value_digits + std::max(0, exponent), static_cast<std::size_t>(frac_given));
+  }
   return static_cast<int>(length);
+}
+
+}  // namespace
+
+int FormatNumberPlain(const Decimal& value, const NumberModel& model, char* buf,
+                      std::size_t room) {
+  return FormatPlain(value.negative, value.digits.data(), static_cast<long>(value.digits.size()),
+                     value.exponent, model, buf, room);
+}
+
+int FormatNumberPlain(const DecimalDigits& value, const NumberModel& model, char* buf,
+                      std::size_t room) {
+  return FormatPlain(value.negative, value.Digits(), value.count, value.exponent, model, buf,
+                     room);
 }
 
 int FormatNumber(const Decimal& value, const NumberModel& model, std::string* out) {

@@ -44,6 +44,9 @@ int FormatNumber(const Decimal& value, const NumberModel& model, std::string* ou
 // round, an overflow, or too little room); nothing is written then.
 int FormatNumberPlain(const Decimal& value, const NumberModel& model, char* buf,
                       std::size_t room);
+// The same for a value decoded with DecodeNumberDigits.
+int FormatNumberPlain(const DecimalDigits& value, const NumberModel& model, char* buf,
+                      std::size_t room);
 
 // Returns 0 or kOraInvalidInput; the result is not yet range-checked.
 int ParseNumber(std::string_view text, const NumberModel& model, Decimal* out);

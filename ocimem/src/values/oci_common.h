@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "../same_bytes.h"
 #include "date_format.h"
 #include "oci.h"
 
@@ -28,14 +29,23 @@ template <typename Model, int (*Parse)(std::string_view, Model*)>
 class MaskCache {
  public:
   int Get(std::string_view text, const Model** out) {
-    for (Slot& slot : slots_) {
-      if (slot.used && slot.text == text) {
+    // Hosts tend to ask for one mask many times running: the last one found is tried first.
+    Slot& last = slots_[last_];
+    if (last.used && Same(last.text, text)) {
+      *out = &last.model;
+      return 0;
+    }
+    for (std::size_t i = 0; i < kSlots; ++i) {
+      Slot& slot = slots_[i];
+      if (slot.used && Same(slot.text, text)) {
+        last_ = i;
         *out = &slot.model;
         return 0;
       }
     }
     Model model;
     if (int ora = Parse(text, &model)) return ora;
+    last_ = next_;
     Slot& slot = slots_[next_];
     next_ = (next_ + 1) % kSlots;
     slot.model = std::move(model);
@@ -46,6 +56,10 @@ class MaskCache {
   }
 
  private:
+  static bool Same(const std::string& stored, std::string_view text) {
+    return stored.size() == text.size() && SameBytes(stored.data(), text.data(), text.size());
+  }
+
   static constexpr std::size_t kSlots = 8;
   struct Slot {
     bool used = false;
@@ -54,6 +68,7 @@ class MaskCache {
   };
   Slot slots_[kSlots];
   std::size_t next_ = 0;
+  std::size_t last_ = 0;
 };
 
 // Returns 0 or the mask's ORA error; see MaskCache for the pointer's life.

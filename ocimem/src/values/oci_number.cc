@@ -70,9 +70,8 @@ sword OCINumberToText(OCIError* err, const OCINumber* number, const oratext* fmt
   if (HasNlsParams(nls_params, nls_p_length)) {
     return FailNlsParams(err, nls_params, nls_p_length);
   }
-  // Reused from call to call: the digits keep their buffer.
-  thread_local Decimal value;
-  if (ocimem::values::DecodeNumber(number->OCINumberPart, &value) != NumberError::None) {
+  ocimem::values::DecimalDigits digits;
+  if (ocimem::values::DecodeNumberDigits(number->OCINumberPart, &digits) != NumberError::None) {
     return FailInvalidNumber(err, 2);
   }
   const std::string_view mask = View(fmt, fmt_length);
@@ -82,13 +81,17 @@ sword OCINumberToText(OCIError* err, const OCINumber* number, const oratext* fmt
                         "invalid format text [" + Quoted(fmt, fmt_length) + "]");
   }
   // The common masks need neither a string nor rounding.
-  const int plain = ocimem::values::FormatNumberPlain(value, *model,
+  const int plain = ocimem::values::FormatNumberPlain(digits, *model,
                                                       reinterpret_cast<char*>(buf), *buf_size);
   if (plain >= 0) {
     buf[plain] = '\0';
     *buf_size = static_cast<ub4>(plain);
     return OCI_SUCCESS;
   }
+  Decimal value;
+  value.negative = digits.negative;
+  value.digits.assign(digits.Digits(), static_cast<std::size_t>(digits.count));
+  value.exponent = digits.exponent;
   std::string text;
   if (ocimem::values::FormatNumber(value, *model, &text) != 0) {
     if (model->unsupported) {
