@@ -17,13 +17,27 @@ namespace {
 
 CKelStream::Impl::~Impl() {
   ReleaseAll();
+  for (char* pPage : sparePages) free(pPage);
   free(pScratch);
   if (pFile != nullptr) fclose(pFile);
 }
 
+void CKelStream::Impl::DropOwned(char* pData, unsigned long nCapacity) noexcept {
+  const unsigned long nKeep = std::max<unsigned long>(kKeptPageBytes, nPageSize);
+  if (nCapacity == nPageSize && (sparePages.size() + 1) * nPageSize <= nKeep) {
+    try {
+      sparePages.push_back(pData);
+      return;
+    } catch (const std::bad_alloc&) {
+      // No room to remember it: it is freed instead.
+    }
+  }
+  free(pData);
+}
+
 void CKelStream::Impl::ReleaseAll() noexcept {
   for (KelSegment& segment : segments) {
-    if (segment.bOwned) free(segment.pData);
+    if (segment.bOwned) DropOwned(segment.pData, segment.nCapacity);
   }
   segments.clear();
   nTotal = 0;
@@ -53,18 +67,24 @@ void CKelStream::Impl::Locate(unsigned long nTarget) {
 
 void CKelStream::Impl::AddOwnedSegment(unsigned long nCapacity) {
   if (nCapacity == 0) nCapacity = 1;
-  char* pData = static_cast<char*>(malloc(nCapacity));
-  if (pData == nullptr) Fail(KEL_ERR_MEMORY, "CKelStream::NewPage");
+  char* pData;
+  if (nCapacity == nPageSize && !sparePages.empty()) {
+    pData = sparePages.back();
+    sparePages.pop_back();
+  } else {
+    pData = static_cast<char*>(malloc(nCapacity));
+    if (pData == nullptr) Fail(KEL_ERR_MEMORY, "CKelStream::NewPage");
+  }
   KelSegment segment{pData, 0, nCapacity, nTotal, true};
   if (!segments.empty() && segments.back().nSize == 0) {
     // An unused trailing page is replaced rather than kept as a hole.
-    if (segments.back().bOwned) free(segments.back().pData);
+    if (segments.back().bOwned) DropOwned(segments.back().pData, segments.back().nCapacity);
     segments.back() = segment;
   } else {
     try {
       segments.push_back(segment);
     } catch (const std::bad_alloc&) {
-      free(pData);
+      DropOwned(pData, nCapacity);
       Fail(KEL_ERR_MEMORY, "CKelStream::NewPage");
     }
   }
@@ -100,7 +120,7 @@ void CKelStream::Impl::AppendReference(const void* pData, unsigned long n) {
   KelSegment segment{static_cast<char*>(const_cast<void*>(pData)), n, n,
                      nTotal, false};
   if (!segments.empty() && segments.back().nSize == 0) {
-    if (segments.back().bOwned) free(segments.back().pData);
+    if (segments.back().bOwned) DropOwned(segments.back().pData, segments.back().nCapacity);
     segments.back() = segment;
   } else {
     try {
@@ -153,7 +173,7 @@ void CKelStream::Impl::Truncate(unsigned long nSize) {
   keep.nSize = nSize - keep.nStart;
   if (!keep.bOwned) keep.nCapacity = keep.nSize;
   for (size_t i = nSegment + 1; i < segments.size(); ++i) {
-    if (segments[i].bOwned) free(segments[i].pData);
+    if (segments[i].bOwned) DropOwned(segments[i].pData, segments[i].nCapacity);
   }
   segments.erase(segments.begin() + static_cast<std::ptrdiff_t>(nSegment) + 1,
                  segments.end());

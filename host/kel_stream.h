@@ -110,8 +110,11 @@ class KEL_API CKelStream {
   // stale by a later change.
   void WritePage(CKelStreamPage& page, unsigned long nSize);
   // Truncates or, with zero bytes, extends the data to nSize bytes; a
-  // position beyond the new end moves to the end. SetSize(0) releases every
-  // page and every referenced buffer.
+  // position beyond the new end moves to the end. SetSize(0) empties the
+  // stream and lets go of every referenced buffer. The stream's own pages
+  // of nPageSize bytes that a truncation gives up are kept for the data
+  // written next, up to 4 MiB of them (at least one page), and freed with
+  // the stream; the rest are freed at once.
   void SetSize(unsigned long nSize);
 
   // Measures from the position to the first occurrence of any string of the

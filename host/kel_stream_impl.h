@@ -33,6 +33,12 @@ struct KEL_LOCAL CKelStream::Impl {
   unsigned long nGeneration = 1;
   char* pScratch = nullptr;
   unsigned long nScratchCapacity = 0;
+  // Owned pages of nPageSize bytes that emptying or truncating the stream
+  // gave up, kept for the next pages it needs so that a stream emptied and
+  // filled again reuses memory that is already mapped. At most
+  // kKeptPageBytes of them (at least one page); freed with the stream.
+  enum : unsigned long { kKeptPageBytes = 4UL * 1024 * 1024 };
+  std::vector<char*> sparePages;
 
   FILE* pFile = nullptr;
   bool bReadOnly = false;
@@ -56,6 +62,9 @@ struct KEL_LOCAL CKelStream::Impl {
   }
   void Truncate(unsigned long nSize);
   void ReleaseAll() noexcept;
+  // Gives up an owned page: kept as a spare page when it has nPageSize bytes
+  // and there is room, else freed.
+  void DropOwned(char* pData, unsigned long nCapacity) noexcept;
   void OpenFile(const char* pszFile, const char* pszMode);
   void LoadFile();
   void FlushFile();

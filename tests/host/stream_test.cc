@@ -158,6 +158,26 @@ TEST(KelStream, SetSizeZeroEmptiesTheStream) {
   EXPECT_EQ("xy", Contents(stream));
 }
 
+TEST(KelStream, SetSizeZeroKeepsItsPagesForTheNextData) {
+  CKelStream stream(8, nullptr, nullptr, 0);
+  Put(stream, "abcdefghijklmnopqrst");  // three pages of 8 bytes
+  stream.Seek(0, 0);
+  const void* pFirst = stream.ReadPage().GetData();
+  stream.SetSize(0);
+  // The pages come back for the next data, the last given up first; a
+  // page of another size is made afresh.
+  Put(stream, "0123456789abcdefghij");
+  EXPECT_EQ("0123456789abcdefghij", Contents(stream));
+  stream.Seek(16, 0);
+  EXPECT_EQ(pFirst, stream.ReadPage().GetData());
+  stream.SetSize(0);
+  CKelStreamPage& big = stream.NewPage(32);
+  EXPECT_NE(pFirst, big.GetData());
+  std::memset(big.GetData(), 'z', 32);
+  stream.WritePage(big, 32);
+  EXPECT_EQ(std::string(32, 'z'), Contents(stream));
+}
+
 TEST(KelStream, SetSizeTruncatesAtEveryOffsetAroundPages) {
   for (unsigned long nKeep = 1; nKeep <= 12; ++nKeep) {
     SCOPED_TRACE(nKeep);
