@@ -189,9 +189,15 @@ class CKelList {
   }
 
  private:
+  // The check stays small enough to inline into every walk; the throw is kept
+  // out of line.
   void _Check(const _KELPOS* pPos, const char* pszFunc) const {
     const int nRC = _CheckValidPos(pPos);
-    if (nRC != 0) throw CKelException(nRC, pszFunc);
+    if (nRC != 0) _Fail(nRC, pszFunc);
+  }
+
+  [[noreturn, gnu::noinline, gnu::cold]] static void _Fail(int nRC, const char* pszFunc) {
+    throw CKelException(nRC, pszFunc);
   }
 
   Node* _NewFirst(const char* pszFunc) {

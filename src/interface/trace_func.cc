@@ -2,6 +2,4 @@
 
 #include <host/kel.h>
 
-CKelTraceFunc::~CKelTraceFunc() {
-  if (m_pTrace != nullptr && m_nRC < 0) m_pTrace->Printf("*ERR: in %s (%d)", m_pszFunc, m_nRC);
-}
+void CKelTraceFunc::_Report() const { m_pTrace->Printf("*ERR: in %s (%d)", m_pszFunc, m_nRC); }

@@ -11,7 +11,11 @@ class CKelTraceFunc {
  public:
   CKelTraceFunc(CKelTrace* pTrace, const char* pszFunc, int nRC)
       : m_pszFunc(pszFunc), m_nRC(nRC), m_pTrace(pTrace) {}
-  ~CKelTraceFunc();
+  // Inline, as it runs on every return of every traced function; only the
+  // report is out of line.
+  ~CKelTraceFunc() {
+    if (m_pTrace != nullptr && m_nRC < 0) _Report();
+  }
 
   CKelTraceFunc(const CKelTraceFunc&) = delete;
   CKelTraceFunc& operator=(const CKelTraceFunc&) = delete;
@@ -21,6 +25,8 @@ class CKelTraceFunc {
   const char* GetFunc() const { return m_pszFunc; }
 
  private:
+  void _Report() const;
+
   const char* m_pszFunc;
   int m_nRC;
   CKelTrace* m_pTrace;
