@@ -517,7 +517,15 @@ class ReadTest : public AdapterTest {
     return out;
   }
 
+  // A Column_Def list that lives as long as the fixture: a context looks at
+  // the list its tree was built from until it is destroyed.
+  DefList& NewList() {
+    lists_.emplace_back();
+    return lists_.back();
+  }
+
   VARNADP* ctx_back_ = nullptr;
+  std::deque<DefList> lists_;
 };
 
 }  // namespace adapter_test

@@ -78,7 +78,7 @@ TEST_F(ReadEntryPointTest, ProcessBufferOverTwoObjectsAdvancesExactlyToTheSecond
 TEST_F(ReadEntryPointTest, ProcessBufferOverTwoObjectsEndingInGroupsAdvancesExactly) {
   MustExec("CREATE TYPE e_in_t AS OBJECT (a NUMBER(3))");
   MustExec("CREATE TYPE e_outer_t AS OBJECT (s VARCHAR2(10), inner e_in_t)");
-  DefList defs;
+  DefList& defs = NewList();
   defs.Text("S", 10);
   defs.Open("INNER", "SCOTT.E_IN_T");
   defs.Number("A", 3, 0);
@@ -134,7 +134,7 @@ TEST_F(ReadEntryPointTest, CxxProcessStreamWithANullTypeThrowsWithoutSettingTheL
 }
 
 TEST_F(ReadEntryPointTest, CxxProcessStreamReturnsTheLobsPendingFlag) {
-  DefList defs;
+  DefList& defs = NewList();
   defs.Text("S", 10);
   defs.Scalar("C", SQLT_CLOB, 112, 4000);
   OCIType* pTdo = Type("E_DOC_T");

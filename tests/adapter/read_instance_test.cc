@@ -303,7 +303,7 @@ TEST_F(ReadInstanceTest, EachObjectItemIsReadIntoAFreshObject) {
 // decision D5
 TEST_F(ReadInstanceTest, AVarrayOfRawIsReadWithOraclesRawTypeCode) {
   OCIType* pTdo = Type("I_RAWS_T");
-  DefList raw;
+  DefList& raw = NewList();
   raw.Raw(nullptr, 4);
   ReadResult r = ReadStream(raw.Head(), "2|AB|0||3|C|E|", pTdo);
   ASSERT_EQ(0, r.nRC) << LastException() << Trace();
@@ -319,7 +319,7 @@ TEST_F(ReadInstanceTest, AVarrayOfRawIsReadWithOraclesRawTypeCode) {
 // decision D5
 TEST_F(ReadInstanceTest, LongRawItemsAreReadAsRaw) {
   OCIType* pTdo = Type("I_RAWS_T");
-  DefList raw;
+  DefList& raw = NewList();
   raw.Scalar(nullptr, SQLT_LBI, SQLT_LBI, 4);
   ReadResult r = ReadStream(raw.Head(), "2|AB|1|]", pTdo);
   ASSERT_EQ(0, r.nRC) << LastException() << Trace();
@@ -330,7 +330,7 @@ TEST_F(ReadInstanceTest, LongRawItemsAreReadAsRaw) {
 TEST_F(ReadInstanceTest, LongAndLongVarcharItemsAreReadAsText) {
   OCIType* pTdo = Type("I_TEXTS_T");
   for (unsigned short nType : {SQLT_LNG, SQLT_LVC}) {
-    DefList text;
+    DefList& text = NewList();
     text.Scalar(nullptr, nType, static_cast<short>(nType), 10);
     ReadResult r = ReadStream(text.Head(), "ab|c!|d||e", pTdo);
     ASSERT_EQ(0, r.nRC) << nType << ": " << LastException() << Trace();
@@ -342,7 +342,7 @@ TEST_F(ReadInstanceTest, LongAndLongVarcharItemsAreReadAsText) {
 
 TEST_F(ReadInstanceTest, AnItemTypeNameWithoutSchemaIsFound) {
   OCIType* pTdo = Type("I_INS_T");
-  DefList defs;
+  DefList& defs = NewList();
   defs.Open(nullptr, "I_IN_T");
   defs.Number("A", 3, 0);
   defs.Close();
@@ -353,7 +353,7 @@ TEST_F(ReadInstanceTest, AnItemTypeNameWithoutSchemaIsFound) {
 
 TEST_F(ReadInstanceTest, AnItemTypeNameIsCutAtItsFirstPointAndLeftWhole) {
   OCIType* pTdo = Type("I_INS_T");
-  DefList defs;
+  DefList& defs = NewList();
   defs.Open(nullptr, "SCOTT.I_IN_T.X");
   defs.Number("A", 3, 0);
   defs.Close();
@@ -375,7 +375,7 @@ TEST_F(ReadInstanceTest, AnItemTypeNameIsCutAtItsFirstPointAndLeftWhole) {
 }
 
 TEST_F(ReadInstanceTest, AMarkedItemHoldingACollectionIsReadWithoutGroupMarks) {
-  DefList defs;
+  DefList& defs = NewList();
   defs.Number("ID", 3, 0);
   defs.Open("INS", "SCOTT.I_INS_T", true);
   defs.Open(nullptr, "SCOTT.I_IN_T");

@@ -255,7 +255,7 @@ TEST_F(ReadStreamTest, ACollectionOpenedButNotClosedIsRefused) {
 TEST_F(ReadStreamTest, AGroupInsideACollectionItemLeftOpenCrossesBothReaders) {
   MustExec("CREATE TYPE r_notes_t AS TABLE OF r_note_t");
   MustExec("CREATE TYPE r_book_t AS OBJECT (notes r_notes_t)");
-  DefList defs;
+  DefList& defs = NewList();
   defs.Open("NOTES", "SCOTT.R_NOTES_T", true);
   defs.Open(nullptr, "SCOTT.R_NOTE_T");
   defs.Text("TXT", 10);
@@ -286,7 +286,7 @@ TEST_F(ReadStreamTest, ANestedObjectWithAnEmptyFieldStaysNull) {
 }
 
 TEST_F(ReadStreamTest, ANullRawDoesNotStepOverItsBarAndShiftsTheNextField) {
-  DefList defs;
+  DefList& defs = NewList();
   defs.Raw("R", 10);
   defs.Text("T", 10);
   OCIType* pTdo = Type("R_RAWTEXT_T");
@@ -300,7 +300,7 @@ TEST_F(ReadStreamTest, ANullRawDoesNotStepOverItsBarAndShiftsTheNextField) {
 }
 
 TEST_F(ReadStreamTest, ANullBlobStepsOverItsBar) {
-  DefList defs;
+  DefList& defs = NewList();
   defs.Scalar("B", SQLT_BLOB, 113, 4000);
   defs.Text("T", 10);
   OCIType* pTdo = Type("R_BLOBTEXT_T");
@@ -313,7 +313,7 @@ TEST_F(ReadStreamTest, ANullBlobStepsOverItsBar) {
 }
 
 TEST_F(ReadStreamTest, AMissingDelimiterAfterAGroupIsTolerated) {
-  DefList defs;
+  DefList& defs = NewList();
   defs.Open("ADDR", "SCOTT.R_ADDR_T");
   defs.Text("STREET", 30);
   defs.Text("CITY", 30);
@@ -336,7 +336,7 @@ TEST_F(ReadStreamTest, TrailingDataAfterTheLastFieldIsLeftInTheStream) {
 }
 
 TEST_F(ReadStreamTest, ACollectionMarkedToGoWithoutGroupMarksReadsItsItemsDirectly) {
-  DefList defs;
+  DefList& defs = NewList();
   defs.Text("A", 20);
   defs.Open("COLOURS", "SCOTT.R_COLOURS_T", true).Flags |= 0x0002;
   defs.Text(nullptr, 10);

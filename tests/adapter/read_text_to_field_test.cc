@@ -36,9 +36,10 @@ class ReadFieldTest : public ReadTest {
     raw_.Raw("R", 10);
     raw_.Text("T", 10);
   }
+  // The list goes after the context that looks at it.
   void TearDown() override {
-    coldefFree(all_);
     ReadTest::TearDown();
+    coldefFree(all_);
   }
 
   Column_Def* All() {
@@ -136,7 +137,7 @@ TEST_F(ReadFieldTest, ANumberTextIsParsedWithAMaskOfItsOwnShape) {
 }
 
 TEST_F(ReadFieldTest, ANumberAsABinaryRealTakesTheMachinesBytes) {
-  DefList defs;
+  DefList& defs = NewList();
   defs.Scalar("N", SQLT_NUM, 4, 8);
   defs.Number("M", 38, 0);
   const double dValue = 2.5;
@@ -238,7 +239,7 @@ TEST_F(ReadFieldTest, ADateOfTwentyFiveBytesIsReadToTheSecondFromItsFirstNinetee
 }
 
 TEST_F(ReadFieldTest, AShortDateWithDataSize9IsAcceptedHereAndOnOutput) {
-  DefList defs;
+  DefList& defs = NewList();
   defs.Scalar("D", SQLT_DAT, 5, 9, 20);
   OCIType* pTdo = Type("F_DATE_T");
   trace_.SetLevel(2);
@@ -250,7 +251,7 @@ TEST_F(ReadFieldTest, AShortDateWithDataSize9IsAcceptedHereAndOnOutput) {
 }
 
 TEST_F(ReadFieldTest, AShortDateWithDataSize7IsRefusedHereOnly) {
-  DefList defs;
+  DefList& defs = NewList();
   defs.Scalar("D", SQLT_DAT, 5, 7, 20);
   OCIType* pTdo = Type("F_DATE_T");
   ReadResult r = ReadStream(defs.Head(), "03-FEB-01", pTdo);
@@ -275,7 +276,7 @@ TEST_F(ReadFieldTest, AShortDateWithDataSize7IsRefusedHereOnly) {
   EXPECT_EQ("03-FEB-01", Stream());
 
   // And the context reads on with a list it accepts.
-  DefList accepted;
+  DefList& accepted = NewList();
   accepted.Scalar("D", SQLT_DAT, 5, 9, 20);
   ClearTrace();
   r = ReadStream(accepted.Head(), "03-FEB-01", pTdo);
@@ -284,7 +285,7 @@ TEST_F(ReadFieldTest, AShortDateWithDataSize7IsRefusedHereOnly) {
 }
 
 TEST_F(ReadFieldTest, ADateOfAnotherExternalTypeIsRefused) {
-  DefList defs;
+  DefList& defs = NewList();
   defs.Scalar("D", SQLT_DAT, 12, 7, 20);
   OCIType* pTdo = Type("F_DATE_T");
   trace_.SetLevel(2);
@@ -306,7 +307,7 @@ TEST_F(ReadFieldTest, ADateOfAnotherExternalTypeIsRefused) {
 }
 
 TEST_F(ReadFieldTest, ANumberOfAnotherExternalTypeIsRefused) {
-  DefList defs;
+  DefList& defs = NewList();
   defs.Scalar("N", SQLT_NUM, 1, 22);
   OCIType* pTdo = Type("F_NUM_T");
   trace_.SetLevel(2);
@@ -356,7 +357,7 @@ TEST_F(ReadFieldTest, ADateOracleRejectsFailsWithItsDiagnostics) {
 }
 
 TEST_F(ReadFieldTest, ATimestampOracleRejectsFailsWithItsDiagnostics) {
-  DefList defs;
+  DefList& defs = NewList();
   defs.Scalar("I", SQLT_INTERVAL_DS, 5, 11, 20, 2, 3);
   defs.Scalar("TS", SQLT_TIMESTAMP, 5, 11, 23, 0, 3);
   defs.Number("M", 38, 0);
@@ -376,7 +377,7 @@ TEST_F(ReadFieldTest, ATimestampOracleRejectsFailsWithItsDiagnostics) {
 }
 
 TEST_F(ReadFieldTest, AnIntervalOracleRejectsIsLoggedAsADatetimeFailure) {
-  DefList defs;
+  DefList& defs = NewList();
   defs.Scalar("I", SQLT_INTERVAL_DS, 5, 11, 20, 2, 3);
   defs.Scalar("TS", SQLT_TIMESTAMP, 5, 11, 23, 0, 3);
   defs.Number("M", 38, 0);
@@ -432,7 +433,7 @@ TEST_F(ReadFieldTest, ARawCountBeyondTheDataTakesWhatThereIs) {
 }
 
 TEST_F(ReadFieldTest, ATextWithReleasesIsStoredShortenedAndTracedWithItsTrueSize) {
-  DefList defs;
+  DefList& defs = NewList();
   defs.Text("X", 10);
   defs.Text("Y", 10);
   OCIType* pTdo = Type("F_ONE_T");
@@ -447,7 +448,7 @@ TEST_F(ReadFieldTest, ATextWithReleasesIsStoredShortenedAndTracedWithItsTrueSize
 }
 
 TEST_F(ReadFieldTest, LargeObjectsAreOnlyLocatedInTheFirstPass) {
-  DefList defs;
+  DefList& defs = NewList();
   defs.Scalar("C", SQLT_CLOB, 112, 4000);
   defs.Scalar("B", SQLT_BLOB, 113, 4000);
   defs.Text("T", 10);
@@ -467,7 +468,7 @@ TEST_F(ReadFieldTest, LargeObjectsAreOnlyLocatedInTheFirstPass) {
 }
 
 TEST_F(ReadFieldTest, TheLobsPendingFlagIsSetPerCall) {
-  DefList defs;
+  DefList& defs = NewList();
   defs.Scalar("C", SQLT_CLOB, 112, 4000);
   defs.Scalar("B", SQLT_BLOB, 113, 4000);
   defs.Text("T", 10);
@@ -491,7 +492,7 @@ class ReadRefusedTest : public ReadFieldTest, public ::testing::WithParamInterfa
 
 TEST_P(ReadRefusedTest, IsRefusedEvenWhenNull) {
   const RefusedCase& c = GetParam();
-  DefList defs;
+  DefList& defs = NewList();
   defs.Scalar("X", c.nDataType, static_cast<short>(c.nDataType), 10);
   defs.Text("Y", 10);
   OCIType* pTdo = Type("F_ONE_T");
@@ -511,7 +512,7 @@ TEST_P(ReadRefusedTest, IsRefusedEvenWhenNull) {
 
   ClearTrace();
   trace_.SetLevel(1);
-  DefList text;
+  DefList& text = NewList();
   text.Text("X", 10);
   text.Text("Y", 10);
   r = ReadStream(text.Head(), "x|y", pTdo);
