@@ -166,10 +166,7 @@ int CAdp::_Init(CKelStream& stream, CKelTrace* pTrace, OCIEnv* pEnv, OCIError* p
 void CAdp::ProcessObject(CKelTrace* pTrace, CKelStream& stream, Column_Def*& pColumnDef,
                          OCIEnv* pEnv, OCIError* pErr, OCISvcCtx* pSvc, void* pInstance,
                          short* pIndicator, short nIndicator, OCIType* pType) {
-  if (_Init(stream, pTrace, pEnv, pErr, pSvc, pColumnDef)) {
-    m_Tree.DeleteChildren();
-    _BuildElementTree(m_Tree, pColumnDef);
-  }
+  if (_Init(stream, pTrace, pEnv, pErr, pSvc, pColumnDef)) _RebuildTree(pColumnDef);
   CAdpElementData& root = m_Tree.m_Data;
   // A root made by an earlier stream-to-object call may be the very
   // instance to write now: it is kept until the next stream-to-object call.
@@ -199,10 +196,7 @@ int CAdp::ProcessStream(CKelTrace* pTrace, CKelStream& stream, Column_Def*& pCol
                         OCIEnv* pEnv, OCIError* pErr, OCISvcCtx* pSvc, void*& pInstance,
                         short*& pIndicator, short& nIndicator, OCIType* pType) {
   CKelTraceFunc trace(pTrace != nullptr ? pTrace : &m_Trace, "CAdp::ProcessStream", -2);
-  if (_Init(stream, pTrace, pEnv, pErr, pSvc, pColumnDef)) {
-    m_Tree.DeleteChildren();
-    _BuildElementTree(m_Tree, pColumnDef);
-  }
+  if (_Init(stream, pTrace, pEnv, pErr, pSvc, pColumnDef)) _RebuildTree(pColumnDef);
   _ReleaseHandedOut();
   CAdpElementData& root = m_Tree.m_Data;
   // The object the last call made lived until now. A collection made here
@@ -242,6 +236,16 @@ CKelStream& CAdp::StreamFromBuffer(const void* pBuffer, unsigned long nSize) {
   m_Stream.WritePage(page, static_cast<unsigned long>(-1));
   m_Stream.Seek(0, 0);
   return m_Stream;
+}
+
+// Values that items of the old tree made go before the tree does.
+void CAdp::_RebuildTree(Column_Def*& pColumnDef) {
+  for (CAdpTree* pChild = m_Tree.GetFirstChild(); pChild != nullptr;
+       pChild = pChild->GetNextSibling()) {
+    _OraDestroySubtree(*pChild);
+  }
+  m_Tree.DeleteChildren();
+  _BuildElementTree(m_Tree, pColumnDef);
 }
 
 void CAdp::_OraCheck(sword nStatus, const char* pszOciFunc, const char* pszFunc) {

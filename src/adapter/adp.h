@@ -134,6 +134,7 @@ class CAdp : public VARNADP {
   // Raises the adapter's -24 for a failed OCI call after its diagnostics
   // went to the trace; returns when the call succeeded.
   void _OraCheck(sword nStatus, const char* pszOciFunc, const char* pszFunc);
+  void _RebuildTree(Column_Def*& pColumnDef);
   void _KeepHandedOut();
   void _ReleaseLater(void* pValue);
   void _ReleaseHandedOut();

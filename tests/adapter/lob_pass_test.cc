@@ -18,9 +18,10 @@ class LobPassTest : public AdapterTest {
     ASSERT_EQ(0, coldefDescribe(env_, err_, svc_, "SCOTT.L_DOC_T", &defs_));
     tdo_ = Type("L_DOC_T");
   }
+  // A context reads its list until it is destroyed: the list goes after it.
   void TearDown() override {
-    coldefFree(defs_);
     AdapterTest::TearDown();
+    coldefFree(defs_);
   }
 
   // Reads one object from the text (through a host stream of the given page

@@ -31,9 +31,18 @@ class RoundTripTest : public AdapterTest {
              "mid r_mid_t, mids r_mids_t, nums r_nums_t, raws r_raws_t, dates r_dates_t)");
     ASSERT_EQ(0, coldefDescribe(env_, err_, svc_, "SCOTT.R_TOP_T", &top_));
   }
+  // A context reads its lists until it is destroyed: they go after it.
   void TearDown() override {
-    coldefFree(top_);
     AdapterTest::TearDown();
+    coldefFree(top_);
+    for (Column_Def* p : lists_) coldefFree(p);
+  }
+
+  Column_Def* Describe(const char* pszType) {
+    Column_Def* pList = nullptr;
+    EXPECT_EQ(0, coldefDescribe(env_, err_, svc_, pszType, &pList)) << FirstError();
+    lists_.push_back(pList);
+    return pList;
   }
 
   // Reads text from a buffer with adpProcessBuffer; the object's root is
@@ -122,6 +131,7 @@ class RoundTripTest : public AdapterTest {
   }
 
   Column_Def* top_ = nullptr;
+  std::vector<Column_Def*> lists_;
 };
 
 TEST_F(RoundTripTest, EveryScalarTypeNestedObjectsAndCollections) {
@@ -152,31 +162,29 @@ TEST_F(RoundTripTest, AllNullButTheKey) {
 }
 
 TEST_F(RoundTripTest, TopLevelCollectionOfObjects) {
-  Column_Def* pDefs = nullptr;
-  ASSERT_EQ(0, coldefDescribe(env_, err_, svc_, "SCOTT.R_LEAVES_T", &pDefs));
+  Column_Def* pDefs = Describe("SCOTT.R_LEAVES_T");
+  ASSERT_NE(nullptr, pDefs);
   OCIColl* pLeaves = NewCollection("R_LEAVES_T");
   AppendObject(pLeaves, Leaf("a", "1", {"x"}));
   AppendObject(pLeaves, Leaf("b", nullptr, {}));
   const std::string text = RoundTrip(pDefs, pLeaves, nullptr, Type("R_LEAVES_T"), true);
     // NUMBER(6,2) text keeps Oracle's point after an integer.
   EXPECT_EQ("[a|1.|[x]]|[b||[]]", text);
-  coldefFree(pDefs);
 }
 
 TEST_F(RoundTripTest, TopLevelCollectionOfScalars) {
-  Column_Def* pDefs = nullptr;
-  ASSERT_EQ(0, coldefDescribe(env_, err_, svc_, "SCOTT.R_TAGS_T", &pDefs));
+  Column_Def* pDefs = Describe("SCOTT.R_TAGS_T");
+  ASSERT_NE(nullptr, pDefs);
   OCIColl* pTags = NewCollection("R_TAGS_T");
   AppendText(pTags, "one");
   AppendText(pTags, "t|wo");
   AppendText(pTags, "three");
   EXPECT_EQ("one|t!|wo|three", RoundTrip(pDefs, pTags, nullptr, Type("R_TAGS_T"), true));
-  coldefFree(pDefs);
 }
 
 TEST_F(RoundTripTest, TopLevelCollectionReadReturnsTheCollectionHandle) {
-  Column_Def* pDefs = nullptr;
-  ASSERT_EQ(0, coldefDescribe(env_, err_, svc_, "SCOTT.R_TAGS_T", &pDefs));
+  Column_Def* pDefs = Describe("SCOTT.R_TAGS_T");
+  ASSERT_NE(nullptr, pDefs);
   void* pRead = nullptr;
   OCIInd* pInd = nullptr;
   ASSERT_EQ(0, ReadBack(pDefs, "a|b|c", Type("R_TAGS_T"), &pRead, &pInd)) << LastException();
@@ -195,7 +203,6 @@ TEST_F(RoundTripTest, TopLevelCollectionReadReturnsTheCollectionHandle) {
   EXPECT_EQ(pRead, pAgain);
   ASSERT_EQ(OCI_SUCCESS, OCICollSize(env_, err_, static_cast<OCIColl*>(pAgain), &nSize));
   EXPECT_EQ(1, nSize);
-  coldefFree(pDefs);
 }
 
 TEST_F(RoundTripTest, ConfiguredDelimiterTerminatorAndRelease) {
@@ -211,8 +218,8 @@ TEST_F(RoundTripTest, ConfiguredDelimiterTerminatorAndRelease) {
   ASSERT_EQ(0, adpCreateContext(&ctx_, &trace_, &special));
   // Binary values read back only while the delimiter is "|": this object
   // has none that is not null... and no null RAW either.
-  Column_Def* pDefs = nullptr;
-  ASSERT_EQ(0, coldefDescribe(env_, err_, svc_, "SCOTT.R_MID_T", &pDefs));
+  Column_Def* pDefs = Describe("SCOTT.R_MID_T");
+  ASSERT_NE(nullptr, pDefs);
   Instance mid = NewObject("R_MID_T");
   SetText(mid, {"NAME"}, "a~~b\\c\nd|e");
   // A value ending in part of the delimiter, or holding overlapping
@@ -221,12 +228,11 @@ TEST_F(RoundTripTest, ConfiguredDelimiterTerminatorAndRelease) {
   AppendObject(Coll(mid, {"LEAVES"}), Leaf("p~~q", "2", {"\n", "~~x"}));
   const std::string text = RoundTrip(pDefs, mid.pObject, mid.pInd, mid.pTdo);
   EXPECT_EQ("a\\~~b\\\\c\\\nd|e~~[x~y~~~~]~~[[p\\~~q~~2.~~[\\\n~~\\~~x]]]", text);
-  coldefFree(pDefs);
 }
 
 TEST_F(RoundTripTest, SeveralRecordsInOneBufferAreTakenOneAfterAnother) {
-  Column_Def* pDefs = nullptr;
-  ASSERT_EQ(0, coldefDescribe(env_, err_, svc_, "SCOTT.R_LEAF_T", &pDefs));
+  Column_Def* pDefs = Describe("SCOTT.R_LEAF_T");
+  ASSERT_NE(nullptr, pDefs);
   const std::string records = "a|1|[x|y]\r\nb||[]\r\nc|3|[z]";
   const void* pBuffer = records.data();
   const char* pEnd = records.data() + records.size();
@@ -254,7 +260,6 @@ TEST_F(RoundTripTest, SeveralRecordsInOneBufferAreTakenOneAfterAnother) {
     back.push_back(Stream());
   }
   EXPECT_EQ((std::vector<std::string>{"a|1.|[x|y]", "b||[]", "c|3.|[z]"}), back);
-  coldefFree(pDefs);
 }
 
 TEST_F(RoundTripTest, WorkedExampleReadAttributeByAttribute) {
@@ -263,8 +268,8 @@ TEST_F(RoundTripTest, WorkedExampleReadAttributeByAttribute) {
   MustExec("CREATE TYPE ex_note_t AS OBJECT (text VARCHAR2(30))");
   MustExec("CREATE TYPE ex_person_t AS OBJECT (name VARCHAR2(30), age NUMBER(3), "
            "addr ex_addr_t, colours ex_colours_t, note ex_note_t, tag RAW(10))");
-  Column_Def* pDefs = nullptr;
-  ASSERT_EQ(0, coldefDescribe(env_, err_, svc_, "SCOTT.EX_PERSON_T", &pDefs));
+  Column_Def* pDefs = Describe("SCOTT.EX_PERSON_T");
+  ASSERT_NE(nullptr, pDefs);
   Instance person;
   person.pTdo = Type("EX_PERSON_T");
   ASSERT_EQ(0, ReadBack(pDefs, "Smith!|Jones|42|[1 Main St|]|[red|blue]||3|ABC", person.pTdo,
@@ -318,7 +323,6 @@ TEST_F(RoundTripTest, WorkedExampleReadAttributeByAttribute) {
   EXPECT_EQ(OCI_IND_NOTNULL, indicator({"TAG"}));
   OCIRaw* pTag = *static_cast<OCIRaw**>(Slot(person, {"TAG"}));
   EXPECT_EQ("ABC", std::string(reinterpret_cast<char*>(OCIRawPtr(env_, pTag)), OCIRawSize(env_, pTag)));
-  coldefFree(pDefs);
 }
 
 // Random objects of the family above: every attribute null or a random

@@ -28,19 +28,20 @@ class TypesTest : public AdapterTest {
              "chs t_chs_t, ns t_ns_t, ds t_ds_t, tss t_tss_t, ivs t_ivs_t, rs t_rs_t, "
              "list t_list_t)");
   }
+  // A context reads its lists until it is destroyed: they go after it.
   void TearDown() override {
-    coldefFree(defs_);
     AdapterTest::TearDown();
+    for (Column_Def* p : lists_) coldefFree(p);
   }
 
   Column_Def* Describe(const char* pszType) {
-    coldefFree(defs_);
-    defs_ = nullptr;
-    EXPECT_EQ(0, coldefDescribe(env_, err_, svc_, pszType, &defs_)) << FirstError();
-    return defs_;
+    Column_Def* pList = nullptr;
+    EXPECT_EQ(0, coldefDescribe(env_, err_, svc_, pszType, &pList)) << FirstError();
+    lists_.push_back(pList);
+    return pList;
   }
 
-  Column_Def* defs_ = nullptr;
+  std::vector<Column_Def*> lists_;
 };
 
 TEST_F(TypesTest, EveryScalarTypeAtTheTop) {
