@@ -117,6 +117,7 @@ class CAdp : public VARNADP {
   int _ReadDelimiter();
   unsigned long _ReadElementSize();
   void _OraStreamToField(CAdpTree& element, unsigned long nSize);
+  void _ClearForNextItem(CAdpTree& node);
   void _ReadStreamLobs(CAdpTree& element);
   void _OraStreamToLobField(CAdpTree& element);
   long _OraWriteLobElementFromPage(OCILobLocator* pLocator, const void* pData, unsigned long nSize,

@@ -110,11 +110,9 @@ void CAdp::_ReadStream(CAdpTree& element) {
     CAdpTree* pNext = child.GetNextSibling();
     if (bItem && pNext == nullptr) {
       if (_ReadDelimiter()) {
-        // The same node reads the next item. An object item starts again
-        // from a new, all-null object: the one just appended was copied
-        // into the collection, and a reused one would keep the nested
-        // values and collection items of the item before.
-        if (_IsComplex(child)) _OraDestroyObject(child);
+        // The same node reads the next item into the same value; the one
+        // just appended was copied into the collection.
+        if (_IsComplex(child) && child.m_Data.m_pField != nullptr) _ClearForNextItem(child);
         pNext = &child;
       }
     } else {
@@ -123,4 +121,23 @@ void CAdp::_ReadStream(CAdpTree& element) {
     pChild = pNext;
   }
   trace.SetRC(0);
+}
+
+// Every scalar of an item is written again by the next item, fields of
+// extent 0 as null; nested objects and collections are written only when
+// their group is there. So before the next item, each of them at any depth
+// is made null again and each collection emptied, or the next item would
+// keep what the one before held.
+void CAdp::_ClearForNextItem(CAdpTree& node) {
+  for (CAdpTree* pChild = node.GetFirstChild(); pChild != nullptr;
+       pChild = pChild->GetNextSibling()) {
+    if (!_IsComplex(*pChild) || pChild->m_Data.m_pField == nullptr) continue;
+    if (_IsColl(*pChild)) {
+      _OraEmptyColl(*pChild);
+    } else {
+      _ClearForNextItem(*pChild);
+    }
+    pChild->m_Data.m_nInd = OCI_IND_NULL;
+    _OraSetIndicator(*pChild, node, 0);
+  }
 }

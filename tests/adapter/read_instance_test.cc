@@ -1,7 +1,8 @@
 // The instance a stream is read into: the new object atomically null at its
 // root, collections at the top reused and emptied, items made with Oracle's
 // own type codes, null items appended as values marked null, object items
-// read into fresh objects, and the null indicators written into the parent.
+// keeping nothing of the item before, and the null indicators written into
+// the parent.
 #include "adapter/adp.h"
 #include "adapter_fixture.h"
 
@@ -291,7 +292,7 @@ TEST_F(ReadInstanceTest, NullItemsOfACollectionAttributeAreAppendedMarkedNull) {
   EXPECT_EQ("1|[|[2]]|[[a|[|3]]|]|[||1|x]", WriteBack(order_.Head(), r, pTdo));
 }
 
-TEST_F(ReadInstanceTest, EachObjectItemIsReadIntoAFreshObject) {
+TEST_F(ReadInstanceTest, EachObjectItemKeepsNothingOfTheItemBefore) {
   OCIType* pTdo = Type("I_ORDER_T");
   ReadResult r = ReadStream(order_.Head(), "1||[[a|[1|2]]|[b]|[|[3]]]|", pTdo);
   ASSERT_EQ(0, r.nRC) << LastException() << Trace();
