@@ -29,28 +29,24 @@ template <typename Model, int (*Parse)(std::string_view, Model*)>
 class MaskCache {
  public:
   int Get(std::string_view text, const Model** out) {
-    // Hosts tend to ask for one mask many times running: the last one found is tried first.
-    Slot& last = slots_[last_];
-    if (last.used && Same(last.text, text)) {
-      *out = &last.model;
-      return 0;
-    }
+    // A host converts the columns of a row in the same order row after row: the mask
+    // that came after this thread's last mask the time before is tried first, then the
+    // last mask itself (one column after another), then every slot.
+    const std::size_t predicted = follows_[last_];
+    if (Found(predicted, text, out)) return 0;
+    if (Found(last_, text, out)) return 0;
     for (std::size_t i = 0; i < kSlots; ++i) {
-      Slot& slot = slots_[i];
-      if (slot.used && Same(slot.text, text)) {
-        last_ = i;
-        *out = &slot.model;
-        return 0;
-      }
+      if (Found(i, text, out)) return 0;
     }
     Model model;
     if (int ora = Parse(text, &model)) return ora;
-    last_ = next_;
-    Slot& slot = slots_[next_];
+    const std::size_t added = next_;
     next_ = (next_ + 1) % kSlots;
+    Slot& slot = slots_[added];
     slot.model = std::move(model);
     slot.text.assign(text.data(), text.size());
     slot.used = true;
+    Remember(added);
     *out = &slot.model;
     return 0;
   }
@@ -58,6 +54,20 @@ class MaskCache {
  private:
   static bool Same(const std::string& stored, std::string_view text) {
     return stored.size() == text.size() && SameBytes(stored.data(), text.data(), text.size());
+  }
+
+  // True with *out set when slot i holds `text`.
+  bool Found(std::size_t i, std::string_view text, const Model** out) {
+    Slot& slot = slots_[i];
+    if (!slot.used || !Same(slot.text, text)) return false;
+    Remember(i);
+    *out = &slot.model;
+    return true;
+  }
+
+  void Remember(std::size_t i) {
+    follows_[last_] = i;
+    last_ = i;
   }
 
   static constexpr std::size_t kSlots = 8;
@@ -68,7 +78,8 @@ class MaskCache {
   };
   Slot slots_[kSlots];
   std::size_t next_ = 0;
-  std::size_t last_ = 0;
+  std::size_t last_ = 0;                // the slot found or filled last
+  std::size_t follows_[kSlots] = {};  // the slot found after each slot, the time before
 };
 
 // Returns 0 or the mask's ORA error; see MaskCache for the pointer's life.
