@@ -43,6 +43,7 @@ CAdp::CAdp(DB_SPECIAL_STRINGS* pSpecialStrings)
       m_Stream(0, nullptr, nullptr, 0),
       m_Trace(),
       m_pValuePage(nullptr),
+      m_nSpare(0),
       m_nReleaseLater(0) {
   if (pSpecialStrings == nullptr) {
     CopyPadded(m_szDelimiter, ADP_DELIMITER, sizeof m_szDelimiter);
@@ -105,6 +106,7 @@ CAdp::CAdp(DB_SPECIAL_STRINGS* pSpecialStrings)
 // The destructor gives back every value the tree made, not the root's
 // alone: items read from a stream own theirs too.
 CAdp::~CAdp() {
+  _DropSpares();
   _OraDestroySubtree(m_Tree);
   _ReleaseHandedOut();
 }
@@ -245,6 +247,8 @@ void CAdp::_RebuildTree(Column_Def*& pColumnDef) {
     _OraDestroySubtree(*pChild);
   }
   m_Tree.DeleteChildren();
+  // Spares belong to the old list's definitions.
+  _DropSpares();
   _BuildElementTree(m_Tree, pColumnDef);
 }
 

@@ -88,6 +88,11 @@ class CAdp : public VARNADP {
   // _OraDestroyObject on every node of a subtree that made or pinned
   // something, the top included.
   void _OraDestroySubtree(CAdpTree& top);
+  // Surplus collection item nodes kept for reuse (adapter/adp_instance.cc):
+  // a spare filled as a copy of item, or NULL; keeping takes a detached node.
+  CAdpTree* _TakeSpareCopyOf(const CAdpTree& item);
+  void _KeepSpare(CAdpTree* pNode);
+  void _DropSpares();
 
   // Navigation (adapter/adp_navigation.cc).
   void _OraGetChild(CAdpTree& child, CAdpTree& parent);
@@ -175,7 +180,11 @@ class CAdp : public VARNADP {
   // value (the last one read from a stream and handed to the host, the
   // stored object fetched for the LOB pass): freed at the next
   // stream-to-object call, the oldest sooner when there are too many.
-  enum { ADP_RELEASE_LATER_MAX = 4 };
+  enum { ADP_RELEASE_LATER_MAX = 4, ADP_SPARE_MAX = 8 };
+  // Detached surplus item nodes, one per item definition at most; they hold
+  // no values of their own.
+  CAdpTree* m_apSpare[ADP_SPARE_MAX];
+  int m_nSpare;
   void* m_apReleaseLater[ADP_RELEASE_LATER_MAX];
   int m_nReleaseLater;
   // Bytes that can begin a special string, so that escaping looks closer

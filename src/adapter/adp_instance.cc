@@ -93,7 +93,15 @@ void CAdp::_DevelopOraObjects(CAdpTree& node, int bEmpty) {
       // back before it is bound to an item of this collection.
       if (pChild->m_Data.m_bCreated || pChild->m_Data.m_bTdoPinned) _OraDestroySubtree(*pChild);
       if (!_OraGetNextCollItem(*pChild, node)) {
-        _DeleteElementAndAfter(pChild);
+        // The surplus node is kept aside for the next collection of this
+        // kind that needs one more node, instead of being freed and cloned
+        // again on every call.
+        if (pChild->GetNextSibling() == nullptr && pChild != node.GetFirstChild()) {
+          pChild->Detach();
+          _KeepSpare(pChild);
+        } else {
+          _DeleteElementAndAfter(pChild);
+        }
         break;
       }
     } else {
@@ -104,7 +112,8 @@ void CAdp::_DevelopOraObjects(CAdpTree& node, int bEmpty) {
     // The item list runs one node ahead while items remain; the surplus node
     // is cut when the collection ends.
     if (pNext == nullptr && _InColl(*pChild)) {
-      CAdpTree* pClone = pChild->Clone();
+      CAdpTree* pClone = _TakeSpareCopyOf(*pChild);
+      if (pClone == nullptr) pClone = pChild->Clone();
       try {
         pChild->AddAfter(*pClone);
       } catch (...) {
@@ -151,4 +160,65 @@ void CAdp::_OraDestroySubtree(CAdpTree& top) {
     if (pNode == &top) return;
     pNode = pNode->GetNextSibling();
   }
+}
+
+CAdpTree* CAdp::_TakeSpareCopyOf(const CAdpTree& item) {
+  int i = 0;
+  while (i < m_nSpare && m_apSpare[i]->m_Data.m_pColumnDef != item.m_Data.m_pColumnDef) ++i;
+  if (i == m_nSpare) return nullptr;
+  CAdpTree* pSpare = m_apSpare[i];
+  m_apSpare[i] = m_apSpare[--m_nSpare];
+  // The same copy Clone() makes, into nodes that are already there; a spare
+  // of another shape (its nested collections held other counts) is dropped.
+  const CAdpTree* pFrom = &item;
+  CAdpTree* pTo = pSpare;
+  for (;;) {
+    pTo->m_Data = pFrom->m_Data;
+    const CAdpTree* pFromChild = pFrom->GetFirstChild();
+    CAdpTree* pToChild = pTo->GetFirstChild();
+    if ((pFromChild == nullptr) != (pToChild == nullptr)) break;
+    if (pFromChild != nullptr) {
+      pFrom = pFromChild;
+      pTo = pToChild;
+      continue;
+    }
+    for (;;) {
+      if (pFrom == &item) return pSpare;
+      const CAdpTree* pFromNext = pFrom->GetNextSibling();
+      CAdpTree* pToNext = pTo->GetNextSibling();
+      if ((pFromNext == nullptr) != (pToNext == nullptr)) {
+        pFrom = nullptr;
+        break;
+      }
+      if (pFromNext != nullptr) {
+        pFrom = pFromNext;
+        pTo = pToNext;
+        break;
+      }
+      pFrom = pFrom->GetParent();
+      pTo = pTo->GetParent();
+    }
+    if (pFrom == nullptr) break;
+  }
+  delete pSpare;
+  return nullptr;
+}
+
+void CAdp::_KeepSpare(CAdpTree* pNode) {
+  for (int i = 0; i < m_nSpare; ++i) {
+    if (m_apSpare[i]->m_Data.m_pColumnDef == pNode->m_Data.m_pColumnDef) {
+      delete m_apSpare[i];
+      m_apSpare[i] = pNode;
+      return;
+    }
+  }
+  if (m_nSpare == ADP_SPARE_MAX) {
+    delete pNode;
+    return;
+  }
+  m_apSpare[m_nSpare++] = pNode;
+}
+
+void CAdp::_DropSpares() {
+  while (m_nSpare > 0) delete m_apSpare[--m_nSpare];
 }
