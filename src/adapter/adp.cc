@@ -44,6 +44,8 @@ CAdp::CAdp(DB_SPECIAL_STRINGS* pSpecialStrings)
       m_Trace(),
       m_pValuePage(nullptr),
       m_nSpare(0),
+      m_Iterators(0, 16, 0),
+      m_nIterators(0),
       m_nReleaseLater(0) {
   if (pSpecialStrings == nullptr) {
     CopyPadded(m_szDelimiter, ADP_DELIMITER, sizeof m_szDelimiter);
@@ -184,13 +186,15 @@ void CAdp::ProcessObject(CKelTrace* pTrace, CKelStream& stream, Column_Def*& pCo
   root.m_nInd = nIndicator;
   root.m_pTdo = pType;
   root.m_pColumnDef = &m_RootDef;
-  _DevelopOraObjects(m_Tree, 0);
   try {
+    _DevelopOraObjects(m_Tree, 0);
     _WriteStream(m_Tree, _IsNull(m_Tree));
   } catch (...) {
+    _DeleteIterators();
     m_Out.Flush();
     throw;
   }
+  _DeleteIterators();
   m_Out.Flush();
 }
 
@@ -208,9 +212,15 @@ int CAdp::ProcessStream(CKelTrace* pTrace, CKelStream& stream, Column_Def*& pCol
   root.m_nInd = nIndicator;
   root.m_pTdo = pType;
   root.m_pColumnDef = &m_RootDef;
-  _OraCreateObject(m_Tree);
-  _DevelopOraObjects(m_Tree, 1);
-  _ReadStream(m_Tree);
+  try {
+    _OraCreateObject(m_Tree);
+    _DevelopOraObjects(m_Tree, 1);
+    _ReadStream(m_Tree);
+  } catch (...) {
+    _DeleteIterators();
+    throw;
+  }
+  _DeleteIterators();
   pInstance = _IsColl(m_Tree) ? root.m_pStruct : root.m_pField;
   pIndicator = root.m_pInd;
   nIndicator = root.m_nInd;
@@ -228,8 +238,14 @@ void CAdp::ProcessStreamWriteLobs(CKelTrace* pTrace, const char* pszSelect) {
   _OraSelectObject(pszSelect);
   // The fetched object is the adapter's to free once it is done with it.
   if (!_IsColl(m_Tree)) _ReleaseLater(root.m_pField);
-  _DevelopOraObjects(m_Tree, 0);
-  _ReadStreamLobs(m_Tree);
+  try {
+    _DevelopOraObjects(m_Tree, 0);
+    _ReadStreamLobs(m_Tree);
+  } catch (...) {
+    _DeleteIterators();
+    throw;
+  }
+  _DeleteIterators();
 }
 
 CKelStream& CAdp::StreamFromBuffer(const void* pBuffer, unsigned long nSize) {

@@ -22,6 +22,7 @@
 #include <host/kel.h>
 
 #include "adapter/element_data.h"
+#include "containers/kel_array.h"
 #include "containers/kel_tree.h"
 #include "stream/out_buffer.h"
 #include "stream/stream_format.h"
@@ -29,6 +30,23 @@
 struct VARNADP {};
 
 typedef CKelTree<CAdpElementData> CAdpTree;
+
+// Calls f on top and on every node below it, parents before children,
+// without recursion; f must not change the tree's shape.
+template <class F>
+void AdpForEachNode(CAdpTree& top, F f) {
+  CAdpTree* pNode = &top;
+  for (;;) {
+    f(*pNode);
+    if (CAdpTree* pChild = pNode->GetFirstChild()) {
+      pNode = pChild;
+      continue;
+    }
+    while (pNode != &top && pNode->GetNextSibling() == nullptr) pNode = pNode->GetParent();
+    if (pNode == &top) return;
+    pNode = pNode->GetNextSibling();
+  }
+}
 
 class CAdp : public VARNADP {
  public:
@@ -141,6 +159,8 @@ class CAdp : public VARNADP {
   // went to the trace; returns when the call succeeded.
   void _OraCheck(sword nStatus, const char* pszOciFunc, const char* pszFunc);
   void _RebuildTree(Column_Def*& pColumnDef);
+  // Every iterator a call made goes when the call ends (adapter/adp_navigation.cc).
+  void _DeleteIterators();
   void _KeepHandedOut();
   void _ReleaseLater(void* pValue);
   void _ReleaseHandedOut();
@@ -185,6 +205,9 @@ class CAdp : public VARNADP {
   // no values of their own.
   CAdpTree* m_apSpare[ADP_SPARE_MAX];
   int m_nSpare;
+  // The iterators made during the current call, and how many.
+  CKelArray<OCIIter*> m_Iterators;
+  unsigned long m_nIterators;
   void* m_apReleaseLater[ADP_RELEASE_LATER_MAX];
   int m_nReleaseLater;
   // Bytes that can begin a special string, so that escaping looks closer

@@ -149,17 +149,9 @@ void CAdp::_OraDestroyObject(CAdpTree& node) {
 }
 
 void CAdp::_OraDestroySubtree(CAdpTree& top) {
-  CAdpTree* pNode = &top;
-  for (;;) {
-    if (pNode->m_Data.m_bCreated || pNode->m_Data.m_bTdoPinned) _OraDestroyObject(*pNode);
-    if (CAdpTree* pChild = pNode->GetFirstChild()) {
-      pNode = pChild;
-      continue;
-    }
-    while (pNode != &top && pNode->GetNextSibling() == nullptr) pNode = pNode->GetParent();
-    if (pNode == &top) return;
-    pNode = pNode->GetNextSibling();
-  }
+  AdpForEachNode(top, [this](CAdpTree& node) {
+    if (node.m_Data.m_bCreated || node.m_Data.m_bTdoPinned) _OraDestroyObject(node);
+  });
 }
 
 CAdpTree* CAdp::_TakeSpareCopyOf(const CAdpTree& item) {

@@ -49,8 +49,11 @@ int CAdp::_OraGetNextCollItem(CAdpTree& item, CAdpTree& coll) {
     return 0;
   }
   if (owner.m_pIter == nullptr) {
+    // Room to note the iterator first, so that none is made unnoted.
+    if (m_nIterators == m_Iterators.GetSize()) m_Iterators.SetSize(m_nIterators + 1, nullptr);
     _OraCheck(OCIIterCreate(m_pEnv, m_pErr, *static_cast<OCIColl**>(owner.m_pField), &owner.m_pIter),
               "OCIIterCreate", "CAdp::_OraGetNextCollItem");
+    m_Iterators.GetPtr()[m_nIterators++] = owner.m_pIter;
   }
   boolean bEnd = FALSE;
   _OraCheck(OCIIterNext(m_pEnv, m_pErr, owner.m_pIter, &data.m_pField,
@@ -136,4 +139,16 @@ void CAdp::_OraSetIndicator(CAdpTree& child, CAdpTree& parent, int bNotNull) {
                              nullptr),
             "OCIObjectSetAttr", "CAdp::_OraSetIndicator");
   trace.SetRC(0);
+}
+
+// An iterator is made once per collection node and call, and nodes forget
+// theirs (copies of nodes share them): the call that made them deletes them
+// all when it ends, and no node keeps one into the next call.
+void CAdp::_DeleteIterators() {
+  if (m_nIterators == 0) return;
+  for (unsigned long i = 0; i < m_nIterators; ++i) OCIIterDelete(m_pEnv, m_pErr, &m_Iterators.GetPtr()[i]);
+  m_nIterators = 0;
+  auto forget = [](CAdpTree& node) { node.m_Data.m_pIter = nullptr; };
+  AdpForEachNode(m_Tree, forget);
+  for (int i = 0; i < m_nSpare; ++i) AdpForEachNode(*m_apSpare[i], forget);
 }
