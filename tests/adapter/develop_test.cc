@@ -242,6 +242,26 @@ TEST_F(DevelopTest, DestroyingAnElementWithBothFlagsClearCallsNothing) {
   EXPECT_EQ(OCI_ERROR, OCIObjectUnpin(env_, err_, Type("D_LINE_T")));
 }
 
+TEST_F(DevelopTest, IteratorsGoWhenTheCallEnds) {
+  Instance order = Order(2, 2, 1);
+  OCIColl* pNums = Coll(order, {"NUMS"});
+  // Armed for the fifth OCIIterDelete: the call deletes the four iterators
+  // it made (NUMS, LINES and the TAGS of two lines), so the fifth delete is
+  // the test's own.
+  ocimemFaultArm("OCIIterDelete", 5, OCI_ERROR, nullptr, nullptr, 0);
+  ASSERT_EQ(0, Write(defs_.Head(), order)) << LastException();
+  AdpForEachNode(Root(), [](CAdpTree& node) { EXPECT_EQ(nullptr, node.m_Data.m_pIter); });
+  OCIIter* pIter = nullptr;
+  ASSERT_EQ(OCI_SUCCESS, OCIIterCreate(env_, err_, pNums, &pIter));
+  EXPECT_EQ(OCI_ERROR, OCIIterDelete(env_, err_, &pIter));
+  ocimemFaultReset();
+  EXPECT_EQ(OCI_SUCCESS, OCIIterDelete(env_, err_, &pIter));
+  // Written again, the same object gets its iterators anew.
+  ClearStream();
+  ASSERT_EQ(0, Write(defs_.Head(), order)) << LastException();
+  EXPECT_EQ("1|[1|2]|[[s0|[0]]|[s1|[10]]]", Stream());
+}
+
 TEST_F(DevelopTest, AttributesAreReadThroughTheirOwnIndicator) {
   ASSERT_EQ(0, Write(defs_.Head(), Order(1, 0, 0)));
   CAdpTree& id = Child(Root(), 0);
