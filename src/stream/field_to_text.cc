@@ -2,7 +2,6 @@
 // TIMESTAMP and INTERVAL text is made by Oracle directly in the writer's
 // output buffer; text goes out with release characters, RAW and BLOB bytes behind
 // their length; BFILE, REF and unknown types are refused.
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -177,11 +176,8 @@ void CAdp::_OraFieldToStream(CAdpTree& element) {
       // As for text, a RAW resized to nothing has a NULL slot: an empty RAW.
       const OCIRaw* pRaw = *static_cast<OCIRaw**>(data.m_pField);
       const ub4 nLength = pRaw != nullptr ? OCIRawSize(m_pEnv, pRaw) : 0;
-      char szPrefix[16];
-      const int nPrefix = std::snprintf(szPrefix, sizeof szPrefix, "%u%s",
-                                        static_cast<unsigned>(nLength), ADP_BINARY_LENGTH_END);
-      m_Out.Write(szPrefix, static_cast<unsigned long>(nPrefix));
-      if (nLength != 0) m_Out.Write(OCIRawPtr(m_pEnv, pRaw), nLength);
+      // Its count, "|" and its bytes, as any binary value goes out.
+      _WriteStringAddRelease(nLength != 0 ? OCIRawPtr(m_pEnv, pRaw) : nullptr, nLength, 0);
       ADP_PROGRESS("RAW: size %d", static_cast<int>(nLength));
       break;
     }

@@ -1,7 +1,6 @@
 // Applying and removing release-character escaping on memory buffers.
 #include "stream/release.h"
 
-#include <cstdio>
 #include <cstring>
 
 #include "adapter/adp.h"
@@ -40,19 +39,27 @@ long CAdp::_WriteStringAddRelease(void* pData, unsigned long nSize, int bEscape)
   const char* pBegin = static_cast<const char*>(pData);
   long nCount = static_cast<long>(nSize);
   if (!bEscape) {
+    // The size cut to 32 bits in decimal ("%u"), then "|".
     char szPrefix[16];
-    const int nPrefix = std::snprintf(szPrefix, sizeof szPrefix, "%u%s",
-                                      static_cast<unsigned>(nSize), ADP_BINARY_LENGTH_END);
-    m_Out.Write(szPrefix, static_cast<unsigned long>(nPrefix));
+    char* p = szPrefix + sizeof szPrefix;
+    *--p = ADP_BINARY_LENGTH_END[0];
+    unsigned nValue = static_cast<unsigned>(nSize);
+    do {
+      *--p = static_cast<char>('0' + nValue % 10);
+      nValue /= 10;
+    } while (nValue != 0);
+    m_Out.Write(p, static_cast<unsigned long>(szPrefix + sizeof szPrefix - p));
     if (nSize != 0) m_Out.Write(pBegin, nSize);
     return nCount;
   }
   const char* pEnd = pBegin + nSize;
   const char* pRun = pBegin;
+  // Only a byte that some special string begins with can start one,
+  // unless an empty special string stands everywhere.
+  const unsigned char* pLead = m_abSpecialLead;
+  const bool bEverywhere = m_bEmptySpecial != 0;
   for (const char* pPos = pBegin; pPos < pEnd; ++pPos) {
-    // Only a byte that some special string begins with can start one,
-    // unless an empty special string stands everywhere.
-    if (!m_bEmptySpecial && !m_abSpecialLead[static_cast<unsigned char>(*pPos)]) continue;
+    if (!bEverywhere && !pLead[static_cast<unsigned char>(*pPos)]) continue;
     if (!_IsSpecialString(pPos, pEnd)) continue;
     if (pPos != pRun) m_Out.Write(pRun, static_cast<unsigned long>(pPos - pRun));
     m_Out.Write(m_szRelease, static_cast<unsigned long>(m_nReleaseLen));

@@ -136,6 +136,16 @@ TEST_F(ReleaseTest, BinaryWritesLengthBarAndBytesUnchanged) {
   EXPECT_EQ(std::string("4|!\0[]", 6), Written());
 }
 
+TEST_F(ReleaseTest, BinaryLengthOfSeveralDigits) {
+  const std::string bytes(1234567, '|');
+  EXPECT_EQ(1234567, Binary(bytes));
+  const std::string out = Written();
+  EXPECT_EQ("1234567|", out.substr(0, 8));
+  EXPECT_TRUE(out.substr(8) == bytes);
+  EXPECT_EQ(10, Binary("0123456789"));
+  EXPECT_EQ("10|0123456789", Written());
+}
+
 TEST_F(ReleaseTest, TwoByteDelimiterIsEscapedAsAWhole) {
   DB_SPECIAL_STRINGS s = Special("2", "||", "2", "\r\n", "!");
   Use(&s);
