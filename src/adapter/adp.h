@@ -29,6 +29,13 @@
 
 struct VARNADP {};
 
+// A progress line at level 2, in a member of CAdp; formatted only when the
+// trace shows that level.
+#define ADP_PROGRESS(...)                                        \
+  do {                                                           \
+    if (m_pTrace->IsShown(2)) m_pTrace->Printf(2, __VA_ARGS__);  \
+  } while (0)
+
 typedef CKelTree<CAdpElementData> CAdpTree;
 
 // Calls f on top and on every node below it, parents before children,

@@ -17,12 +17,6 @@ namespace {
 
 const char kFunc[] = "CAdp::_OraFieldToStream";
 
-// Progress lines are formatted only when the trace shows level 2.
-#define ADP_PROGRESS(...)                                          \
-  do {                                                             \
-    if (m_pTrace->IsShown(2)) m_pTrace->Printf(2, __VA_ARGS__);    \
-  } while (0)
-
 CKelException Unsupported() {
   return CKelException(ADP_ERR_UNSUPPORTED_TYPE, kFunc, gAdpErrLookup, ADP_ERR_LOOKUP_COUNT);
 }

@@ -8,11 +8,6 @@
 
 namespace {
 
-#define ADP_PROGRESS(...)                                        \
-  do {                                                           \
-    if (m_pTrace->IsShown(2)) m_pTrace->Printf(2, __VA_ARGS__);  \
-  } while (0)
-
 enum : unsigned char { kOnePiece = 0, kFirstPiece = 1, kNextPiece = 2, kLastPiece = 3 };
 
 }  // namespace

@@ -15,11 +15,6 @@ namespace {
 
 const char kFunc[] = "CAdp::_OraStreamToField";
 
-#define ADP_PROGRESS(...)                                        \
-  do {                                                           \
-    if (m_pTrace->IsShown(2)) m_pTrace->Printf(2, __VA_ARGS__);  \
-  } while (0)
-
 CKelException AdapterError(int nCode) {
   return CKelException(nCode, kFunc, gAdpErrLookup, ADP_ERR_LOOKUP_COUNT);
 }

@@ -147,6 +147,16 @@ class AdapterTest : public ::testing::Test {
     ASSERT_EQ(OCI_SUCCESS, nStatus) << sql << ": " << FirstError();
   }
 
+  // The types of the stream format's worked example: EX_PERSON_T with NAME,
+  // AGE, ADDR (STREET, CITY), COLOURS (a table of text), NOTE and TAG.
+  void CreateWorkedExampleTypes() {
+    MustExec("CREATE TYPE ex_addr_t AS OBJECT (street VARCHAR2(30), city VARCHAR2(30))");
+    MustExec("CREATE TYPE ex_colours_t AS TABLE OF VARCHAR2(20)");
+    MustExec("CREATE TYPE ex_note_t AS OBJECT (text VARCHAR2(30))");
+    MustExec("CREATE TYPE ex_person_t AS OBJECT (name VARCHAR2(30), age NUMBER(3), "
+             "addr ex_addr_t, colours ex_colours_t, note ex_note_t, tag RAW(10))");
+  }
+
   OCIType* Type(const char* pszName) {
     OCIType* pTdo = nullptr;
     EXPECT_EQ(OCI_SUCCESS, OCITypeByName(env_, err_, svc_, nullptr, 0, Text(pszName),
@@ -182,8 +192,10 @@ class AdapterTest : public ::testing::Test {
     return static_cast<OCIColl*>(pColl);
   }
 
-  // The slot of an attribute reached by a path of names.
-  void* Slot(const Instance& inst, std::initializer_list<const char*> path) {
+  // The slot of an attribute reached by a path of names, and its null
+  // status into *pStatus when that is not NULL.
+  void* Slot(const Instance& inst, std::initializer_list<const char*> path,
+             OCIInd* pStatus = nullptr) {
     std::vector<const OraText*> names;
     std::vector<ub4> lengths;
     for (const char* p : path) {
@@ -199,7 +211,14 @@ class AdapterTest : public ::testing::Test {
                                             static_cast<ub4>(names.size()), nullptr, 0, &nInd,
                                             &pNullStruct, &pValue, &pTdo))
         << FirstError();
+    if (pStatus != nullptr) *pStatus = nInd;
     return pValue;
+  }
+  // The null status of an attribute reached by a path.
+  OCIInd AttrStatus(const Instance& inst, std::initializer_list<const char*> path) {
+    OCIInd nInd = 0;
+    Slot(inst, path, &nInd);
+    return nInd;
   }
 
   // Marks every attribute along the path present (embedded objects
@@ -424,24 +443,6 @@ class ReadTest : public AdapterTest {
     inst.pInd = r.pInd;
     inst.pTdo = pTdo;
     return AttrStatus(inst, path);
-  }
-  OCIInd AttrStatus(const Instance& inst, std::initializer_list<const char*> path) {
-    std::vector<const OraText*> names;
-    std::vector<ub4> lengths;
-    for (const char* p : path) {
-      names.push_back(Text(p));
-      lengths.push_back(Len(p));
-    }
-    OCIInd nInd = 0;
-    void* pNullStruct = nullptr;
-    void* pValue = nullptr;
-    OCIType* pAttrTdo = nullptr;
-    EXPECT_EQ(OCI_SUCCESS, OCIObjectGetAttr(env_, err_, inst.pObject, inst.pInd, inst.pTdo,
-                                            names.data(), lengths.data(),
-                                            static_cast<ub4>(names.size()), nullptr, 0, &nInd,
-                                            &pNullStruct, &pValue, &pAttrTdo))
-        << FirstError();
-    return nInd;
   }
   // The slot of an attribute of a read object.
   void* AttrSlot(const ReadResult& r, OCIType* pTdo, std::initializer_list<const char*> path) {

@@ -263,11 +263,7 @@ TEST_F(RoundTripTest, SeveralRecordsInOneBufferAreTakenOneAfterAnother) {
 }
 
 TEST_F(RoundTripTest, WorkedExampleReadAttributeByAttribute) {
-  MustExec("CREATE TYPE ex_addr_t AS OBJECT (street VARCHAR2(30), city VARCHAR2(30))");
-  MustExec("CREATE TYPE ex_colours_t AS TABLE OF VARCHAR2(20)");
-  MustExec("CREATE TYPE ex_note_t AS OBJECT (text VARCHAR2(30))");
-  MustExec("CREATE TYPE ex_person_t AS OBJECT (name VARCHAR2(30), age NUMBER(3), "
-           "addr ex_addr_t, colours ex_colours_t, note ex_note_t, tag RAW(10))");
+  CreateWorkedExampleTypes();
   Column_Def* pDefs = Describe("SCOTT.EX_PERSON_T");
   ASSERT_NE(nullptr, pDefs);
   Instance person;
@@ -280,23 +276,7 @@ TEST_F(RoundTripTest, WorkedExampleReadAttributeByAttribute) {
     OCIString* p = *static_cast<OCIString**>(Slot(person, path));
     return std::string(reinterpret_cast<char*>(OCIStringPtr(env_, p)), OCIStringSize(env_, p));
   };
-  auto indicator = [&](std::initializer_list<const char*> path) {
-    std::vector<const OraText*> names;
-    std::vector<ub4> lengths;
-    for (const char* p : path) {
-      names.push_back(Text(p));
-      lengths.push_back(Len(p));
-    }
-    OCIInd nInd = 0;
-    void* pNullStruct = nullptr;
-    void* pValue = nullptr;
-    OCIType* pTdo = nullptr;
-    EXPECT_EQ(OCI_SUCCESS, OCIObjectGetAttr(env_, err_, person.pObject, person.pInd, person.pTdo,
-                                            names.data(), lengths.data(),
-                                            static_cast<ub4>(names.size()), nullptr, 0, &nInd,
-                                            &pNullStruct, &pValue, &pTdo));
-    return nInd;
-  };
+  auto indicator = [&](std::initializer_list<const char*> path) { return AttrStatus(person, path); };
   EXPECT_EQ("Smith|Jones", text({"NAME"}));
   OraText buf[40];
   ub4 nBuf = sizeof buf;

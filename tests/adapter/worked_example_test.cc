@@ -9,11 +9,7 @@ class WorkedExampleTest : public AdapterTest {
  protected:
   void SetUp() override {
     AdapterTest::SetUp();
-    MustExec("CREATE TYPE ex_addr_t AS OBJECT (street VARCHAR2(30), city VARCHAR2(30))");
-    MustExec("CREATE TYPE ex_colours_t AS TABLE OF VARCHAR2(20)");
-    MustExec("CREATE TYPE ex_note_t AS OBJECT (text VARCHAR2(30))");
-    MustExec("CREATE TYPE ex_person_t AS OBJECT (name VARCHAR2(30), age NUMBER(3), "
-             "addr ex_addr_t, colours ex_colours_t, note ex_note_t, tag RAW(10))");
+    CreateWorkedExampleTypes();
     defs_.Text("NAME", 30);
     defs_.Number("AGE", 3, 0);
     defs_.Open("ADDR", "SCOTT.EX_ADDR_T");
