@@ -268,8 +268,7 @@ void CAdp::_RebuildTree(Column_Def*& pColumnDef) {
   _BuildElementTree(m_Tree, pColumnDef);
 }
 
-void CAdp::_OraCheck(sword nStatus, const char* pszOciFunc, const char* pszFunc) {
-  if (nStatus == OCI_SUCCESS) return;
+void CAdp::_OraFail(sword nStatus, const char* pszOciFunc, const char* pszFunc) {
   if (adpOraLogError(m_pTrace, m_pEnv, m_pErr, m_pSvc, pszOciFunc, nStatus) != 0) {
     throw CKelException(KEL_ERR_DATABASE, pszFunc);
   }

@@ -164,7 +164,10 @@ class CAdp : public VARNADP {
  private:
   // Raises the adapter's -24 for a failed OCI call after its diagnostics
   // went to the trace; returns when the call succeeded.
-  void _OraCheck(sword nStatus, const char* pszOciFunc, const char* pszFunc);
+  void _OraCheck(sword nStatus, const char* pszOciFunc, const char* pszFunc) {
+    if (nStatus != OCI_SUCCESS) _OraFail(nStatus, pszOciFunc, pszFunc);
+  }
+  void _OraFail(sword nStatus, const char* pszOciFunc, const char* pszFunc);
   void _RebuildTree(Column_Def*& pColumnDef);
   // Every iterator a call made goes when the call ends (adapter/adp_navigation.cc).
   void _DeleteIterators();

@@ -55,6 +55,9 @@ int CAdp::_OraGetNextCollItem(CAdpTree& item, CAdpTree& coll) {
               "OCIIterCreate", "CAdp::_OraGetNextCollItem");
     m_Iterators.GetPtr()[m_nIterators++] = owner.m_pIter;
   }
+  // An item that is itself a collection is walked with an iterator of its
+  // own, not with the one of the item it was before.
+  data.m_pIter = nullptr;
   boolean bEnd = FALSE;
   _OraCheck(OCIIterNext(m_pEnv, m_pErr, owner.m_pIter, &data.m_pField,
                         reinterpret_cast<void**>(&data.m_pInd), &bEnd),
@@ -143,12 +146,11 @@ void CAdp::_OraSetIndicator(CAdpTree& child, CAdpTree& parent, int bNotNull) {
 
 // An iterator is made once per collection node and call, and nodes forget
 // theirs (copies of nodes share them): the call that made them deletes them
-// all when it ends, and no node keeps one into the next call.
+// all when it ends. No node uses one of an earlier call: an attribute's is
+// forgotten when the attribute is fetched, the root's when a write begins,
+// an item's when the item is.
 void CAdp::_DeleteIterators() {
   if (m_nIterators == 0) return;
   for (unsigned long i = 0; i < m_nIterators; ++i) OCIIterDelete(m_pEnv, m_pErr, &m_Iterators.GetPtr()[i]);
   m_nIterators = 0;
-  auto forget = [](CAdpTree& node) { node.m_Data.m_pIter = nullptr; };
-  AdpForEachNode(m_Tree, forget);
-  for (int i = 0; i < m_nSpare; ++i) AdpForEachNode(*m_apSpare[i], forget);
 }
