@@ -70,7 +70,7 @@ class MaskCache {
     last_ = i;
   }
 
-  static constexpr std::size_t kSlots = 8;
+  static constexpr std::size_t kSlots = 64;
   struct Slot {
     bool used = false;
     std::string text;
