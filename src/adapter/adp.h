@@ -206,10 +206,6 @@ class CAdp : public VARNADP {
   // value too large for it.
   CAdpOutBuffer m_Out;
   CKelStreamPage* m_pValuePage;
-  // Instances the adapter made or fetched whose node has moved on to another
-  // value (the last one read from a stream and handed to the host, the
-  // stored object fetched for the LOB pass): freed at the next
-  // stream-to-object call, the oldest sooner when there are too many.
   enum { ADP_RELEASE_LATER_MAX = 4, ADP_SPARE_MAX = 8 };
   // Detached surplus item nodes, one per item definition at most; they hold
   // no values of their own.
@@ -218,6 +214,10 @@ class CAdp : public VARNADP {
   // The iterators made during the current call, and how many.
   CKelArray<OCIIter*> m_Iterators;
   unsigned long m_nIterators;
+  // Instances the adapter made or fetched whose node has moved on to another
+  // value (the last one read from a stream and handed to the host, the
+  // stored object fetched for the LOB pass): freed at the next
+  // stream-to-object call, the oldest sooner when there are too many.
   void* m_apReleaseLater[ADP_RELEASE_LATER_MAX];
   int m_nReleaseLater;
   // Bytes that can begin a special string, so that escaping looks closer
