@@ -30,7 +30,12 @@ VarPrefix* PrefixOf(const void* value) {
                                       sizeof(VarPrefix));
 }
 
+// Room every block has at least, so that a short value assigned to a new (empty) value
+// fits where it is: prefix, length word, 27 bytes and the NUL make 64 bytes.
+constexpr ub4 kMinCapacity = 27;
+
 void* Allocate(ub4 capacity) {
+  if (capacity < kMinCapacity) capacity = kMinCapacity;
   size_t bytes = sizeof(VarPrefix) + kVarLengthSize + size_t{capacity} + 1;
   auto* block = static_cast<unsigned char*>(std::malloc(bytes));
   if (block == nullptr) return nullptr;
