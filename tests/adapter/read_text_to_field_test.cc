@@ -151,6 +151,19 @@ TEST_F(ReadFieldTest, ANumberAsABinaryRealTakesTheMachinesBytes) {
   EXPECT_EQ(text, WriteBack(defs.Head(), r, pTdo));
 }
 
+TEST_F(ReadFieldTest, ABinaryRealIsTracedWithItsSize) {
+  DefList& defs = NewList();
+  defs.Scalar("N", SQLT_NUM, 4, 4);
+  const float fValue = 0.75f;
+  const std::string text(reinterpret_cast<const char*>(&fValue), sizeof fValue);
+  trace_.SetLevel(2);
+  OCIType* pTdo = Type("F_NUM_T");
+  ReadResult r = ReadBuffer(defs.Head(), text, pTdo);
+  ASSERT_EQ(0, r.nRC) << LastException() << Trace();
+  EXPECT_EQ("0.75", NumberOf(static_cast<OCINumber*>(AttrSlot(r, pTdo, {"N"}))));
+  EXPECT_EQ("Processing NUMBER field...\nREAL->NUMBER: size = 4\n", Trace());
+}
+
 TEST_F(ReadFieldTest, ANumberTextOf128BytesIsRefusedAfterItsBytesWereRead) {
   OCIType* pTdo = Type("F_NUM_T");
   ReadResult r = ReadStream(num_.Head(), std::string(128, '1') + "|5", pTdo);
