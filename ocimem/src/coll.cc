@@ -1,6 +1,7 @@
 #include "coll.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
 #include <new>
 
@@ -8,12 +9,37 @@
 
 namespace {
 size_t RoundUp(size_t n, size_t align) { return (n + align - 1) / align * align; }
+
+// The first chunk holds at least 4 blocks and at least about 1 KiB of them.
+constexpr size_t kFirstChunkBlocks = 4;
+constexpr size_t kFirstChunkBytes = 1024;
+
+#if defined(__SANITIZE_ADDRESS__)
+#define OCIMEM_ASAN 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define OCIMEM_ASAN 1
+#endif
+#endif
+
+#ifdef OCIMEM_ASAN
+extern "C" void __asan_poison_memory_region(void const volatile* addr, size_t size);
+extern "C" void __asan_unpoison_memory_region(void const volatile* addr, size_t size);
+// A kept block is poisoned, so a stale element address still reads as freed memory.
+void Poison(void* p, size_t n) { __asan_poison_memory_region(p, n); }
+void Unpoison(void* p, size_t n) { __asan_unpoison_memory_region(p, n); }
+#else
+void Poison(void*, size_t) {}
+void Unpoison(void*, size_t) {}
+#endif
+
 }  // namespace
 
 OCIColl::OCIColl(ocimem::Env* owner, std::shared_ptr<OCIType> collection_type)
     : env(owner),
       type(std::move(collection_type)),
-      ind_offset_(RoundUp(type->element.Size(), alignof(OCIInd))) {}
+      ind_offset_(RoundUp(type->element.Size(), alignof(OCIInd))),
+      stride_(RoundUp(ind_offset_ + type->element.IndSize(), alignof(std::max_align_t))) {}
 
 OCIColl::~OCIColl() {
   Clear();
@@ -21,30 +47,71 @@ OCIColl::~OCIColl() {
     it->live = 0;
     delete it;
   }
+  for (const auto& chunk : chunks_) {
+    Unpoison(chunk.first, chunk.second);  // the allocator owns the bytes again
+    ::operator delete(chunk.first);
+  }
+  if (first_chunk_.first != nullptr) {
+    Unpoison(first_chunk_.first, first_chunk_.second);
+    ::operator delete(first_chunk_.first);
+  }
   live = 0;
+}
+
+unsigned char* OCIColl::NextBlock() {
+  unsigned char* block;
+  if (size_ < blocks_.size()) {
+    block = blocks_[size_];
+  } else {
+    if (chunk_used_ == chunk_blocks_) {
+      const size_t count =
+          std::max({kFirstChunkBlocks, kFirstChunkBytes / stride_, blocks_.size()});
+      // Room for every block of the chunk first, so that no push_back below can fail.
+      const bool first = first_chunk_.first == nullptr;
+      try {
+        blocks_.reserve(blocks_.size() + count);
+        if (!first) chunks_.reserve(chunks_.size() + 1);
+      } catch (const std::bad_alloc&) {
+        return nullptr;
+      }
+      auto* chunk = static_cast<unsigned char*>(::operator new(count * stride_, std::nothrow));
+      if (chunk == nullptr) return nullptr;
+      Poison(chunk, count * stride_);
+      (first ? first_chunk_ : chunks_.emplace_back()) = {chunk, count * stride_};
+      current_chunk_ = chunk;
+      chunk_blocks_ = count;
+      chunk_used_ = 0;
+    }
+    block = current_chunk_ + chunk_used_ * stride_;
+    ++chunk_used_;
+    blocks_.push_back(block);
+  }
+  Unpoison(block, stride_);
+  std::memset(block, 0, stride_);
+  return block;
 }
 
 bool OCIColl::Grow() {
   const ocimem::ValueType& t = element_type();
-  auto* block = new (std::nothrow) unsigned char[ind_offset_ + t.IndSize()]();
+  unsigned char* block = NextBlock();
   if (block == nullptr) return false;
   auto* ind = reinterpret_cast<OCIInd*>(block + ind_offset_);
   if (!ocimem::InitSlot(env, t, block, ind, true)) {
     ocimem::FreeSlot(t, block);
-    delete[] block;
+    Poison(block, stride_);
     return false;
   }
-  elements.push_back(block);
+  ++size_;
   return true;
 }
 
 void OCIColl::TrimBack(size_t n) {
-  n = std::min(n, elements.size());
+  n = std::min(n, size_);
   for (size_t i = 0; i < n; ++i) {
-    unsigned char* block = elements.back();
-    elements.pop_back();
+    --size_;
+    unsigned char* block = blocks_[size_];
     ocimem::FreeSlot(element_type(), block);
-    delete[] block;
+    Poison(block, stride_);
   }
 }
 

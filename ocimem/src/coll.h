@@ -1,11 +1,14 @@
 // Collections (VARRAY and nested table values) and their iterators.  Each element lives in
-// its own block, so element addresses handed out stay valid while the collection grows;
-// the element's null information follows its value in the block.  A collection owns the
+// its own block, carved from chunks the collection allocates (each twice the last), so
+// element addresses handed out stay valid while the collection grows; the element's null
+// information follows its value in the block.  Blocks of trimmed elements are kept for the
+// elements appended next.  A collection owns the
 // iterators made on it, so iterators that are never deleted go with their collection.
 #ifndef OCIMEM_SRC_COLL_H
 #define OCIMEM_SRC_COLL_H
 
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "type.h"
@@ -27,25 +30,37 @@ struct OCIColl {
   ub4 live = ocimem::kLiveColl;
   ocimem::Env* env;
   std::shared_ptr<OCIType> type;
-  std::vector<unsigned char*> elements;
   OCIInd ind = OCI_IND_NOTNULL;  // a standalone collection's own indicator (decision D2)
   std::vector<OCIIter*> iterators;
 
   const ocimem::ValueType& element_type() const { return type->element; }
-  size_t size() const { return elements.size(); }
-  void* ValueAt(size_t i) const { return elements[i]; }
+  size_t size() const { return size_; }
+  void* ValueAt(size_t i) const { return blocks_[i]; }
   OCIInd* IndAt(size_t i) const {
-    return reinterpret_cast<OCIInd*>(elements[i] + ind_offset_);
+    return reinterpret_cast<OCIInd*>(blocks_[i] + ind_offset_);
   }
   // Appends an initialised element (value null-free, indicators "not null").
   bool Grow();
   void TrimBack(size_t n);
-  void Clear() { TrimBack(elements.size()); }
+  void Clear() { TrimBack(size_); }
   void Adopt(OCIIter* it) { iterators.push_back(it); }
   void Disown(OCIIter* it);
 
  private:
+  // A zeroed block for element size_ (a kept one, or one carved from a chunk).
+  unsigned char* NextBlock();
+
   size_t ind_offset_;
+  size_t stride_;                       // bytes per block, a multiple of the max alignment
+  size_t size_ = 0;                     // elements in use: blocks_[0, size_)
+  std::vector<unsigned char*> blocks_;  // every block carved so far, in element order
+  // What the blocks are carved from, with their sizes in bytes: the first chunk, the
+  // others, and the one blocks are carved from now.
+  std::pair<unsigned char*, size_t> first_chunk_{nullptr, 0};
+  std::vector<std::pair<unsigned char*, size_t>> chunks_;
+  unsigned char* current_chunk_ = nullptr;
+  size_t chunk_blocks_ = 0;  // blocks chunks_.back() has room for
+  size_t chunk_used_ = 0;    // blocks carved from it so far
 };
 
 struct OCIIter {
