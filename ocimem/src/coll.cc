@@ -10,9 +10,8 @@
 namespace {
 size_t RoundUp(size_t n, size_t align) { return (n + align - 1) / align * align; }
 
-// The first chunk holds at least 4 blocks and at least about 1 KiB of them.
-constexpr size_t kFirstChunkBlocks = 4;
-constexpr size_t kFirstChunkBytes = 1024;
+// Chunks stay under 1 KiB (where the system allocator is quickest), with at least one block.
+constexpr size_t kChunkBytes = 960;
 
 #if defined(__SANITIZE_ADDRESS__)
 #define OCIMEM_ASAN 1
@@ -64,12 +63,13 @@ unsigned char* OCIColl::NextBlock() {
     block = blocks_[size_];
   } else {
     if (chunk_used_ == chunk_blocks_) {
-      const size_t count =
-          std::max({kFirstChunkBlocks, kFirstChunkBytes / stride_, blocks_.size()});
+      const size_t count = std::max<size_t>(1, kChunkBytes / stride_);
       // Room for every block of the chunk first, so that no push_back below can fail.
       const bool first = first_chunk_.first == nullptr;
       try {
-        blocks_.reserve(blocks_.size() + count);
+        if (blocks_.capacity() - blocks_.size() < count) {
+          blocks_.reserve(std::max(blocks_.size() + count, 2 * blocks_.capacity()));
+        }
         if (!first) chunks_.reserve(chunks_.size() + 1);
       } catch (const std::bad_alloc&) {
         return nullptr;

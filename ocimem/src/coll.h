@@ -1,5 +1,5 @@
 // Collections (VARRAY and nested table values) and their iterators.  Each element lives in
-// its own block, carved from chunks the collection allocates (each twice the last), so
+// its own block, carved from chunks of under 1 KiB the collection allocates, so
 // element addresses handed out stay valid while the collection grows; the element's null
 // information follows its value in the block.  Blocks of trimmed elements are kept for the
 // elements appended next.  A collection owns the
