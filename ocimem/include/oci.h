@@ -1,48 +1,17 @@
 /* Oracle Call Interface: the subset provided by the in-memory implementation.
  * Names, types, values and prototypes are Oracle's, so that code written against this
- * header compiles unchanged against Oracle's own client headers. */
+ * header compiles unchanged against Oracle's own client headers.  As in Oracle's client,
+ * this header holds the handles and the constants of the relational calls and includes
+ * the headers that hold the rest (base types in oratypes.h, data type codes in ocidfn.h,
+ * object definitions in oro.h, ori.h, orl.h and ort.h, the relational calls in ociap.h).
+ * Attribute access by name is in orid.h, which this header does not include. */
 #ifndef OCI_ORACLE
 #define OCI_ORACLE
 
-#include <stddef.h>
+#include "oratypes.h"
+#include "ocidfn.h"
 
-/* ---- base types ---- */
-typedef unsigned char ub1;
-typedef signed char sb1;
-typedef unsigned short ub2;
-typedef signed short sb2;
-typedef unsigned int ub4;
-typedef signed int sb4;
-typedef unsigned long oraub8;
-typedef signed long orasb8;
-typedef oraub8 ub8;
-typedef orasb8 sb8;
-typedef unsigned int uword;
-typedef signed int sword;
-typedef signed int eword;
-typedef int boolean;
-typedef unsigned char oratext;
-typedef oratext OraText;
-typedef unsigned char text;
-typedef void dvoid;
-
-#ifndef TRUE
-#define TRUE 1
-#endif
-#ifndef FALSE
-#define FALSE 0
-#endif
-
-typedef sb2 OCIInd;
-typedef ub2 OCIDuration;
-typedef ub2 OCITypeCode;
-
-typedef enum OCITypeGetOpt {
-  OCI_TYPEGET_HEADER,
-  OCI_TYPEGET_ALL
-} OCITypeGetOpt;
-
-/* ---- handles, descriptors and values (opaque) ---- */
+/* ---- handles and descriptors (opaque) ---- */
 typedef struct OCIEnv OCIEnv;
 typedef struct OCIError OCIError;
 typedef struct OCISvcCtx OCISvcCtx;
@@ -60,64 +29,6 @@ typedef struct OCILobLocator OCIBlobLocator;
 typedef struct OCILobLocator OCIBFileLocator;
 typedef struct OCIDateTime OCIDateTime;
 typedef struct OCIInterval OCIInterval;
-typedef struct OCIString OCIString;
-typedef struct OCIRaw OCIRaw;
-typedef struct OCIRef OCIRef;
-typedef struct OCIType OCIType;
-typedef struct OCIColl OCIColl;
-typedef OCIColl OCIArray;
-typedef OCIColl OCITable;
-typedef struct OCIIter OCIIter;
-
-/* ---- value structs that user code reads and writes directly ---- */
-#define OCI_NUMBER_SIZE 22
-struct OCINumber {
-  ub1 OCINumberPart[OCI_NUMBER_SIZE];
-};
-typedef struct OCINumber OCINumber;
-
-struct OCITime {
-  ub1 OCITimeHH;
-  ub1 OCITimeMI;
-  ub1 OCITimeSS;
-};
-typedef struct OCITime OCITime;
-
-struct OCIDate {
-  sb2 OCIDateYYYY;
-  ub1 OCIDateMM;
-  ub1 OCIDateDD;
-  OCITime OCIDateTime;
-};
-typedef struct OCIDate OCIDate;
-
-#define OCIDateGetTime(date, hour, min, sec) \
-  { \
-    *(hour) = (date)->OCIDateTime.OCITimeHH; \
-    *(min) = (date)->OCIDateTime.OCITimeMI; \
-    *(sec) = (date)->OCIDateTime.OCITimeSS; \
-  }
-
-#define OCIDateGetDate(date, year, month, day) \
-  { \
-    *(year) = (date)->OCIDateYYYY; \
-    *(month) = (date)->OCIDateMM; \
-    *(day) = (date)->OCIDateDD; \
-  }
-
-#define OCIDateSetTime(date, hour, min, sec) \
-  { \
-    (date)->OCIDateTime.OCITimeHH = (hour); \
-    (date)->OCIDateTime.OCITimeMI = (min); \
-    (date)->OCIDateTime.OCITimeSS = (sec); \
-  }
-
-#define OCIDateSetDate(date, year, month, day) \
-  { \
-    (date)->OCIDateYYYY = (year); \
-    (date)->OCIDateMM = (month); \
-    (date)->OCIDateDD = (day); \
-  }
 
 /* ---- callbacks ---- */
 typedef sb4 (*OCICallbackLobRead)(void *ctxp, const void *bufp, ub4 len, ub1 piece);
@@ -135,8 +46,7 @@ typedef sb4 (*OCICallbackLobWrite)(void *ctxp, void *bufp, ub4 *lenp, ub1 *piece
 #define OCI_ERROR                          (-1)
 #define OCI_NEED_DATA                      99
 
-/* Modes, syntax, pieces, character set forms */
-#define OCI_ONE_PIECE                      0
+/* Modes and syntax */
 #define OCI_V7_SYNTAX                      2
 #define OCI_V8_SYNTAX                      3
 #define OCI_NTV_SYNTAX                     1
@@ -146,16 +56,6 @@ typedef sb4 (*OCICallbackLobWrite)(void *ctxp, void *bufp, ub4 *lenp, ub1 *piece
 #define OCI_OBJECT                         2
 #define OCI_DESCRIBE_ONLY                  16
 #define OCI_COMMIT_ON_SUCCESS              32
-#define OCI_FIRST_PIECE                    1
-#define OCI_NEXT_PIECE                     2
-#define OCI_LAST_PIECE                     3
-#define SQLCS_IMPLICIT                     1
-#define SQLCS_NCHAR                        2
-#define SQLCS_EXPLICIT                     3
-#define SQLCS_FLEXIBLE                     4
-#define OCI_OBJECTCOPY_NOREF               1
-#define OCI_NUMBER_UNSIGNED                0
-#define OCI_NUMBER_SIGNED                  2
 
 /* Handle types */
 #define OCI_HTYPE_FIRST                    1
@@ -209,146 +109,6 @@ typedef sb4 (*OCICallbackLobWrite)(void *ctxp, void *bufp, ub4 *lenp, ub1 *piece
 #define OCI_DTYPE_TIMESTAMP                68
 #define OCI_DTYPE_TIMESTAMP_TZ             69
 #define OCI_DTYPE_TIMESTAMP_LTZ            70
-
-/* Indicators */
-#define OCI_IND_NOTNULL                    ((OCIInd)0)
-#define OCI_IND_NULL                       ((OCIInd)(-1))
-#define OCI_IND_BADNULL                    ((OCIInd)(-2))
-#define OCI_IND_NOTNULLABLE                ((OCIInd)(-3))
-
-/* Durations */
-#define OCI_DURATION_INVALID               ((OCIDuration)65535)
-#define OCI_DURATION_BEGIN                 ((OCIDuration)10)
-#define OCI_DURATION_NULL                  ((OCIDuration)9)
-#define OCI_DURATION_DEFAULT               ((OCIDuration)8)
-#define OCI_DURATION_NEXT                  ((OCIDuration)6)
-#define OCI_DURATION_SESSION               ((OCIDuration)10)
-#define OCI_DURATION_TRANS                 ((OCIDuration)11)
-#define OCI_DURATION_CALL                  ((OCIDuration)12)
-#define OCI_DURATION_STATEMENT             ((OCIDuration)13)
-#define OCI_DURATION_CALLOUT               ((OCIDuration)14)
-#define OCI_DURATION_FETCH                 ((OCIDuration)15)
-#define OCI_DURATION_LAST                  ((OCIDuration)15)
-#define OCI_DURATION_PROCESS               ((OCIDuration)5)
-
-/* Object free flags */
-#define OCI_OBJECTFREE_FORCE               1
-#define OCI_OBJECTFREE_NONULL              2
-#define OCI_OBJECTFREE_HEADER              4
-
-/* External (SQLT_) data type codes */
-#define SQLT_CHR                           1
-#define SQLT_NUM                           2
-#define SQLT_INT                           3
-#define SQLT_FLT                           4
-#define SQLT_STR                           5
-#define SQLT_VNU                           6
-#define SQLT_PDN                           7
-#define SQLT_LNG                           8
-#define SQLT_VCS                           9
-#define SQLT_NON                           10
-#define SQLT_RID                           11
-#define SQLT_DAT                           12
-#define SQLT_VBI                           15
-#define SQLT_BFLOAT                        21
-#define SQLT_BDOUBLE                       22
-#define SQLT_BIN                           23
-#define SQLT_LBI                           24
-#define SQLT_UIN                           68
-#define SQLT_SLS                           91
-#define SQLT_LVC                           94
-#define SQLT_LVB                           95
-#define SQLT_AFC                           96
-#define SQLT_AVC                           97
-#define SQLT_IBFLOAT                       100
-#define SQLT_IBDOUBLE                      101
-#define SQLT_CUR                           102
-#define SQLT_RDD                           104
-#define SQLT_LAB                           105
-#define SQLT_OSL                           106
-#define SQLT_NTY                           108
-#define SQLT_REF                           110
-#define SQLT_CLOB                          112
-#define SQLT_BLOB                          113
-#define SQLT_BFILEE                        114
-#define SQLT_CFILEE                        115
-#define SQLT_RSET                          116
-#define SQLT_JSON                          119
-#define SQLT_NCO                           122
-#define SQLT_VST                           155
-#define SQLT_ODT                           156
-#define SQLT_DATE                          184
-#define SQLT_TIME                          185
-#define SQLT_TIME_TZ                       186
-#define SQLT_TIMESTAMP                     187
-#define SQLT_TIMESTAMP_TZ                  188
-#define SQLT_INTERVAL_YM                   189
-#define SQLT_INTERVAL_DS                   190
-#define SQLT_TIMESTAMP_LTZ                 232
-#define SQLT_PNTY                          241
-#define SQLT_REC                           250
-#define SQLT_TAB                           251
-#define SQLT_BOL                           252
-#define SQLT_FILE                          114
-#define SQLT_CFILE                         115
-#define SQLT_BFILE                         114
-
-/* Type codes (OCI_TYPECODE_) */
-#define OCI_TYPECODE_REF                   110
-#define OCI_TYPECODE_DATE                  12
-#define OCI_TYPECODE_SIGNED8               27
-#define OCI_TYPECODE_SIGNED16              28
-#define OCI_TYPECODE_SIGNED32              29
-#define OCI_TYPECODE_REAL                  21
-#define OCI_TYPECODE_DOUBLE                22
-#define OCI_TYPECODE_BFLOAT                100
-#define OCI_TYPECODE_BDOUBLE               101
-#define OCI_TYPECODE_FLOAT                 4
-#define OCI_TYPECODE_NUMBER                2
-#define OCI_TYPECODE_DECIMAL               7
-#define OCI_TYPECODE_UNSIGNED8             23
-#define OCI_TYPECODE_UNSIGNED16            25
-#define OCI_TYPECODE_UNSIGNED32            26
-#define OCI_TYPECODE_OCTET                 245
-#define OCI_TYPECODE_SMALLINT              246
-#define OCI_TYPECODE_INTEGER               3
-#define OCI_TYPECODE_RAW                   95
-#define OCI_TYPECODE_PTR                   32
-#define OCI_TYPECODE_VARCHAR2              9
-#define OCI_TYPECODE_CHAR                  96
-#define OCI_TYPECODE_VARCHAR               1
-#define OCI_TYPECODE_MLSLABEL              105
-#define OCI_TYPECODE_VARRAY                247
-#define OCI_TYPECODE_TABLE                 248
-#define OCI_TYPECODE_OBJECT                108
-#define OCI_TYPECODE_OPAQUE                58
-#define OCI_TYPECODE_NAMEDCOLLECTION       122
-#define OCI_TYPECODE_BLOB                  113
-#define OCI_TYPECODE_BFILE                 114
-#define OCI_TYPECODE_CLOB                  112
-#define OCI_TYPECODE_CFILE                 115
-#define OCI_TYPECODE_TIME                  185
-#define OCI_TYPECODE_TIME_TZ               186
-#define OCI_TYPECODE_TIMESTAMP             187
-#define OCI_TYPECODE_TIMESTAMP_TZ          188
-#define OCI_TYPECODE_TIMESTAMP_LTZ         232
-#define OCI_TYPECODE_INTERVAL_YM           189
-#define OCI_TYPECODE_INTERVAL_DS           190
-#define OCI_TYPECODE_UROWID                104
-#define OCI_TYPECODE_OTMFIRST              228
-#define OCI_TYPECODE_OTMLAST               320
-#define OCI_TYPECODE_SYSFIRST              228
-#define OCI_TYPECODE_SYSLAST               235
-#define OCI_TYPECODE_PLS_INTEGER           266
-#define OCI_TYPECODE_ITABLE                251
-#define OCI_TYPECODE_RECORD                250
-#define OCI_TYPECODE_BOOLEAN               252
-#define OCI_TYPECODE_NCHAR                 286
-#define OCI_TYPECODE_NVARCHAR2             287
-#define OCI_TYPECODE_NCLOB                 288
-#define OCI_TYPECODE_JSON                  119
-#define OCI_TYPECODE_NONE                  0
-#define OCI_TYPECODE_ERRHP                 283
 
 /* Attributes (OCI_ATTR_) */
 #define OCI_ATTR_DATA_SIZE                 1
@@ -517,118 +277,736 @@ typedef sb4 (*OCICallbackLobWrite)(void *ctxp, void *bufp, ub4 *lenp, ub1 *piece
 #define OCI_NLS_UPPERCASE                  32
 #define OCI_NLS_LOWERCASE                  64
 
-/* Environment handle attributes */
+/* Environment handle attribute */
 #define OCI_ATTR_OBJECT                    2
-#define OCI_ATTR_OBJECT_NEWNOTNULL         16
 
-/* ---- calls ---- */
-#ifdef __cplusplus
-extern "C" {
-#endif
-#if defined(__GNUC__)
-#pragma GCC visibility push(default)
-#endif
+/* The other attribute constants of Oracle's client, with Oracle's values.  A call given
+ * one the in-memory OCI does not support answers ORA-24315
+ * (illegal attribute type). */
+#define OCI_ATTR_PURITY_DEFAULT            0x00
+#define OCI_ATTR_PURITY_NEW                0x01
+#define OCI_ATTR_PURITY_SELF               0x02
+#define OCI_ATTR_DISP_SIZE                 3
+#define OCI_ATTR_SUB_NAME                  10
+#define OCI_ATTR_POSITION                  11
+#define OCI_ATTR_PACKAGE_NAME              12
+#define OCI_ATTR_REFERENCED                13
+#define OCI_ATTR_COL_PROPERTY_IS_IDENTITY  0x0000000000000001
+#define OCI_ATTR_COL_PROPERTY_IS_GEN_ALWAYS 0x0000000000000002
+#define OCI_ATTR_COL_PROPERTY_IS_GEN_BY_DEF_ON_NULL 0x0000000000000004
+#define OCI_ATTR_COL_PROPERTY_IS_LPART     0x0000000000000008
+#define OCI_ATTR_COL_PROPERTY_IS_CONID     0x0000000000000010
+#define OCI_ATTR_DIRPATH_MODE              78
+#define OCI_ATTR_DIRPATH_NOLOG             79
+#define OCI_ATTR_DIRPATH_PARALLEL          80
+#define OCI_ATTR_DIRPATH_SORTED_INDEX      137
+#define OCI_ATTR_DIRPATH_INDEX_MAINT_METHOD 138
+#define OCI_ATTR_DIRPATH_FILE              139
+#define OCI_ATTR_DIRPATH_STORAGE_INITIAL   140
+#define OCI_ATTR_DIRPATH_STORAGE_NEXT      141
+#define OCI_ATTR_DIRPATH_SKIPINDEX_METHOD  145
+#define OCI_ATTR_DIRPATH_EXPR_TYPE         150
+#define OCI_ATTR_DIRPATH_INPUT             151
+#define OCI_ATTR_DIRPATH_FN_CTX            167
+#define OCI_ATTR_DIRPATH_OID               187
+#define OCI_ATTR_DIRPATH_SID               194
+#define OCI_ATTR_DIRPATH_OBJ_CONSTR        206
+#define OCI_ATTR_DIRPATH_STREAM_VERSION    212
+#define OCI_ATTR_DIRPATH_DCACHE_NUM        303
+#define OCI_ATTR_DIRPATH_DCACHE_SIZE       304
+#define OCI_ATTR_DIRPATH_DCACHE_MISSES     305
+#define OCI_ATTR_DIRPATH_DCACHE_HITS       306
+#define OCI_ATTR_DIRPATH_DCACHE_DISABLE    307
+#define OCI_ATTR_DIRPATH_RESERVED_7        326
+#define OCI_ATTR_DIRPATH_RESERVED_8        327
+#define OCI_ATTR_DIRPATH_CONVERT           328
+#define OCI_ATTR_DIRPATH_BADROW            329
+#define OCI_ATTR_DIRPATH_BADROW_LENGTH     330
+#define OCI_ATTR_DIRPATH_WRITE_ORDER       331
+#define OCI_ATTR_DIRPATH_GRANULE_SIZE      332
+#define OCI_ATTR_DIRPATH_GRANULE_OFFSET    333
+#define OCI_ATTR_DIRPATH_RESERVED_1        334
+#define OCI_ATTR_DIRPATH_RESERVED_2        335
+#define OCI_ATTR_DIRPATH_RESERVED_3        337
+#define OCI_ATTR_DIRPATH_RESERVED_4        338
+#define OCI_ATTR_DIRPATH_RESERVED_5        357
+#define OCI_ATTR_DIRPATH_RESERVED_6        358
+#define OCI_ATTR_DIRPATH_LOCK_WAIT         359
+#define OCI_ATTR_CURRENT_ERRCOL            2003
+#define OCI_ATTR_DIRPATH_RESERVED_9        2000
+#define OCI_ATTR_DIRPATH_RESERVED_10       2001
+#define OCI_ATTR_DIRPATH_RESERVED_11       2002
+#define OCI_ATTR_DIRPATH_SUBTYPE_INDEX     2004
+#define OCI_ATTR_DIRPATH_RESERVED_12       2005
+#define OCI_ATTR_DIRPATH_RESERVED_13       2006
+#define OCI_ATTR_DIRPATH_RESERVED_14       2007
+#define OCI_ATTR_DIRPATH_RESERVED_15       2008
+#define OCI_ATTR_DIRPATH_RESERVED_16       2009
+#define OCI_ATTR_DIRPATH_RESERVED_17       2010
+#define OCI_ATTR_DIRPATH_RESERVED_18       2011
+#define OCI_ATTR_DIRPATH_RESERVED_19       2012
+#define OCI_ATTR_DIRPATH_NO_INDEX_ERRORS   2013
+#define OCI_ATTR_DIRPATH_RESERVED_20       2014
+#define OCI_ATTR_DIRPATH_RESERVED_21       2015
+#define OCI_ATTR_DIRPATH_RESERVED_22       2016
+#define OCI_ATTR_DIRPATH_USE_ACTIVE_TRANS  2017
+#define OCI_ATTR_DIRPATH_RESERVED_23       2018
+#define OCI_ATTR_DIRPATH_RESERVED_24       2019
+#define OCI_ATTR_DIRPATH_REJECT_ROWS_REPCHR 2020
+#define OCI_ATTR_DIRPATH_RESERVED_25       2021
+#define OCI_ATTR_DIRPATH_PGA_LIM           2022
+#define OCI_ATTR_DIRPATH_SPILL_PASSES      2023
+#define OCI_ATTR_DIRPATH_FLAGS             2024
+#define OCI_ATTR_DIRPATH_FLAGS_VLDT        0x00000001
+#define OCI_ATTR_DIRPATH_FLAGS_TRUNCCOL    0x00000004
+#define OCI_ATTR_DIRPATH_FLAGS_RESERVED    0xFFFFF800
+#define OCI_ATTR_DIRPATH_FLAGS_MASK        0x000007FF
+#define OCI_ATTR_DIRPATH_RESERVED_26       2025
+#define OCI_ATTR_DIRPATH_RESERVED_27       2026
+#define OCI_ATTR_DIRPATH_RESERVED_28       2027
+#define OCI_ATTR_DIRPATH_RESERVED_29       2028
+#define OCI_ATTR_DIRPATH_RESERVED_30       2029
+#define OCI_ATTR_DIRPATH_RESERVED_31       2030
+#define OCI_ATTR_FNCODE                    1
+#define OCI_ATTR_NONBLOCKING_MODE          3
+#define OCI_ATTR_SQLCODE                   4
+#define OCI_ATTR_ENV                       5
+#define OCI_ATTR_TRANS                     8
+#define OCI_ATTR_SQLFNCODE                 10
+#define OCI_ATTR_PREFETCH_ROWS             11
+#define OCI_ATTR_NESTED_PREFETCH_ROWS      12
+#define OCI_ATTR_PREFETCH_MEMORY           13
+#define OCI_ATTR_NESTED_PREFETCH_MEMORY    14
+#define OCI_ATTR_CHAR_COUNT                15
+#define OCI_ATTR_PDSCL                     16
+#define OCI_ATTR_PDPRC                     17
+#define OCI_ATTR_ROWID                     19
+#define OCI_ATTR_CHARSET                   20
+#define OCI_ATTR_NCHAR                     21
+#define OCI_ATTR_INTERNAL_NAME             25
+#define OCI_ATTR_EXTERNAL_NAME             26
+#define OCI_ATTR_XID                       27
+#define OCI_ATTR_TRANS_LOCK                28
+#define OCI_ATTR_TRANS_NAME                29
+#define OCI_ATTR_HEAPALLOC                 30
+#define OCI_ATTR_CHARSET_ID                31
+#define OCI_ATTR_MAXDATA_SIZE              33
+#define OCI_ATTR_CACHE_OPT_SIZE            34
+#define OCI_ATTR_CACHE_MAX_SIZE            35
+#define OCI_ATTR_PINOPTION                 36
+#define OCI_ATTR_ALLOC_DURATION            37
+#define OCI_ATTR_PIN_DURATION              38
+#define OCI_ATTR_FDO                       39
+#define OCI_ATTR_POSTPROCESSING_CALLBACK   40
+#define OCI_ATTR_POSTPROCESSING_CONTEXT    41
+#define OCI_ATTR_ROWS_RETURNED             42
+#define OCI_ATTR_FOCBK                     43
+#define OCI_ATTR_IN_V8_MODE                44
+#define OCI_ATTR_LOBEMPTY                  45
+#define OCI_ATTR_SESSLANG                  46
+#define OCI_ATTR_VISIBILITY                47
+#define OCI_ATTR_RELATIVE_MSGID            48
+#define OCI_ATTR_SEQUENCE_DEVIATION        49
+#define OCI_ATTR_CONSUMER_NAME             50
+#define OCI_ATTR_COMPLEXOBJECTCOMP_TYPE    50
+#define OCI_ATTR_DEQ_MODE                  51
+#define OCI_ATTR_COMPLEXOBJECTCOMP_TYPE_LEVEL 51
+#define OCI_ATTR_NAVIGATION                52
+#define OCI_ATTR_COMPLEXOBJECT_LEVEL       52
+#define OCI_ATTR_WAIT                      53
+#define OCI_ATTR_COMPLEXOBJECT_COLL_OUTOFLINE 53
+#define OCI_ATTR_DEQ_MSGID                 54
+#define OCI_ATTR_PRIORITY                  55
+#define OCI_ATTR_DELAY                     56
+#define OCI_ATTR_EXPIRATION                57
+#define OCI_ATTR_CORRELATION               58
+#define OCI_ATTR_ATTEMPTS                  59
+#define OCI_ATTR_RECIPIENT_LIST            60
+#define OCI_ATTR_EXCEPTION_QUEUE           61
+#define OCI_ATTR_ENQ_TIME                  62
+#define OCI_ATTR_MSG_STATE                 63
+#define OCI_ATTR_AGENT_NAME                64
+#define OCI_ATTR_AGENT_ADDRESS             65
+#define OCI_ATTR_AGENT_PROTOCOL            66
+#define OCI_ATTR_USER_PROPERTY             67
+#define OCI_ATTR_SENDER_ID                 68
+#define OCI_ATTR_ORIGINAL_MSGID            69
+#define OCI_ATTR_QUEUE_NAME                70
+#define OCI_ATTR_NFY_MSGID                 71
+#define OCI_ATTR_MSG_PROP                  72
+#define OCI_ATTR_NUM_DML_ERRORS            73
+#define OCI_ATTR_DML_ROW_OFFSET            74
+#define OCI_ATTR_DATEFORMAT                75
+#define OCI_ATTR_BUF_ADDR                  76
+#define OCI_ATTR_BUF_SIZE                  77
+#define OCI_ATTR_NUM_ROWS                  81
+#define OCI_ATTR_COL_COUNT                 82
+#define OCI_ATTR_STREAM_OFFSET             83
+#define OCI_ATTR_SHARED_HEAPALLOC          84
+#define OCI_ATTR_SERVER_GROUP              85
+#define OCI_ATTR_MIGSESSION                86
+#define OCI_ATTR_NOCACHE                   87
+#define OCI_ATTR_MEMPOOL_SIZE              88
+#define OCI_ATTR_MEMPOOL_INSTNAME          89
+#define OCI_ATTR_MEMPOOL_APPNAME           90
+#define OCI_ATTR_MEMPOOL_HOMENAME          91
+#define OCI_ATTR_MEMPOOL_MODEL             92
+#define OCI_ATTR_MODES                     93
+#define OCI_ATTR_SUBSCR_NAME               94
+#define OCI_ATTR_SUBSCR_CALLBACK           95
+#define OCI_ATTR_SUBSCR_CTX                96
+#define OCI_ATTR_SUBSCR_PAYLOAD            97
+#define OCI_ATTR_SUBSCR_NAMESPACE          98
+#define OCI_ATTR_PROXY_CREDENTIALS         99
+#define OCI_ATTR_INITIAL_CLIENT_ROLES      100
+#define OCI_ATTR_DISP_NAME                 100
+#define OCI_ATTR_UNK                       101
+#define OCI_ATTR_ENCC_SIZE                 101
+#define OCI_ATTR_COL_ENC                   102
+#define OCI_ATTR_COL_ENC_SALT              103
+#define OCI_ATTR_RDBA                      104
+#define OCI_ATTR_COL_PROPERTIES            104
+#define OCI_ATTR_CLUSTERED                 105
+#define OCI_ATTR_PARTITIONED               106
+#define OCI_ATTR_INDEX_ONLY                107
+#define OCI_ATTR_LIST_ARGUMENTS            108
+#define OCI_ATTR_LIST_SUBPROGRAMS          109
+#define OCI_ATTR_LINK                      111
+#define OCI_ATTR_MIN                       112
+#define OCI_ATTR_MAX                       113
+#define OCI_ATTR_INCR                      114
+#define OCI_ATTR_CACHE                     115
+#define OCI_ATTR_ORDER                     116
+#define OCI_ATTR_HW_MARK                   117
+#define OCI_ATTR_TYPE_SCHEMA               118
+#define OCI_ATTR_TIMESTAMP                 119
+#define OCI_ATTR_NUM_ATTRS                 120
+#define OCI_ATTR_NUM_PARAMS                121
+#define OCI_ATTR_OBJID                     122
+#define OCI_ATTR_OVERLOAD_ID               125
+#define OCI_ATTR_TABLESPACE                126
+#define OCI_ATTR_TDO                       127
+#define OCI_ATTR_LTYPE                     128
+#define OCI_ATTR_PARSE_ERROR_OFFSET        129
+#define OCI_ATTR_IS_TEMPORARY              130
+#define OCI_ATTR_IS_TYPED                  131
+#define OCI_ATTR_DURATION                  132
+#define OCI_ATTR_IS_INVOKER_RIGHTS         133
+#define OCI_ATTR_OBJ_NAME                  134
+#define OCI_ATTR_OBJ_SCHEMA                135
+#define OCI_ATTR_OBJ_ID                    136
+#define OCI_ATTR_LIST_PKG_TYPES            137
+#define OCI_ATTR_TRANS_TIMEOUT             142
+#define OCI_ATTR_SERVER_STATUS             143
+#define OCI_ATTR_STATEMENT                 144
+#define OCI_ATTR_DEQCOND                   146
+#define OCI_ATTR_RESERVED_2                147
+#define OCI_ATTR_SUBSCR_RECPT              148
+#define OCI_ATTR_SUBSCR_RECPTPROTO         149
+#define OCI_ATTR_LDAP_HOST                 153
+#define OCI_ATTR_LDAP_PORT                 154
+#define OCI_ATTR_BIND_DN                   155
+#define OCI_ATTR_LDAP_CRED                 156
+#define OCI_ATTR_WALL_LOC                  157
+#define OCI_ATTR_LDAP_AUTH                 158
+#define OCI_ATTR_LDAP_CTX                  159
+#define OCI_ATTR_SERVER_DNS                160
+#define OCI_ATTR_DN_COUNT                  161
+#define OCI_ATTR_SERVER_DN                 162
+#define OCI_ATTR_MAXCHAR_SIZE              163
+#define OCI_ATTR_CURRENT_POSITION          164
+#define OCI_ATTR_RESERVED_3                165
+#define OCI_ATTR_RESERVED_4                166
+#define OCI_ATTR_DIGEST_ALGO               168
+#define OCI_ATTR_CERTIFICATE               169
+#define OCI_ATTR_SIGNATURE_ALGO            170
+#define OCI_ATTR_CANONICAL_ALGO            171
+#define OCI_ATTR_PRIVATE_KEY               172
+#define OCI_ATTR_DIGEST_VALUE              173
+#define OCI_ATTR_SIGNATURE_VAL             174
+#define OCI_ATTR_SIGNATURE                 175
+#define OCI_ATTR_STMTCACHESIZE             176
+#define OCI_ATTR_SESSGET_FLAGS             177
+#define OCI_ATTR_CONN_NOWAIT               178
+#define OCI_ATTR_CONN_BUSY_COUNT           179
+#define OCI_ATTR_CONN_OPEN_COUNT           180
+#define OCI_ATTR_CONN_TIMEOUT              181
+#define OCI_ATTR_STMT_STATE                182
+#define OCI_ATTR_CONN_MIN                  183
+#define OCI_ATTR_CONN_MAX                  184
+#define OCI_ATTR_CONN_INCR                 185
+#define OCI_ATTR_NUM_OPEN_STMTS            188
+#define OCI_ATTR_RESERVED_189              189
+#define OCI_ATTR_BIND_COUNT                190
+#define OCI_ATTR_HANDLE_POSITION           191
+#define OCI_ATTR_RESERVED_5                192
+#define OCI_ATTR_SERVER_BUSY               193
+#define OCI_ATTR_SUBSCR_RECPTPRES          195
+#define OCI_ATTR_TRANSFORMATION            196
+#define OCI_ATTR_SCN_BASE                  198
+#define OCI_ATTR_SCN_WRAP                  199
+#define OCI_ATTR_RESERVED_6                200
+#define OCI_ATTR_READONLY_TXN              201
+#define OCI_ATTR_RESERVED_7                202
+#define OCI_ATTR_ERRONEOUS_COLUMN          203
+#define OCI_ATTR_RESERVED_8                204
+#define OCI_ATTR_ASM_VOL_SPRT              205
+#define OCI_ATTR_INST_TYPE                 207
+#define OCI_ATTR_SPOOL_STMTCACHESIZE       208
+#define OCI_ATTR_ENV_UTF16                 209
+#define OCI_ATTR_RESERVED_9                210
+#define OCI_ATTR_OVERLOAD                  210
+#define OCI_ATTR_RESERVED_10               211
+#define OCI_ATTR_LEVEL                     211
+#define OCI_ATTR_HAS_DEFAULT               212
+#define OCI_ATTR_IOMODE                    213
+#define OCI_ATTR_RESERVED_12               214
+#define OCI_ATTR_RADIX                     214
+#define OCI_ATTR_RESERVED_13               215
+#define OCI_ATTR_NUM_ARGS                  215
+#define OCI_ATTR_IS_EXTERNAL               216
+#define OCI_ATTR_RESERVED_15               217
+#define OCI_ATTR_STMT_IS_RETURNING         218
+#define OCI_ATTR_VERSION                   218
+#define OCI_ATTR_RESERVED_16               219
+#define OCI_ATTR_IS_INCOMPLETE_TYPE        219
+#define OCI_ATTR_RESERVED_17               220
+#define OCI_ATTR_IS_SYSTEM_TYPE            220
+#define OCI_ATTR_RESERVED_18               221
+#define OCI_ATTR_IS_PREDEFINED_TYPE        221
+#define OCI_ATTR_RESERVED_19               222
+#define OCI_ATTR_IS_TRANSIENT_TYPE         222
+#define OCI_ATTR_RESERVED_20               223
+#define OCI_ATTR_IS_SYSTEM_GENERATED_TYPE  223
+#define OCI_ATTR_CURRENT_SCHEMA            224
+#define OCI_ATTR_HAS_NESTED_TABLE          224
+#define OCI_ATTR_SUBSCR_QOSFLAGS           225
+#define OCI_ATTR_HAS_LOB                   225
+#define OCI_ATTR_SUBSCR_PAYLOADCBK         226
+#define OCI_ATTR_HAS_FILE                  226
+#define OCI_ATTR_SUBSCR_TIMEOUT            227
+#define OCI_ATTR_SUBSCR_NAMESPACE_CTX      228
+#define OCI_ATTR_SUBSCR_CQ_QOSFLAGS        229
+#define OCI_ATTR_SUBSCR_CQ_REGID           230
+#define OCI_ATTR_NUM_TYPE_METHODS          230
+#define OCI_ATTR_SUBSCR_NTFN_GROUPING_CLASS 231
+#define OCI_ATTR_LIST_TYPE_METHODS         231
+#define OCI_ATTR_SUBSCR_NTFN_GROUPING_VALUE 232
+#define OCI_ATTR_MAP_METHOD                232
+#define OCI_ATTR_SUBSCR_NTFN_GROUPING_TYPE 233
+#define OCI_ATTR_ORDER_METHOD              233
+#define OCI_ATTR_SUBSCR_NTFN_GROUPING_START_TIME 234
+#define OCI_ATTR_SUBSCR_NTFN_GROUPING_REPEAT_COUNT 235
+#define OCI_ATTR_ENCAPSULATION             235
+#define OCI_ATTR_AQ_NTFN_GROUPING_MSGID_ARRAY 236
+#define OCI_ATTR_IS_SELFISH                236
+#define OCI_ATTR_AQ_NTFN_GROUPING_COUNT    237
+#define OCI_ATTR_IS_VIRTUAL                237
+#define OCI_ATTR_IS_INLINE                 238
+#define OCI_ATTR_IS_CONSTANT               239
+#define OCI_ATTR_HAS_RESULT                240
+#define OCI_ATTR_IS_CONSTRUCTOR            241
+#define OCI_ATTR_IS_DESTRUCTOR             242
+#define OCI_ATTR_IS_OPERATOR               243
+#define OCI_ATTR_IS_MAP                    244
+#define OCI_ATTR_IS_ORDER                  245
+#define OCI_ATTR_IS_RNDS                   246
+#define OCI_ATTR_IS_RNPS                   247
+#define OCI_ATTR_IS_WNDS                   248
+#define OCI_ATTR_IS_WNPS                   249
+#define OCI_ATTR_DESC_PUBLIC               250
+#define OCI_ATTR_CACHE_CLIENT_CONTEXT      251
+#define OCI_ATTR_UCI_CONSTRUCT             252
+#define OCI_ATTR_UCI_DESTRUCT              253
+#define OCI_ATTR_UCI_COPY                  254
+#define OCI_ATTR_UCI_PICKLE                255
+#define OCI_ATTR_UCI_UNPICKLE              256
+#define OCI_ATTR_UCI_REFRESH               257
+#define OCI_ATTR_IS_SUBTYPE                258
+#define OCI_ATTR_SUPERTYPE_SCHEMA_NAME     259
+#define OCI_ATTR_SUPERTYPE_NAME            260
+#define OCI_ATTR_LIST_OBJECTS              261
+#define OCI_ATTR_NCHARSET_ID               262
+#define OCI_ATTR_LIST_SCHEMAS              263
+#define OCI_ATTR_MAX_PROC_LEN              264
+#define OCI_ATTR_MAX_COLUMN_LEN            265
+#define OCI_ATTR_CURSOR_COMMIT_BEHAVIOR    266
+#define OCI_ATTR_MAX_CATALOG_NAMELEN       267
+#define OCI_ATTR_CATALOG_LOCATION          268
+#define OCI_ATTR_SAVEPOINT_SUPPORT         269
+#define OCI_ATTR_NOWAIT_SUPPORT            270
+#define OCI_ATTR_AUTOCOMMIT_DDL            271
+#define OCI_ATTR_LOCKING_MODE              272
+#define OCI_ATTR_APPCTX_SIZE               273
+#define OCI_ATTR_APPCTX_LIST               274
+#define OCI_ATTR_APPCTX_NAME               275
+#define OCI_ATTR_APPCTX_ATTR               276
+#define OCI_ATTR_APPCTX_VALUE              277
+#define OCI_ATTR_CLIENT_IDENTIFIER         278
+#define OCI_ATTR_IS_FINAL_TYPE             279
+#define OCI_ATTR_IS_INSTANTIABLE_TYPE      280
+#define OCI_ATTR_IS_FINAL_METHOD           281
+#define OCI_ATTR_IS_INSTANTIABLE_METHOD    282
+#define OCI_ATTR_IS_OVERRIDING_METHOD      283
+#define OCI_ATTR_DESC_SYNBASE              284
+#define OCI_ATTR_IS_JAVA_TYPE              287
+#define OCI_ATTR_EDITION                   288
+#define OCI_ATTR_DISTINGUISHED_NAME        300
+#define OCI_ATTR_BIND_ROWCBK               301
+#define OCI_ATTR_KERBEROS_TICKET           301
+#define OCI_ATTR_BIND_ROWCTX               302
+#define OCI_ATTR_ORA_DEBUG_JDWP            302
+#define OCI_ATTR_SKIP_BUFFER               303
+#define OCI_ATTR_RESERVED_14               303
+#define OCI_ATTR_CQ_QUERYID                304
+#define OCI_ATTR_EVTCBK                    304
+#define OCI_ATTR_EVTCTX                    305
+#define OCI_ATTR_USER_MEMORY               306
+#define OCI_ATTR_ACCESS_BANNER             307
+#define OCI_ATTR_AUDIT_BANNER              308
+#define OCI_ATTR_SPOOL_TIMEOUT             308
+#define OCI_ATTR_SPOOL_GETMODE             309
+#define OCI_ATTR_SPOOL_BUSY_COUNT          310
+#define OCI_ATTR_SPOOL_OPEN_COUNT          311
+#define OCI_ATTR_SPOOL_MIN                 312
+#define OCI_ATTR_SPOOL_MAX                 313
+#define OCI_ATTR_SPOOL_INCR                314
+#define OCI_ATTR_IS_XMLTYPE                315
+#define OCI_ATTR_XMLSCHEMA_NAME            316
+#define OCI_ATTR_XMLELEMENT_NAME           317
+#define OCI_ATTR_XMLSQLTYPSCH_NAME         318
+#define OCI_ATTR_XMLSQLTYPE_NAME           319
+#define OCI_ATTR_XMLTYPE_STORED_OBJ        320
+#define OCI_ATTR_HAS_SUBTYPES              321
+#define OCI_ATTR_NUM_SUBTYPES              322
+#define OCI_ATTR_LIST_SUBTYPES             323
+#define OCI_ATTR_XML_HRCHY_ENABLED         324
+#define OCI_ATTR_IS_OVERRIDDEN_METHOD      325
+#define OCI_ATTR_OBJ_SUBS                  336
+#define OCI_ATTR_XADFIELD_RESERVED_1       339
+#define OCI_ATTR_XADFIELD_RESERVED_2       340
+#define OCI_ATTR_KERBEROS_CID              341
+#define OCI_ATTR_CONDITION                 342
+#define OCI_ATTR_COMMENT                   343
+#define OCI_ATTR_VALUE                     344
+#define OCI_ATTR_EVAL_CONTEXT_OWNER        345
+#define OCI_ATTR_EVAL_CONTEXT_NAME         346
+#define OCI_ATTR_EVALUATION_FUNCTION       347
+#define OCI_ATTR_VAR_TYPE                  348
+#define OCI_ATTR_VAR_VALUE_FUNCTION        349
+#define OCI_ATTR_XSTREAM_ACK_INTERVAL      350
+#define OCI_ATTR_VAR_METHOD_FUNCTION       350
+#define OCI_ATTR_XSTREAM_IDLE_TIMEOUT      351
+#define OCI_ATTR_ACTION_CONTEXT            351
+#define OCI_ATTR_LIST_TABLE_ALIASES        352
+#define OCI_ATTR_LIST_VARIABLE_TYPES       353
+#define OCI_ATTR_TABLE_NAME                356
+#define OCI_ATTR_MESSAGE_CSCN              360
+#define OCI_ATTR_MESSAGE_DSCN              361
+#define OCI_ATTR_AUDIT_SESSION_ID          362
+#define OCI_ATTR_KERBEROS_KEY              363
+#define OCI_ATTR_KERBEROS_CID_KEY          364
+#define OCI_ATTR_TRANSACTION_NO            365
+#define OCI_ATTR_MODULE                    366
+#define OCI_ATTR_ACTION                    367
+#define OCI_ATTR_CLIENT_INFO               368
+#define OCI_ATTR_COLLECT_CALL_TIME         369
+#define OCI_ATTR_CALL_TIME                 370
+#define OCI_ATTR_ECONTEXT_ID               371
+#define OCI_ATTR_ECONTEXT_SEQ              372
+#define OCI_ATTR_SESSION_STATE             373
+#define OCI_ATTR_SESSION_STATETYPE         374
+#define OCI_ATTR_SESSION_STATE_CLEARED     376
+#define OCI_ATTR_SESSION_MIGRATED          377
+#define OCI_ATTR_SESSION_PRESERVE_STATE    388
+#define OCI_ATTR_ADMIN_PFILE               389
+#define OCI_ATTR_SUBSCR_PORTNO             390
+#define OCI_ATTR_HOSTNAME                  390
+#define OCI_ATTR_DBNAME                    391
+#define OCI_ATTR_INSTNAME                  392
+#define OCI_ATTR_SERVICENAME               393
+#define OCI_ATTR_INSTSTARTTIME             394
+#define OCI_ATTR_HA_TIMESTAMP              395
+#define OCI_ATTR_RESERVED_22               396
+#define OCI_ATTR_RESERVED_23               397
+#define OCI_ATTR_RESERVED_24               398
+#define OCI_ATTR_DBDOMAIN                  399
+#define OCI_ATTR_EVENTTYPE                 400
+#define OCI_ATTR_HA_SOURCE                 401
+#define OCI_ATTR_CHNF_TABLENAMES           401
+#define OCI_ATTR_CHNF_ROWIDS               402
+#define OCI_ATTR_HA_STATUS                 402
+#define OCI_ATTR_CHNF_OPERATIONS           403
+#define OCI_ATTR_HA_SRVFIRST               403
+#define OCI_ATTR_CHNF_CHANGELAG            404
+#define OCI_ATTR_HA_SRVNEXT                404
+#define OCI_ATTR_CHDES_DBNAME              405
+#define OCI_ATTR_TAF_ENABLED               405
+#define OCI_ATTR_CHDES_NFYTYPE             406
+#define OCI_ATTR_NFY_FLAGS                 406
+#define OCI_ATTR_CHDES_XID                 407
+#define OCI_ATTR_MSG_DELIVERY_MODE         407
+#define OCI_ATTR_CHDES_TABLE_CHANGES       408
+#define OCI_ATTR_CHDES_TABLE_NAME          409
+#define OCI_ATTR_CHDES_TABLE_OPFLAGS       410
+#define OCI_ATTR_CHDES_TABLE_ROW_CHANGES   411
+#define OCI_ATTR_CHDES_ROW_ROWID           412
+#define OCI_ATTR_CHDES_ROW_OPFLAGS         413
+#define OCI_ATTR_CHNF_REGHANDLE            414
+#define OCI_ATTR_RESERVED_21               415
+#define OCI_ATTR_NETWORK_FILE_DESC         415
+#define OCI_ATTR_PROXY_CLIENT              416
+#define OCI_ATTR_DB_CHARSET_ID             416
+#define OCI_ATTR_TABLE_ENC                 417
+#define OCI_ATTR_DB_NCHARSET_ID            417
+#define OCI_ATTR_TABLE_ENC_ALG             418
+#define OCI_ATTR_RESERVED_25               418
+#define OCI_ATTR_TABLE_ENC_ALG_ID          419
+#define OCI_ATTR_STMTCACHE_CBKCTX          420
+#define OCI_ATTR_STMTCACHE_CBK             421
+#define OCI_ATTR_CQDES_OPERATION           422
+#define OCI_ATTR_RESERVED_26               422
+#define OCI_ATTR_XMLTYPE_BINARY_XML        422
+#define OCI_ATTR_CQDES_TABLE_CHANGES       423
+#define OCI_ATTR_FLOW_CONTROL_TIMEOUT      423
+#define OCI_ATTR_CQDES_QUERYID             424
+#define OCI_ATTR_DRIVER_NAME               424
+#define OCI_ATTR_ENV_NLS_LANGUAGE          424
+#define OCI_ATTR_CHDES_QUERIES             425
+#define OCI_ATTR_CONNECTION_CLASS          425
+#define OCI_ATTR_RESERVED_27               425
+#define OCI_ATTR_ENV_NLS_TERRITORY         425
+#define OCI_ATTR_PURITY                    426
+#define OCI_ATTR_RESERVED_28               426
+#define OCI_ATTR_RESERVED_29               427
+#define OCI_ATTR_RESERVED_30               428
+#define OCI_ATTR_RESERVED_31               429
+#define OCI_ATTR_RESERVED_32               430
+#define OCI_ATTR_RESERVED_33               433
+#define OCI_ATTR_RESERVED_34               434
+#define OCI_ATTR_SEND_TIMEOUT              435
+#define OCI_ATTR_RECEIVE_TIMEOUT           436
+#define OCI_ATTR_RESERVED_35               437
+#define OCI_ATTR_DEFAULT_LOBPREFETCH_SIZE  438
+#define OCI_ATTR_LOBPREFETCH_SIZE          439
+#define OCI_ATTR_LOBPREFETCH_LENGTH        440
+#define OCI_ATTR_LOB_REGION_PRIMARY        442
+#define OCI_ATTR_LOB_REGION_PRIMOFF        443
+#define OCI_ATTR_RESERVED_36               444
+#define OCI_ATTR_LOB_REGION_OFFSET         445
+#define OCI_ATTR_LOB_REGION_LENGTH         446
+#define OCI_ATTR_LOB_REGION_MIME           447
+#define OCI_ATTR_FETCH_ROWID               448
+#define OCI_ATTR_RESERVED_37               449
+#define OCI_ATTR_NO_COLUMN_AUTH_WARNING    450
+#define OCI_ATTR_XDS_POLICY_STATUS         451
+#define OCI_ATTR_SUBSCR_IPADDR             452
+#define OCI_ATTR_RESERVED_40               453
+#define OCI_ATTR_RESERVED_41               454
+#define OCI_ATTR_RESERVED_42               455
+#define OCI_ATTR_RESERVED_43               456
+#define OCI_ATTR_UB8_ROW_COUNT             457
+#define OCI_ATTR_RESERVED_458              458
+#define OCI_ATTR_RESERVED_459              459
+#define OCI_ATTR_SPOOL_AUTH                460
+#define OCI_ATTR_SHOW_INVISIBLE_COLUMNS    460
+#define OCI_ATTR_INVISIBLE_COL             461
+#define OCI_ATTR_LTXID                     462
+#define OCI_ATTR_LAST_LOGON_TIME_UTC       463
+#define OCI_ATTR_IMPLICIT_RESULT_COUNT     463
+#define OCI_ATTR_RESERVED_464              464
+#define OCI_ATTR_RESERVED_465              465
+#define OCI_ATTR_TRANSACTIONAL_TAF         466
+#define OCI_ATTR_RESERVED_467              467
+#define OCI_ATTR_SQL_TRANSLATION_PROFILE   468
+#define OCI_ATTR_DML_ROW_COUNT_ARRAY       469
+#define OCI_ATTR_RESERVED_470              470
+#define OCI_ATTR_MAX_OPEN_CURSORS          471
+#define OCI_ATTR_ERROR_IS_RECOVERABLE      472
+#define OCI_ATTR_RESERVED_473              473
+#define OCI_ATTR_ILM_TRACK_WRITE           474
+#define OCI_ATTR_SUBSCR_FAILURE_CBK        477
+#define OCI_ATTR_SUBSCR_FAILURE_CTX        478
+#define OCI_ATTR_AQJMS_HEADER_PROP         479
+#define OCI_ATTR_AQJMS_USER_PROP           480
+#define OCI_ATTR_AQJMS_PROPERTIES          481
+#define OCI_ATTR_AQJMS_MSG_TYPE            482
+#define OCI_ATTR_TRANS_PROFILE_FOREIGN     483
+#define OCI_ATTR_TRANSACTION_IN_PROGRESS   484
+#define OCI_ATTR_DBOP                      485
+#define OCI_ATTR_RESERVED_486              486
+#define OCI_ATTR_RESERVED_487              487
+#define OCI_ATTR_RESERVED_488              488
+#define OCI_ATTR_VARTYPE_MAXLEN_COMPAT     489
+#define OCI_ATTR_SPOOL_MAX_LIFETIME_SESSION 490
+#define OCI_ATTR_RESERVED_491              491
+#define OCI_ATTR_RESERVED_492              492
+#define OCI_ATTR_RESERVED_493              493
+#define OCI_ATTR_ITERS_PROCESSED           494
+#define OCI_ATTR_BREAK_ON_NET_TIMEOUT      495
+#define OCI_ATTR_SHARDING_KEY              496
+#define OCI_ATTR_SUPER_SHARDING_KEY        497
+#define OCI_ATTR_SHARDING_KEY_B64          498
+#define OCI_ATTR_COLLATION_ID              499
+#define OCI_ATTR_MAX_IDENTIFIER_LEN        500
+#define OCI_ATTR_FIXUP_CALLBACK            501
+#define OCI_ATTR_VIRTUAL_COL               502
+#define OCI_ATTR_RESERVED_503              503
+#define OCI_ATTR_SQL_ID                    504
+#define OCI_ATTR_SHARD_HAS_WRITABLECHUNK   505
+#define OCI_ATTR_SPOOL_WAIT_TIMEOUT        506
+#define OCI_ATTR_RESERVED_507              507
+#define OCI_ATTR_FO_TYPE                   508
+#define OCI_ATTR_OLAP_ROLE                 509
+#define OCI_ATTR_DIMENSION_NAME            510
+#define OCI_ATTR_HIERARCHY_NAME            511
+#define OCI_ATTR_RESERVED_512              512
+#define OCI_ATTR_RESERVED_513              513
+#define OCI_ATTR_DIRPATH_DEFAULTS          513
+#define OCI_ATTR_DIRPATH_DEF_EXP_CACHE_SIZE 514
+#define OCI_ATTR_RESERVED_515              515
+#define OCI_ATTR_RESERVED_516              516
+#define OCI_ATTR_MAX_CHARSET_RATIO         517
+#define OCI_ATTR_MAX_NCHARSET_RATIO        518
+#define OCI_ATTR_RESERVED_519              519
+#define OCI_ATTR_LOB_REMOTE                520
+#define OCI_ATTR_RESERVED_521              521
+#define OCI_ATTR_RESERVED_522              522
+#define OCI_ATTR_RESERVED_523              523
+#define OCI_ATTR_PDBNAME                   524
+#define OCI_ATTR_RESERVED_524              524
+#define OCI_ATTR_RESERVED_525              525
+#define OCI_ATTR_RESERVED_526              526
+#define OCI_ATTR_RESERVED_527              527
+#define OCI_ATTR_RESERVED_528              528
+#define OCI_ATTR_RESERVED_529              529
+#define OCI_ATTR_RESERVED_530              530
+#define OCI_ATTR_CALL_TIMEOUT              531
+#define OCI_ATTR_IS_NOT_PERSISTABLE_TYPE   532
+#define OCI_ATTR_RESERVED_533              533
+#define OCI_ATTR_JSON_COL                  534
+#define OCI_ATTR_SODA_COLL_NAME            535
+#define OCI_ATTR_SODA_DESCRIPTOR           536
+#define OCI_ATTR_SODA_SCHEMA               537
+#define OCI_ATTR_SODA_TABLE_NAME           538
+#define OCI_ATTR_SODA_VIEW_NAME            539
+#define OCI_ATTR_SODA_TABLESPACE           540
+#define OCI_ATTR_SODA_STORAGE_INIT_SIZE    541
+#define OCI_ATTR_SODA_STORAGE_INC_PCT      542
+#define OCI_ATTR_SODA_KEY_COL_NAME         543
+#define OCI_ATTR_SODA_KEY_SQL_TYPE         544
+#define OCI_ATTR_SODA_KEY_MAX_LEN          545
+#define OCI_ATTR_SODA_KEY_ASSIGN_METHOD    546
+#define OCI_ATTR_SODA_KEY_SEQ_NAME         547
+#define OCI_ATTR_SODA_CTNT_COL_NAME        548
+#define OCI_ATTR_SODA_CTNT_SQL_TYPE        549
+#define OCI_ATTR_SODA_CTNT_MAX_LEN         550
+#define OCI_ATTR_SODA_CTNT_VALIDATION      551
+#define OCI_ATTR_SODA_CTNT_COMPRESS        552
+#define OCI_ATTR_SODA_CTNT_CACHE           553
+#define OCI_ATTR_SODA_CTNT_ENCRYPT         554
+#define OCI_ATTR_SODA_CTNT_TABLESPACE      555
+#define OCI_ATTR_SODA_VERSION_COL_NAME     556
+#define OCI_ATTR_SODA_VERSION_METHOD       557
+#define OCI_ATTR_SODA_MODTIME_COL_NAME     558
+#define OCI_ATTR_SODA_MODTIME_INDEX        559
+#define OCI_ATTR_SODA_CRTIME_COL_NAME      560
+#define OCI_ATTR_SODA_MTYPE_COL_NAME       561
+#define OCI_ATTR_SODA_READONLY             562
+#define OCI_ATTR_SODA_KEY                  563
+#define OCI_ATTR_SODA_LASTMOD_TIMESTAMP    564
+#define OCI_ATTR_SODA_CREATE_TIMESTAMP     565
+#define OCI_ATTR_SODA_VERSION              566
+#define OCI_ATTR_SODA_CONTENT              567
+#define OCI_ATTR_SODA_JSON_CHARSET_ID      568
+#define OCI_ATTR_SODA_DETECT_JSON_ENC      569
+#define OCI_ATTR_SODA_MEDIA_TYPE           571
+#define OCI_ATTR_SODA_CTNT_FORMAT          572
+#define OCI_ATTR_SODA_FETCH_ARRAY_SIZE     573
+#define OCI_ATTR_SODA_AS_OF_SCN            574
+#define OCI_ATTR_SODA_AS_OF_TSTAMP         575
+#define OCI_ATTR_SODA_FILTER               576
+#define OCI_ATTR_SODA_SKIP                 577
+#define OCI_ATTR_SODA_LIMIT                578
+#define OCI_ATTR_SODA_LOCK                 579
+#define OCI_ATTR_SPOOL_MAX_USE_SESSION     580
+#define OCI_ATTR_RESERVED_581              581
+#define OCI_ATTR_RESERVED_582              582
+#define OCI_ATTR_RESERVED_583              583
+#define OCI_ATTR_RESERVED_584              584
+#define OCI_ATTR_RESERVED_586              586
+#define OCI_ATTR_RESERVED_587              587
+#define OCI_ATTR_RESERVED_588              588
+#define OCI_ATTR_RESERVED_589              589
+#define OCI_ATTR_RESERVED_590              590
+#define OCI_ATTR_LOB_TYPE                  591
+#define OCI_ATTR_RESERVED_592              592
+#define OCI_ATTR_SODA_DOC_COUNT            593
+#define OCI_ATTR_RESERVED_595              595
+#define OCI_ATTR_RESERVED_596              596
+#define OCI_ATTR_RESERVED_597              597
+#define OCI_ATTR_RESERVED_598              598
+#define OCI_ATTR_RESERVED_599              599
+#define OCI_ATTR_RESERVED_600              600
+#define OCI_ATTR_SPOOL_MAX_PER_SHARD       602
+#define OCI_ATTR_RESERVED_603              603
+#define OCI_ATTR_RESERVED_604              604
+#define OCI_ATTR_RESERVED_605              605
+#define OCI_ATTR_RESERVED_606              606
+#define OCI_ATTR_RESERVED_607              607
+#define OCI_ATTR_RESERVED_608              608
+#define OCI_ATTR_JSON_DOM_MUTABLE          609
+#define OCI_ATTR_RESERVED_610              610
+#define OCI_ATTR_RESERVED_611              611
+#define OCI_ATTR_LOB_IS_VALUE              612
+#define OCI_ATTR_SPOOL_DRAIN_TIMEOUT       613
+#define OCI_ATTR_XMLTYPE_PROPERTIES        614
+#define OCI_ATTR_FINAL_STATEMENT           615
+#define OCI_ATTR_ORAACCESS_CONNALIAS       616
+#define OCI_ATTR_RESERVED_617              617
+#define OCI_ATTR_HA_PLANNED                618
+#define OCI_ATTR_LOB_IS_READONLY           619
+#define OCI_ATTR_RESERVED_620              620
+#define OCI_ATTR_SHARD_ID                  621
+#define OCI_ATTR_RESERVED_622              622
+#define OCI_ATTR_OSON_COL                  623
+#define OCI_ATTR_SODA_METADATA_CACHE       624
+#define OCI_ATTR_CONNECTION_ID             624
+#define OCI_ATTR_SUBSCR_PORTRANGE          625
+#define OCI_ATTR_RESERVED_626              626
+#define OCI_ATTR_SODA_HINT                 627
+#define OCI_ATTR_HAS_IS_JSON_CONSTRAINT    628
+#define OCI_ATTR_RESERVED_629              629
+#define OCI_ATTR_SODA_SAMPLE_PCT           630
+#define OCI_ATTR_SODA_SAMPLE_SEED          631
+#define OCI_ATTR_SODA_SAMPLE_METHOD        632
+#define OCI_ATTR_IAM_TOKEN                 636
+#define OCI_ATTR_IAM_PRIVKEY               637
+#define OCI_ATTR_IAM_CBK                   638
+#define OCI_ATTR_IAM_CBKCTX                639
+#define OCI_ATTR_DIRPATH_RESERVED_32       2031
+#define OCI_ATTR_DIRPATH_RESERVED_33       2032
+#define OCI_ATTR_DIRPATH_RESERVED_34       2033
+#define OCI_ATTR_DIRPATH_USE_PENDING_TRANS 2034
+#define OCI_ATTR_DIRPATH_XADFIELD_RESERVED_3 2035
+#define OCI_ATTR_DIRPATH_RESERVED_35       2036
+#define OCI_ATTR_MAXLEN_COMPAT_STANDARD    1
+#define OCI_ATTR_MAXLEN_COMPAT_EXTENDED    2
+#define OCI_ATTR_OBJECT_DETECTCHANGE       0x00000020
+#define OCI_ATTR_CACHE_ARRAYFLUSH          0x00000040
 
-/* ociap.h */
-sword OCIEnvCreate(OCIEnv **envp, ub4 mode, void *ctxp, void *(*malocfp)(void *ctxp, size_t size), void *(*ralocfp)(void *ctxp, void *memptr, size_t newsize), void (*mfreefp)(void *ctxp, void *memptr), size_t xtramem_sz, void **usrmempp);
-sword OCIEnvInit(OCIEnv **envp, ub4 mode, size_t xtramem_sz, void **usrmempp);
-sword OCIInitialize(ub4 mode, void *ctxp, void *(*malocfp)(void *ctxp, size_t size), void *(*ralocfp)(void *ctxp, void *memptr, size_t newsize), void (*mfreefp)(void *ctxp, void *memptr));
-sword OCIHandleAlloc(const void *parenth, void **hndlpp, const ub4 type, const size_t xtramem_sz, void **usrmempp);
-sword OCIHandleFree(void *hndlp, const ub4 type);
-sword OCIDescriptorAlloc(const void *parenth, void **descpp, const ub4 type, const size_t xtramem_sz, void **usrmempp);
-sword OCIDescriptorFree(void *descp, const ub4 type);
-sword OCIAttrSet(void *trgthndlp, ub4 trghndltyp, void *attributep, ub4 size, ub4 attrtype, OCIError *errhp);
-sword OCIAttrGet(const void *trgthndlp, ub4 trghndltyp, void *attributep, ub4 *sizep, ub4 attrtype, OCIError *errhp);
-sword OCILogon(OCIEnv *envhp, OCIError *errhp, OCISvcCtx **svchp, const OraText *username, ub4 uname_len, const OraText *password, ub4 passwd_len, const OraText *dbname, ub4 dbname_len);
-sword OCILogon2(OCIEnv *envhp, OCIError *errhp, OCISvcCtx **svchp, const OraText *username, ub4 uname_len, const OraText *password, ub4 passwd_len, const OraText *dbname, ub4 dbname_len, ub4 mode);
-sword OCILogoff(OCISvcCtx *svchp, OCIError *errhp);
-sword OCIServerAttach(OCIServer *srvhp, OCIError *errhp, const OraText *dblink, sb4 dblink_len, ub4 mode);
-sword OCIServerDetach(OCIServer *srvhp, OCIError *errhp, ub4 mode);
-sword OCISessionBegin(OCISvcCtx *svchp, OCIError *errhp, OCISession *usrhp, ub4 credt, ub4 mode);
-sword OCISessionEnd(OCISvcCtx *svchp, OCIError *errhp, OCISession *usrhp, ub4 mode);
-sword OCIErrorGet(void *hndlp, ub4 recordno, OraText *sqlstate, sb4 *errcodep, OraText *bufp, ub4 bufsiz, ub4 type);
-sword OCIStmtPrepare(OCIStmt *stmtp, OCIError *errhp, const OraText *stmt, ub4 stmt_len, ub4 language, ub4 mode);
-sword OCIStmtExecute(OCISvcCtx *svchp, OCIStmt *stmtp, OCIError *errhp, ub4 iters, ub4 rowoff, const OCISnapshot *snap_in, OCISnapshot *snap_out, ub4 mode);
-sword OCIStmtFetch(OCIStmt *stmtp, OCIError *errhp, ub4 nrows, ub2 orientation, ub4 mode);
-sword OCIStmtFetch2(OCIStmt *stmtp, OCIError *errhp, ub4 nrows, ub2 orientation, sb4 scrollOffset, ub4 mode);
-sword OCIDefineByPos(OCIStmt *stmtp, OCIDefine **defnp, OCIError *errhp, ub4 position, void *valuep, sb4 value_sz, ub2 dty, void *indp, ub2 *rlenp, ub2 *rcodep, ub4 mode);
-sword OCIDefineObject(OCIDefine *defnp, OCIError *errhp, const OCIType *type, void **pgvpp, ub4 *pvszsp, void **indpp, ub4 *indszp);
-sword OCIBindByPos(OCIStmt *stmtp, OCIBind **bindp, OCIError *errhp, ub4 position, void *valuep, sb4 value_sz, ub2 dty, void *indp, ub2 *alenp, ub2 *rcodep, ub4 maxarr_len, ub4 *curelep, ub4 mode);
-sword OCIBindByName(OCIStmt *stmtp, OCIBind **bindp, OCIError *errhp, const OraText *placeholder, sb4 placeh_len, void *valuep, sb4 value_sz, ub2 dty, void *indp, ub2 *alenp, ub2 *rcodep, ub4 maxarr_len, ub4 *curelep, ub4 mode);
-sword OCIBindObject(OCIBind *bindp, OCIError *errhp, const OCIType *type, void **pgvpp, ub4 *pvszsp, void **indpp, ub4 *indszp);
-sword OCITransCommit(OCISvcCtx *svchp, OCIError *errhp, ub4 flags);
-sword OCITransRollback(OCISvcCtx *svchp, OCIError *errhp, ub4 flags);
-
-/* ort.h */
-sword OCITypeByName(OCIEnv *env, OCIError *err, const OCISvcCtx *svc, const oratext *schema_name, ub4 s_length, const oratext *type_name, ub4 t_length, const oratext *version_name, ub4 v_length, OCIDuration pin_duration, OCITypeGetOpt get_option, OCIType **tdo);
-
-/* ori.h */
-sword OCIObjectNew(OCIEnv *env, OCIError *err, const OCISvcCtx *svc, OCITypeCode typecode, OCIType *tdo, void *table, OCIDuration duration, boolean value, void **instance);
-sword OCIObjectFree(OCIEnv *env, OCIError *err, void *instance, ub2 flags);
-sword OCIObjectUnpin(OCIEnv *env, OCIError *err, void *object);
-sword OCIObjectGetInd(OCIEnv *env, OCIError *err, void *instance, void **null_struct);
-sword OCIObjectCopy(OCIEnv *env, OCIError *err, const OCISvcCtx *svc, void *source, void *null_source, void *target, void *null_target, OCIType *tdo, OCIDuration duration, ub1 option);
-
-/* orl.h */
-sword OCICollSize(OCIEnv *env, OCIError *err, const OCIColl *coll, sb4 *size);
-sb4 OCICollMax(OCIEnv *env, const OCIColl *coll);
-sword OCICollTrim(OCIEnv *env, OCIError *err, sb4 trim_num, OCIColl *coll);
-sword OCICollAppend(OCIEnv *env, OCIError *err, const void *elem, const void *elemind, OCIColl *coll);
-sword OCICollGetElem(OCIEnv *env, OCIError *err, const OCIColl *coll, sb4 index, boolean *exists, void **elem, void **elemind);
-sword OCICollAssignElem(OCIEnv *env, OCIError *err, sb4 index, const void *elem, const void *elemind, OCIColl *coll);
-sword OCITableSize(OCIEnv *env, OCIError *err, const OCITable *tbl, sb4 *size);
-sword OCIIterCreate(OCIEnv *env, OCIError *err, const OCIColl *coll, OCIIter **itr);
-sword OCIIterDelete(OCIEnv *env, OCIError *err, OCIIter **itr);
-sword OCIIterNext(OCIEnv *env, OCIError *err, OCIIter *itr, void **elem, void **elemind, boolean *eoc);
-sword OCIIterInit(OCIEnv *env, OCIError *err, const OCIColl *coll, OCIIter *itr);
-ub4 OCIStringSize(OCIEnv *env, const OCIString *vs);
-oratext * OCIStringPtr(OCIEnv *env, const OCIString *vs);
-sword OCIStringResize(OCIEnv *env, OCIError *err, ub4 new_size, OCIString **str);
-sword OCIStringAssignText(OCIEnv *env, OCIError *err, const oratext *rhs, ub4 rhs_len, OCIString **lhs);
-sword OCIStringAssign(OCIEnv *env, OCIError *err, const OCIString *rhs, OCIString **lhs);
-ub4 OCIRawSize(OCIEnv * env, const OCIRaw *raw);
-ub1 * OCIRawPtr(OCIEnv * env, const OCIRaw *raw);
-sword OCIRawResize(OCIEnv *env, OCIError *err, ub4 new_size, OCIRaw **raw);
-sword OCIRawAssignBytes(OCIEnv *env, OCIError *err, const ub1 *rhs, ub4 rhs_len, OCIRaw **lhs);
-sword OCINumberToText(OCIError *err, const OCINumber *number, const oratext *fmt, ub4 fmt_length, const oratext *nls_params, ub4 nls_p_length, ub4 *buf_size, oratext *buf);
-sword OCINumberFromText(OCIError *err, const oratext *str, ub4 str_length, const oratext *fmt, ub4 fmt_length, const oratext *nls_params, ub4 nls_p_length, OCINumber *number);
-sword OCINumberToReal(OCIError *err, const OCINumber *number, uword rsl_length, void *rsl);
-sword OCINumberFromReal(OCIError *err, const void *rnum, uword rnum_length, OCINumber *number);
-sword OCINumberToInt(OCIError *err, const OCINumber *number, uword rsl_length, uword rsl_flag, void *rsl);
-sword OCINumberFromInt(OCIError *err, const void *inum, uword inum_length, uword inum_s_flag, OCINumber *number);
-sword OCINumberCmp(OCIError *err, const OCINumber *number1, const OCINumber *number2, sword *result);
-sword OCIDateToText(OCIError *err, const OCIDate *date, const oratext *fmt, ub1 fmt_length, const oratext *lang_name, ub4 lang_length, ub4 *buf_size, oratext *buf);
-sword OCIDateFromText(OCIError *err, const oratext *date_str, ub4 d_str_length, const oratext *fmt, ub1 fmt_length, const oratext *lang_name, ub4 lang_length, OCIDate *date);
-
-/* ociap.h */
-sword OCIDateTimeToText(void *hndl, OCIError *err, const OCIDateTime *date, const OraText *fmt, ub1 fmt_length, ub1 fsprec, const OraText *lang_name, size_t lang_length, ub4 *buf_size, OraText *buf);
-sword OCIDateTimeFromText(void *hndl, OCIError *err, const OraText *date_str, size_t dstr_length, const OraText *fmt, ub1 fmt_length, const OraText *lang_name, size_t lang_length, OCIDateTime *date);
-sword OCIDateTimeConstruct(void *hndl,OCIError *err,OCIDateTime *datetime, sb2 yr,ub1 mnth,ub1 dy,ub1 hr,ub1 mm,ub1 ss,ub4 fsec, OraText *timezone,size_t timezone_length);
-sword OCIDateTimeGetDate(void *hndl, OCIError *err, const OCIDateTime *date, sb2 *yr, ub1 *mnth, ub1 *dy);
-sword OCIDateTimeGetTime(void *hndl, OCIError *err, OCIDateTime *datetime, ub1 *hr, ub1 *mm, ub1 *ss, ub4 *fsec);
-sword OCIDateTimeGetTimeZoneOffset(void *hndl,OCIError *err, const OCIDateTime *datetime, sb1 *hr,sb1 *mm);
-sword OCIIntervalToText(void *hndl, OCIError *err, const OCIInterval *inter, ub1 lfprec, ub1 fsprec, OraText *buffer, size_t buflen, size_t *resultlen);
-sword OCIIntervalFromText(void *hndl, OCIError *err, const OraText *inpstr, size_t str_len, OCIInterval *result);
-sword OCIIntervalSetYearMonth(void *hndl, OCIError *err, sb4 yr, sb4 mnth, OCIInterval *result);
-sword OCIIntervalSetDaySecond(void *hndl, OCIError *err, sb4 dy, sb4 hr, sb4 mm, sb4 ss, sb4 fsec, OCIInterval *result);
-sword OCIIntervalGetYearMonth(void *hndl, OCIError *err, sb4 *yr, sb4 *mnth, const OCIInterval *result);
-sword OCIIntervalGetDaySecond(void *hndl, OCIError *err, sb4 *dy, sb4 *hr, sb4 *mm, sb4 *ss, sb4 *fsec, const OCIInterval *result);
-sword OCILobGetLength(OCISvcCtx *svchp, OCIError *errhp, OCILobLocator *locp, ub4 *lenp);
-sword OCILobRead(OCISvcCtx *svchp, OCIError *errhp, OCILobLocator *locp, ub4 *amtp, ub4 offset, void *bufp, ub4 bufl, void *ctxp, OCICallbackLobRead cbfp, ub2 csid, ub1 csfrm);
-sword OCILobWrite(OCISvcCtx *svchp, OCIError *errhp, OCILobLocator *locp, ub4 *amtp, ub4 offset, void *bufp, ub4 buflen, ub1 piece, void *ctxp, OCICallbackLobWrite cbfp, ub2 csid, ub1 csfrm);
-sword OCILobTrim(OCISvcCtx *svchp, OCIError *errhp, OCILobLocator *locp, ub4 newlen);
-sword OCILobCreateTemporary(OCISvcCtx *svchp, OCIError *errhp, OCILobLocator *locp, ub2 csid, ub1 csfrm, ub1 lobtype, boolean cache, OCIDuration duration);
-sword OCILobFreeTemporary(OCISvcCtx *svchp, OCIError *errhp, OCILobLocator *locp);
-sword OCILobIsTemporary(OCIEnv *envp, OCIError *errhp, OCILobLocator *locp, boolean *is_temporary);
-sword OCILobLocatorAssign(OCISvcCtx *svchp, OCIError *errhp, const OCILobLocator *src_locp, OCILobLocator **dst_locpp);
-sword OCIDescribeAny(OCISvcCtx *svchp, OCIError *errhp, void *objptr, ub4 objnm_len, ub1 objptr_typ, ub1 info_level, ub1 objtyp, OCIDescribe *dschp);
-sword OCIParamGet(const void *hndlp, ub4 htype, OCIError *errhp, void **parmdpp, ub4 pos);
-
-#if defined(__GNUC__)
-#pragma GCC visibility pop
-#endif
-#ifdef __cplusplus
-}
-#endif
+/* ---- the headers that Oracle's oci.h includes, in its order ---- */
+#include "ociver.h"
+#include "oci1.h"
+#include "oro.h"
+#include "ori.h"
+#include "orl.h"
+#include "ort.h"
+#include "ociextp.h"
+#include "ociapr.h"
+#include "ociap.h"
+#include "ocixmldb.h"
+#include "oci8dp.h"
+#include "ocixstream.h"
 
 #endif /* OCI_ORACLE */
