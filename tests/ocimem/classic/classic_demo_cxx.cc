@@ -1,0 +1,2 @@
+// classic_demo.c compiled and run as C++.
+#include "classic_demo.c"
