@@ -70,6 +70,10 @@ struct KEL_LOCAL CKelStream::Impl {
   void FlushFile();
   bool MatchAt(size_t nSegmentIndex, unsigned long nOffsetIn,
                const char* pszString, unsigned long nLength) const;
+  // GetDelimitedLength's quick look at the next bytes of the current page:
+  // the length (nIndex set to the string found, or -1 at the end of the
+  // data), or -1 when those bytes do not decide it.
+  long ShortScan(const char** ppszStrings, const int* pnLengths, int& nIndex) const;
 };
 
 #endif  // HOST_KEL_STREAM_IMPL_H_

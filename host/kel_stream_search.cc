@@ -5,6 +5,10 @@
 #include <cstring>
 #include <vector>
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 namespace {
 
 // The strings of one search that can match at all (length > 0), in list
@@ -56,6 +60,13 @@ class NeedleSet {
 // beyond that a byte table is cheaper.
 constexpr size_t kMaxMemchrBytes = 8;
 
+// Most fields end within a few dozen bytes of where the scan starts: up to
+// this many bytes of the current page are looked at one by one, against
+// the first bytes of up to kFewStrings strings, before the general scan
+// (which builds its tables first) takes over.
+constexpr unsigned long kShortScan = 48;
+constexpr int kFewStrings = 6;
+
 // Window sizes of the memchr scan: small first, since fields are short.
 constexpr size_t kFirstWindow = 64;
 constexpr size_t kLastWindow = 64 * 1024;
@@ -83,12 +94,74 @@ bool CKelStream::Impl::MatchAt(size_t nSegmentIndex, unsigned long nOffsetIn,
   return true;
 }
 
+long CKelStream::Impl::ShortScan(const char** ppszStrings, const int* pnLengths,
+                                 int& nIndex) const {
+  if (nPosition >= nTotal) return -1;
+  const KelSegment& segment = segments[nSegment];
+  if (nOffset >= segment.nSize) return -1;
+  int anIndex[kFewStrings];
+  unsigned char abFirst[kFewStrings];
+  int nCount = 0;
+  for (int i = 0; ppszStrings[i] != nullptr; ++i) {
+    if (pnLengths[i] <= 0) continue;
+    if (nCount == kFewStrings) return -1;
+    anIndex[nCount] = i;
+    abFirst[nCount] = static_cast<unsigned char>(ppszStrings[i][0]);
+    ++nCount;
+  }
+  if (nCount == 0) return -1;
+  const unsigned long nLeft = segment.nSize - nOffset;
+  const unsigned long nScan = nLeft < kShortScan ? nLeft : kShortScan;
+  const unsigned char* pFrom = reinterpret_cast<const unsigned char*>(segment.pData) + nOffset;
+  // The strings whose first byte stands at nAt, in list order; the first
+  // that matches there whole is the answer.
+  auto matchAt = [&](unsigned long nAt) -> bool {
+    for (int k = 0; k < nCount; ++k) {
+      if (abFirst[k] != pFrom[nAt]) continue;
+      const int i = anIndex[k];
+      if (pnLengths[i] == 1 || MatchAt(nSegment, nOffset + nAt, ppszStrings[i],
+                                       static_cast<unsigned long>(pnLengths[i]))) {
+        nIndex = i;
+        return true;
+      }
+    }
+    return false;
+  };
+  unsigned long nAt = 0;
+#ifdef __SSE2__
+  // Sixteen bytes at a time: a bit for each byte that is some string's
+  // first byte.
+  __m128i aFirst[kFewStrings];
+  for (int k = 0; k < nCount; ++k) aFirst[k] = _mm_set1_epi8(static_cast<char>(abFirst[k]));
+  for (; nAt + 16 <= nScan; nAt += 16) {
+    const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(pFrom + nAt));
+    __m128i any = _mm_cmpeq_epi8(block, aFirst[0]);
+    for (int k = 1; k < nCount; ++k) any = _mm_or_si128(any, _mm_cmpeq_epi8(block, aFirst[k]));
+    for (unsigned nBits = static_cast<unsigned>(_mm_movemask_epi8(any)); nBits != 0;
+         nBits &= nBits - 1) {
+      const unsigned long nHit = nAt + static_cast<unsigned long>(__builtin_ctz(nBits));
+      if (matchAt(nHit)) return static_cast<long>(nHit);
+    }
+  }
+#endif
+  for (; nAt < nScan; ++nAt) {
+    if (matchAt(nAt)) return static_cast<long>(nAt);
+  }
+  // Nothing in the bytes looked at: the answer is known only when they were
+  // the last of the data.
+  const bool bLast = nScan == nLeft && segment.nStart + segment.nSize == nTotal;
+  return bLast ? static_cast<long>(nLeft) : -1;
+}
+
 long CKelStream::GetDelimitedLength(const char** ppszStrings,
                                     const int* pnLengths, int& nIndex) {
   if (ppszStrings == nullptr || pnLengths == nullptr) {
     throw CKelException(KEL_ERR_ARGUMENT, "CKelStream::GetDelimitedLength");
   }
   const Impl& s = *m_pImpl;
+  nIndex = -1;
+  const long nShort = s.ShortScan(ppszStrings, pnLengths, nIndex);
+  if (nShort >= 0) return nShort;
   NeedleSet needles(ppszStrings, pnLengths);
 
   bool abFirst[256] = {};
