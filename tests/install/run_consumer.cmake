@@ -22,6 +22,14 @@ foreach(lib varnadp qorvpi coldef ocimem)
   endif()
 endforeach()
 
+# The in-memory OCI's headers under Oracle's names, beside oci.h.
+foreach(h oci.h orid.h ocimem.h oratypes.h ocidfn.h ociver.h oci1.h oro.h ori.h orl.h ort.h
+          ociextp.h ociapr.h ociap.h ocixmldb.h oci8dp.h ocixstream.h)
+  if(NOT EXISTS ${prefix}/include/varnadp/${h})
+    message(FATAL_ERROR "${h} not installed beside oci.h")
+  endif()
+endforeach()
+
 run(${CMAKE_COMMAND} -S ${SOURCE_DIR} -B ${WORK_DIR}/build -DCMAKE_PREFIX_PATH=${prefix}
     -DCMAKE_CXX_COMPILER=${CXX})
 run(${CMAKE_COMMAND} --build ${WORK_DIR}/build)
