@@ -91,12 +91,15 @@ CAdp::CAdp(DB_SPECIAL_STRINGS* pSpecialStrings)
 
   std::memset(m_abSpecialLead, 0, sizeof m_abSpecialLead);
   m_bEmptySpecial = 0;
+  m_nLeadBytes = 0;
   for (int i = 0; m_apszSpecial[i] != nullptr; ++i) {
     if (m_anSpecialLen[i] == 0) {
       m_bEmptySpecial = 1;
-    } else {
-      m_abSpecialLead[static_cast<unsigned char>(m_apszSpecial[i][0])] = 1;
+      continue;
     }
+    const unsigned char bLead = static_cast<unsigned char>(m_apszSpecial[i][0]);
+    if (!m_abSpecialLead[bLead]) m_abLeadBytes[m_nLeadBytes++] = bLead;
+    m_abSpecialLead[bLead] = 1;
   }
 
   std::memset(&m_RootDef, 0, sizeof m_RootDef);

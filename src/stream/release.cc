@@ -3,6 +3,10 @@
 
 #include <cstring>
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 #include "adapter/adp.h"
 #include "interface/err_lookup.h"
 #include "interface/trace_func.h"
@@ -17,6 +21,30 @@ int EqualAsStrncmp(const char* pA, const char* pB, long nLength) {
     if (pA[i] == '\0') return 1;
   }
   return 1;
+}
+
+// The first byte at or after p that is one of the nLeads lead bytes (also
+// marked in abLead), or pEnd: sixteen bytes at a time while they last.
+const char* FindLead(const char* p, const char* pEnd, const unsigned char* abLeads, int nLeads,
+                     const unsigned char* abLead) {
+#ifdef __SSE2__
+  if (nLeads > 0 && pEnd - p >= 16) {
+    __m128i aLead[5];
+    for (int k = 0; k < nLeads; ++k) aLead[k] = _mm_set1_epi8(static_cast<char>(abLeads[k]));
+    for (; pEnd - p >= 16; p += 16) {
+      const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+      __m128i any = _mm_cmpeq_epi8(block, aLead[0]);
+      for (int k = 1; k < nLeads; ++k) any = _mm_or_si128(any, _mm_cmpeq_epi8(block, aLead[k]));
+      const unsigned nBits = static_cast<unsigned>(_mm_movemask_epi8(any));
+      if (nBits != 0) return p + __builtin_ctz(nBits);
+    }
+  }
+#else
+  (void)abLeads;
+  (void)nLeads;
+#endif
+  while (p < pEnd && !abLead[static_cast<unsigned char>(*p)]) ++p;
+  return p;
 }
 
 }  // namespace
@@ -59,7 +87,10 @@ long CAdp::_WriteStringAddRelease(void* pData, unsigned long nSize, int bEscape)
   const unsigned char* pLead = m_abSpecialLead;
   const bool bEverywhere = m_bEmptySpecial != 0;
   for (const char* pPos = pBegin; pPos < pEnd; ++pPos) {
-    if (!bEverywhere && !pLead[static_cast<unsigned char>(*pPos)]) continue;
+    if (!bEverywhere) {
+      pPos = FindLead(pPos, pEnd, m_abLeadBytes, m_nLeadBytes, pLead);
+      if (pPos == pEnd) break;
+    }
     if (!_IsSpecialString(pPos, pEnd)) continue;
     if (pPos != pRun) m_Out.Write(pRun, static_cast<unsigned long>(pPos - pRun));
     m_Out.Write(m_szRelease, static_cast<unsigned long>(m_nReleaseLen));
