@@ -28,16 +28,28 @@ int EqualAsStrncmp(const char* pA, const char* pB, long nLength) {
 const char* FindLead(const char* p, const char* pEnd, const unsigned char* abLeads, int nLeads,
                      const unsigned char* abLead) {
 #ifdef __SSE2__
-  if (nLeads > 0 && pEnd - p >= 16) {
+  if (nLeads > 0) {
     __m128i aLead[5];
     for (int k = 0; k < nLeads; ++k) aLead[k] = _mm_set1_epi8(static_cast<char>(abLeads[k]));
-    for (; pEnd - p >= 16; p += 16) {
-      const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+    auto leadBits = [&](const __m128i& block) {
       __m128i any = _mm_cmpeq_epi8(block, aLead[0]);
       for (int k = 1; k < nLeads; ++k) any = _mm_or_si128(any, _mm_cmpeq_epi8(block, aLead[k]));
-      const unsigned nBits = static_cast<unsigned>(_mm_movemask_epi8(any));
+      return static_cast<unsigned>(_mm_movemask_epi8(any));
+    };
+    for (; pEnd - p >= 16; p += 16) {
+      const unsigned nBits = leadBits(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)));
       if (nBits != 0) return p + __builtin_ctz(nBits);
     }
+    // The last few bytes through a copy, so that nothing past the value is read.
+    if (p < pEnd) {
+      alignas(16) char acTail[16] = {};
+      const long nTail = pEnd - p;
+      std::memcpy(acTail, p, static_cast<size_t>(nTail));
+      const unsigned nBits = leadBits(_mm_load_si128(reinterpret_cast<const __m128i*>(acTail))) &
+                             ((1u << nTail) - 1u);
+      return nBits != 0 ? p + __builtin_ctz(nBits) : pEnd;
+    }
+    return p;
   }
 #else
   (void)abLeads;
