@@ -288,4 +288,56 @@ TEST_F(ReleaseTest, SetsListTheirStringsInOrder) {
   EXPECT_EQ((std::vector<int>{1, 1, 2, 1, 1, 0}), std::vector<int>(pnSpecial, pnSpecial + 6));
 }
 
+// Escaping as the format defines it, one byte position after another: the
+// strings tested in the order group start, group end, delimiter, release,
+// terminator, each over its own length.
+std::string ReferenceEscape(const std::string& value, const std::vector<std::string>& specials,
+                            char cRelease) {
+  std::string out;
+  for (size_t i = 0; i < value.size(); ++i) {
+    for (const std::string& special : specials) {
+      if (!special.empty() && value.compare(i, special.size(), special) == 0) {
+        out += cRelease;
+        break;
+      }
+    }
+    out += value[i];
+  }
+  return out;
+}
+
+// Values of every length up to 100 over an alphabet rich in special bytes,
+// so that specials stand at every offset of a sixteen-byte block and in the
+// last bytes of a value, with the default strings and with a two-byte
+// delimiter, a three-byte terminator and another release.
+TEST_F(ReleaseTest, EscapingAgreesWithAByteByByteReferenceOnRandomValues) {
+  DB_SPECIAL_STRINGS configured = Special("2", "<>", "3", "END", "~");
+  struct Set {
+    DB_SPECIAL_STRINGS* pSpecial;
+    std::vector<std::string> specials;
+    char cRelease;
+    const char* pszAlphabet;
+  };
+  const Set sets[] = {
+      {nullptr, {"[", "]", "|", "!", "\r\n"}, '!', "ab|!][\r\nxyz"},
+      {&configured, {"[", "]", "<>", "~", "END"}, '~', "a<>~[]ENDx|!"},
+  };
+  unsigned nSeed = 12345;
+  auto next = [&nSeed]() {
+    nSeed = nSeed * 1103515245u + 12345u;
+    return (nSeed >> 16) & 0x7fff;
+  };
+  for (const Set& set : sets) {
+    Use(set.pSpecial);
+    const std::string alphabet = set.pszAlphabet;
+    for (int nRound = 0; nRound < 2000; ++nRound) {
+      std::string value(next() % 101, '\0');
+      for (char& c : value) c = alphabet[next() % alphabet.size()];
+      const std::string expected = ReferenceEscape(value, set.specials, set.cRelease);
+      EXPECT_EQ(static_cast<long>(expected.size()), Escape(value)) << value;
+      ASSERT_EQ(expected, Written()) << value;
+    }
+  }
+}
+
 }  // namespace
