@@ -354,7 +354,8 @@ bool ValueFromBind(const BindHandle& bind, size_t row, Value* out, SqlError* err
   }
   size_t stride = bind.value_sz > 0 ? static_cast<size_t>(bind.value_sz) : 0;
   const auto* indp = static_cast<const sb2*>(bind.indp);
-  if (indp != nullptr && indp[row] == OCI_IND_NULL) return true;
+  // Every input indicator below zero means NULL, -1 and the values under it alike.
+  if (indp != nullptr && indp[row] < 0) return true;
   const unsigned char* p = static_cast<const unsigned char*>(bind.valuep);
   size_t len = bind.alenp != nullptr ? bind.alenp[row] : stride;
   if (p == nullptr) return true;  // no buffer binds NULL
@@ -615,13 +616,13 @@ bool StoreValue(const Value& v, const ValueType& t, void* slot, OCIInd* ind, con
       } else {
         SetNullInfo(t, ind, OCI_IND_NOTNULL);
       }
-      return CheckNestedSizes(t, slot, ind, error);
+      return FitNestedValues(t, slot, ind, error);
     }
     case ValueKind::kCollection: {
       if (v.kind != Value::Kind::kCollection || v.tdo != t.named.get()) return mismatch();
       if (AssignSlot(nullptr, t, slot, v.handle) != AssignResult::kOk) return mismatch();
       *ind = v.ind != nullptr ? *v.ind : OCI_IND_NOTNULL;
-      return CheckNestedSizes(t, slot, ind, error);
+      return FitNestedValues(t, slot, ind, error);
     }
     case ValueKind::kRef:
       return mismatch();
@@ -629,7 +630,7 @@ bool StoreValue(const Value& v, const ValueType& t, void* slot, OCIInd* ind, con
   return mismatch();
 }
 
-bool CheckNestedSizes(const ValueType& t, const void* slot, const OCIInd* ind, SqlError* error) {
+bool FitNestedValues(const ValueType& t, void* slot, const OCIInd* ind, SqlError* error) {
   auto too_large = [error]() {
     return SetError(error, 22814, "attribute or element value is larger than specified in type");
   };
@@ -637,12 +638,19 @@ bool CheckNestedSizes(const ValueType& t, const void* slot, const OCIInd* ind, S
     case ValueKind::kString:
     case ValueKind::kRaw: {
       if (*ind == OCI_IND_NULL || t.length == 0) return true;
-      const void* value = *static_cast<void* const*>(slot);
-      if (value == nullptr) return true;
-      std::string bytes(reinterpret_cast<const char*>(VarBytes(value)), VarLength(value));
+      void** value = static_cast<void**>(slot);
+      if (*value == nullptr) return true;
+      std::string bytes(reinterpret_cast<const char*>(VarBytes(*value)), VarLength(*value));
       size_t actual =
           t.kind == ValueKind::kString && t.char_semantics ? CharCount(bytes) : bytes.size();
-      return actual <= t.length || too_large();
+      if (actual > t.length) return too_large();
+      if (t.kind == ValueKind::kString && t.typecode == OCI_TYPECODE_CHAR && actual < t.length) {
+        bytes.append(t.length - actual, ' ');
+        if (!AssignVarBlock(nullptr, bytes.data(), static_cast<ub4>(bytes.size()), value)) {
+          return SetError(error, 4030, "out of process memory");
+        }
+      }
+      return true;
     }
     case ValueKind::kNumber: {
       if (*ind == OCI_IND_NULL) return true;
@@ -655,7 +663,7 @@ bool CheckNestedSizes(const ValueType& t, const void* slot, const OCIInd* ind, S
     case ValueKind::kObject: {
       if (ind[0] == OCI_IND_NULL) return true;
       for (const Attribute& a : t.named->attributes) {
-        if (!CheckNestedSizes(a.type, static_cast<const unsigned char*>(slot) + a.offset,
+        if (!FitNestedValues(a.type, static_cast<unsigned char*>(slot) + a.offset,
                               IndAt(ind, a.ind_offset), error)) {
           return false;
         }
@@ -664,14 +672,14 @@ bool CheckNestedSizes(const ValueType& t, const void* slot, const OCIInd* ind, S
     }
     case ValueKind::kCollection: {
       if (*ind == OCI_IND_NULL) return true;
-      const OCIColl* coll = *static_cast<OCIColl* const*>(slot);
+      OCIColl* coll = *static_cast<OCIColl**>(slot);
       if (coll == nullptr) return true;
       if (coll->type->max_elements > 0 &&
           coll->size() > static_cast<size_t>(coll->type->max_elements)) {
         return SetError(error, 22909, "exceeded maximum VARRAY limit");
       }
       for (size_t i = 0; i < coll->size(); ++i) {
-        if (!CheckNestedSizes(coll->element_type(), coll->ValueAt(i), coll->IndAt(i), error)) {
+        if (!FitNestedValues(coll->element_type(), coll->ValueAt(i), coll->IndAt(i), error)) {
           return false;
         }
       }

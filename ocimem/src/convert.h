@@ -55,9 +55,10 @@ bool ValueFromLiteral(const Expr& expr, Value* out, SqlError* error);
 bool StoreValue(const Value& v, const ValueType& t, void* slot, OCIInd* ind, const Target& target,
                 SqlError* error);
 
-// Checks the string lengths and number precisions inside an object or collection value
-// against its type: ORA-22814 for the first that does not fit.
-bool CheckNestedSizes(const ValueType& t, const void* slot, const OCIInd* ind, SqlError* error);
+// Fits an object or collection value about to be stored to its type, as the server does:
+// checks the string lengths and number precisions inside it (ORA-22814 for the first that
+// does not fit) and blank-pads every CHAR(n) attribute and element to n.
+bool FitNestedValues(const ValueType& t, void* slot, const OCIInd* ind, SqlError* error);
 
 // The name Oracle prints for a type in ORA-00932.
 std::string TypeName(const ValueType& t);

@@ -81,7 +81,7 @@ bool StoreLoose(const ExecContext& ctx, const Expr& e, const ValueType& t, void*
 bool StoreColumn(const ExecContext& ctx, const Expr& e, const Value& v, const ValueType& t,
                  void* slot, OCIInd* ind, const Target& target, SqlError* error) {
   if (e.kind == Expr::Kind::kConstructor) {
-    return BuildConstructed(ctx, e, t, slot, ind, error) && CheckNestedSizes(t, slot, ind, error);
+    return BuildConstructed(ctx, e, t, slot, ind, error) && FitNestedValues(t, slot, ind, error);
   }
   return StoreValue(v, t, slot, ind, target, error);
 }
