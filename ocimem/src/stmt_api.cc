@@ -210,6 +210,8 @@ sword OCIStmtPrepare(OCIStmt* stmtp, OCIError* errhp, const OraText* stmt, ub4 s
   if (s == nullptr) return OCI_INVALID_HANDLE;
   if (stmt_len == 0) return Fail(errhp, 24373, "invalid length specified for statement");
   if (stmt == nullptr) return FailArgument(errhp, 3);
+  // Many programs pass strlen(text) + 1: a terminating NUL is no part of the statement.
+  while (stmt_len > 0 && stmt[stmt_len - 1] == '\0') --stmt_len;
   s->text.assign(reinterpret_cast<const char*>(stmt), stmt_len);
   s->statement_type = ClassifyStatement(s->text);
   s->placeholders = Placeholders(s->text);

@@ -609,6 +609,37 @@ TEST_F(DmlTest, FailingStatementLeavesEarlierWorkOfTheTransaction) {
   EXPECT_EQ(std::vector<std::string>{"a"}, Column("select name from emp"));
 }
 
+// Many programs pass strlen(sql) + 1 as the length: the NUL is no part of the statement.
+TEST_F(DmlTest, StatementLengthThatCountsTheTerminatingNulIsAccepted) {
+  const char sql[] = "insert into emp (id, name) values (7, 'Nul')";
+  OCIStmt* stmt = nullptr;
+  ASSERT_EQ(OCI_SUCCESS,
+            OCIHandleAlloc(env_, reinterpret_cast<void**>(&stmt), OCI_HTYPE_STMT, 0, nullptr));
+  stmts_.push_back(stmt);
+  ASSERT_EQ(OCI_SUCCESS, OCIStmtPrepare(stmt, err_, Text(sql), static_cast<ub4>(sizeof sql),
+                                        OCI_NTV_SYNTAX, OCI_DEFAULT));
+  ub2 type = 0;
+  ASSERT_EQ(OCI_SUCCESS,
+            OCIAttrGet(stmt, OCI_HTYPE_STMT, &type, nullptr, OCI_ATTR_STMT_TYPE, err_));
+  EXPECT_EQ(OCI_STMT_INSERT, type);
+  ASSERT_EQ(OCI_SUCCESS, Execute(stmt)) << FirstError(err_);
+  EXPECT_EQ(std::vector<std::string>{"Nul"}, Column("select name from emp where id = 7"));
+}
+
+// An input indicator below -1 means NULL as -1 does, whatever the buffer holds.
+TEST_F(DmlTest, InputIndicatorBelowMinusOneBindsNull) {
+  for (sb2 ind : {static_cast<sb2>(-1), static_cast<sb2>(-2), static_cast<sb2>(-100)}) {
+    MustExec("delete from emp");
+    OCIStmt* stmt = Prepare("insert into emp (id, name, sal) values (1, 'Ind', :1)");
+    double sal = 99.5;
+    OCIBind* b = nullptr;
+    ASSERT_EQ(OCI_SUCCESS, OCIBindByPos(stmt, &b, err_, 1, &sal, sizeof sal, SQLT_FLT, &ind,
+                                        nullptr, nullptr, 0, nullptr, OCI_DEFAULT));
+    ASSERT_EQ(OCI_SUCCESS, Execute(stmt)) << FirstError(err_);
+    EXPECT_EQ(std::vector<std::string>{"<null>"}, Column("select sal from emp")) << ind;
+  }
+}
+
 struct BadSql {
   const char* sql;
   const char* text;
