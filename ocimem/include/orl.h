@@ -81,6 +81,12 @@ sword OCICollAppend(OCIEnv *env, OCIError *err, const void *elem, const void *el
 sword OCICollGetElem(OCIEnv *env, OCIError *err, const OCIColl *coll, sb4 index, boolean *exists, void **elem, void **elemind);
 sword OCICollAssignElem(OCIEnv *env, OCIError *err, sb4 index, const void *elem, const void *elemind, OCIColl *coll);
 sword OCITableSize(OCIEnv *env, OCIError *err, const OCITable *tbl, sb4 *size);
+sword OCITableExists(OCIEnv *env, OCIError *err, const OCITable *tbl, sb4 index, boolean *exists);
+sword OCITableDelete(OCIEnv *env, OCIError *err, sb4 index, OCITable *tbl);
+sword OCITableFirst(OCIEnv *env, OCIError *err, const OCITable *tbl, sb4 *index);
+sword OCITableLast(OCIEnv *env, OCIError *err, const OCITable *tbl, sb4 *index);
+sword OCITableNext(OCIEnv *env, OCIError *err, sb4 index, const OCITable *tbl, sb4 *next_index, boolean *exists);
+sword OCITablePrev(OCIEnv *env, OCIError *err, sb4 index, const OCITable *tbl, sb4 *prev_index, boolean *exists);
 sword OCIIterCreate(OCIEnv *env, OCIError *err, const OCIColl *coll, OCIIter **itr);
 sword OCIIterDelete(OCIEnv *env, OCIError *err, OCIIter **itr);
 sword OCIIterNext(OCIEnv *env, OCIError *err, OCIIter *itr, void **elem, void **elemind, boolean *eoc);

@@ -113,6 +113,31 @@ void OCIColl::TrimBack(size_t n) {
     ocimem::FreeSlot(element_type(), block);
     Poison(block, stride_);
   }
+  // Trimmed holes go with their positions.
+  while (deleted_.size() > size_) {
+    if (deleted_.back()) --holes_;
+    deleted_.pop_back();
+  }
+}
+
+bool OCIColl::MakeHole(size_t i) {
+  if (i >= size_ || IsHole(i)) return false;
+  if (deleted_.size() <= i) {
+    try {
+      deleted_.resize(size_, false);
+    } catch (const std::bad_alloc&) {
+      return false;
+    }
+  }
+  deleted_[i] = true;
+  ++holes_;
+  return true;
+}
+
+void OCIColl::FillHole(size_t i) {
+  if (!IsHole(i)) return;
+  deleted_[i] = false;
+  --holes_;
 }
 
 void OCIColl::Disown(OCIIter* it) {
@@ -137,7 +162,13 @@ bool CopyCollection(Env* env, const OCIColl& src, OCIColl* dst) {
   if (&src == dst) return true;
   dst->Clear();
   const ValueType& t = dst->element_type();
+  const bool stored = dst->env == nullptr;
   for (size_t i = 0; i < src.size(); ++i) {
+    if (src.IsHole(i)) {
+      if (stored) continue;
+      if (!dst->Grow() || !dst->MakeHole(dst->size() - 1)) return false;
+      continue;
+    }
     if (!dst->Grow()) return false;
     size_t last = dst->size() - 1;
     if (AssignSlot(env, t, dst->ValueAt(last), ElementForm(t, src.ValueAt(i))) !=

@@ -2,7 +2,9 @@
 // its own block, carved from chunks of under 1 KiB the collection allocates, so
 // element addresses handed out stay valid while the collection grows; the element's null
 // information follows its value in the block.  Blocks of trimmed elements are kept for the
-// elements appended next.  A collection owns the
+// elements appended next.  A nested table's deleted elements stay in place as holes (their
+// blocks keep a value, so an address handed out before stays readable) until trimmed or
+// assigned again.  A collection owns the
 // iterators made on it, so iterators that are never deleted go with their collection.
 #ifndef OCIMEM_SRC_COLL_H
 #define OCIMEM_SRC_COLL_H
@@ -34,7 +36,17 @@ struct OCIColl {
   std::vector<OCIIter*> iterators;
 
   const ocimem::ValueType& element_type() const { return type->element; }
+  // Positions in use, holes included (OCICollSize).
   size_t size() const { return size_; }
+  // Positions that hold an element (OCITableSize).
+  size_t live_count() const { return size_ - holes_; }
+  bool IsHole(size_t i) const { return i < deleted_.size() && deleted_[i]; }
+  // Existing positions: i < size() and not a hole.
+  bool Exists(size_t i) const { return i < size_ && !IsHole(i); }
+  // Makes element i a hole; false when out of memory.
+  bool MakeHole(size_t i);
+  // Element i holds an element again (OCICollAssignElem on a hole).
+  void FillHole(size_t i);
   void* ValueAt(size_t i) const { return blocks_[i]; }
   OCIInd* IndAt(size_t i) const {
     return reinterpret_cast<OCIInd*>(blocks_[i] + ind_offset_);
@@ -53,6 +65,9 @@ struct OCIColl {
   size_t ind_offset_;
   size_t stride_;                       // bytes per block, a multiple of the max alignment
   size_t size_ = 0;                     // elements in use: blocks_[0, size_)
+  // Deleted positions; empty until the first OCITableDelete, never longer than size_.
+  std::vector<bool> deleted_;
+  size_t holes_ = 0;  // true entries of deleted_
   std::vector<unsigned char*> blocks_;  // every block carved so far, in element order
   // What the blocks are carved from, with their sizes in bytes: the first chunk, the
   // others, and the one blocks are carved from now.
@@ -73,7 +88,10 @@ struct OCIIter {
 namespace ocimem {
 OCIColl* AsColl(const void* p);
 OCIIter* AsIter(const void* p);
-// Deep copy of every element of src into dst (same element type), replacing dst's.
+// Deep copy of every element of src into dst (same element type), replacing dst's.  Holes
+// are copied as holes into a collection of the client; a collection held by the database
+// (owned by no environment) receives only the existing elements, in order, as Oracle stores
+// a nested table without its deleted elements.
 bool CopyCollection(Env* env, const OCIColl& src, OCIColl* dst);
 }  // namespace ocimem
 

@@ -60,18 +60,6 @@ sword OCICollSize(OCIEnv* envh, OCIError* err, const OCIColl* coll, sb4* size) {
   return OCI_SUCCESS;
 }
 
-sword OCITableSize(OCIEnv* envh, OCIError* err, const OCITable* tbl, sb4* size) {
-  Env* env = nullptr;
-  sword rc = EnterCollCall("OCITableSize", envh, err, &env);
-  if (rc != OCI_SUCCESS) return rc;
-  const OCIColl* c = AsColl(tbl);
-  if (c == nullptr) return FailArgument(err, 3);
-  if (size == nullptr) return FailArgument(err, 4);
-  // Elements are never deleted, so a nested table has no holes to leave out.
-  *size = static_cast<sb4>(c->size());
-  return OCI_SUCCESS;
-}
-
 sb4 OCICollMax(OCIEnv* envh, const OCIColl* coll) {
   sword rc;
   if (EnterNoErr("OCICollMax", &rc)) return rc;
@@ -125,8 +113,8 @@ sword OCICollGetElem(OCIEnv* envh, OCIError* err, const OCIColl* coll, sb4 index
   if (c == nullptr) return FailArgument(err, 3);
   if (exists == nullptr) return FailArgument(err, 5);
   if (elem == nullptr) return FailArgument(err, 6);
-  if (index < 0 || static_cast<size_t>(index) >= c->size()) {
-    *exists = FALSE;
+  if (index < 0 || !c->Exists(static_cast<size_t>(index))) {
+    *exists = FALSE;  // past the end, or a deleted element of a nested table
     return OCI_SUCCESS;
   }
   *exists = TRUE;
@@ -146,7 +134,10 @@ sword OCICollAssignElem(OCIEnv* envh, OCIError* err, sb4 index, const void* elem
   if (index < 0 || static_cast<size_t>(index) >= c->size()) {
     return IndexError(err, index, 0, static_cast<long long>(c->size()) - 1);
   }
-  return StoreElement(env, err, c, static_cast<size_t>(index), elem, elemind, 4);
+  const auto i = static_cast<size_t>(index);
+  rc = StoreElement(env, err, c, i, elem, elemind, 4);
+  if (rc == OCI_SUCCESS) c->FillHole(i);  // a deleted element is inserted again
+  return rc;
 }
 
 sword OCIIterCreate(OCIEnv* envh, OCIError* err, const OCIColl* coll, OCIIter** itr) {
@@ -192,6 +183,7 @@ sword OCIIterNext(OCIEnv* envh, OCIError* err, OCIIter* itr, void** elem, void**
   if (elem == nullptr) return FailArgument(err, 4);
   if (eoc == nullptr) return FailArgument(err, 6);
   auto next = static_cast<size_t>(it->position + 1);
+  while (next < it->coll->size() && it->coll->IsHole(next)) ++next;  // holes are skipped
   if (next >= it->coll->size()) {
     *eoc = TRUE;  // stays on the last element; elem and elemind untouched
     return OCI_SUCCESS;
