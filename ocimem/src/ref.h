@@ -1,5 +1,7 @@
 // REF values.  Objects are kept by value only, so every REF that ocimem makes is a null
-// REF; the slot and its copies exist so that REF attributes have Oracle's layout.
+// REF; the slot and its copies exist so that REF attributes have Oracle's layout.  The one
+// exception is the REF to a type descriptor that describe hands out (OCI_ATTR_REF_TDO),
+// which OCIDescribeAny takes back with OCI_OTYPE_REF.
 #ifndef OCIMEM_SRC_REF_H
 #define OCIMEM_SRC_REF_H
 
@@ -13,6 +15,7 @@ constexpr ub4 kLiveRef = 0x52454646U;
 struct OCIRef {
   OCIMEM_RECYCLED(OCIRef)
   ub4 live = ocimem::kLiveRef;
+  OCIType* tdo = nullptr;  // OCI_ATTR_REF_TDO: the type, kept alive by its parameter
 };
 
 namespace ocimem {
