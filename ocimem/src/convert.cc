@@ -6,6 +6,7 @@
 
 #include "coll.h"
 #include "lob.h"
+#include "session_nls.h"
 #include "value_descriptors.h"
 #include "value_slot.h"
 #include "values/date_format.h"
@@ -42,7 +43,7 @@ bool EncodeDecimal(const Decimal& d, OCINumber* out) {
 
 size_t DateMaskText(const OCIDate& d, std::string* out) {
   const values::DateMask* mask = nullptr;
-  if (values::CachedDateMask(values::MaskOrDefault(nullptr, 0), &mask) != 0) return 0;
+  if (values::CachedDateMask(CurrentNls().date_format, &mask) != 0) return 0;
   values::DateTimeFields v;
   v.year = d.OCIDateYYYY;
   v.month = d.OCIDateMM;
@@ -58,7 +59,7 @@ namespace {
 
 bool DateFromText(const std::string& text, OCIDate* out, SqlError* error) {
   const values::DateMask* mask = nullptr;
-  if (int ora = values::CachedDateMask(values::MaskOrDefault(nullptr, 0), &mask)) {
+  if (int ora = values::CachedDateMask(CurrentNls().date_format, &mask)) {
     return SetError(error, ora, values::DateErrorText(ora));
   }
   values::DateParseOptions options;

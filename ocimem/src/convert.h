@@ -75,7 +75,7 @@ bool DefineFits(ub2 dty, const ValueType& t);
 bool NumberFromText(const std::string& text, OCINumber* out);
 
 // Text forms of values converted to character types: a number as TO_CHAR writes it, a date
-// in the default mask DD-MON-YY (returns 0 when it cannot be shown), raw bytes as hex.
+// in the session's NLS_DATE_FORMAT (returns 0 when it cannot be shown), raw bytes as hex.
 std::string NumberText(const OCINumber& n);
 size_t DateMaskText(const OCIDate& d, std::string* out);
 std::string HexText(const std::string& bytes);

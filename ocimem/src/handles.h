@@ -17,6 +17,7 @@
 
 #include "oci.h"
 #include "recycle.h"
+#include "session_nls.h"
 
 namespace ocimem {
 
@@ -116,6 +117,7 @@ struct Session : Handle {
   std::shared_ptr<Database> db;  // set while the session is begun
   std::string schema;            // default schema of the begun session
   std::unique_ptr<Transaction> txn;  // open transaction (id 0 when none)
+  std::shared_ptr<const SessionNls> nls = DefaultNls();  // replaced whole by ALTER SESSION
 };
 
 struct SvcCtx : Handle {

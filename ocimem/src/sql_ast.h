@@ -110,6 +110,7 @@ struct DropTableStatement {
 struct Expr {
   enum class Kind {
     kNull, kNumber, kString, kBind, kEmptyClob, kEmptyBlob, kColumn, kValue, kConstructor,
+    kSessionTimeZone, kDbTimeZone,
   };
   Kind kind = Kind::kNull;
   std::string text;       // number or string literal, bind name (upper case), column name
@@ -160,13 +161,23 @@ struct DeleteStatement {
   std::vector<Condition> where;
 };
 
+// ALTER SESSION SET name = value ...
+struct AlterSessionStatement {
+  struct Setting {
+    std::string name;   // upper case
+    std::string value;  // a string literal's text, or a word upper-cased
+    bool quoted = false;
+  };
+  std::vector<Setting> settings;
+};
+
 struct CommitStatement {};
 struct RollbackStatement {};
 
 using Statement = std::variant<CreateTypeStatement, DropTypeStatement, CreateTableStatement,
                                DropTableStatement, InsertStatement, SelectStatement,
                                UpdateStatement, DeleteStatement, CommitStatement,
-                               RollbackStatement>;
+                               RollbackStatement, AlterSessionStatement>;
 
 }  // namespace ocimem
 

@@ -22,6 +22,9 @@ bool ExecuteStatement(const ExecContext& ctx, const Statement& statement, ExecRe
     return CreateTable(ctx, *s, error);
   }
   if (const auto* s = std::get_if<DropTableStatement>(&statement)) return DropTable(ctx, *s, error);
+  if (const auto* s = std::get_if<AlterSessionStatement>(&statement)) {
+    return AlterSession(ctx, *s, error);
+  }
   if (std::holds_alternative<CommitStatement>(statement)) {
     EndSessionTransaction(ctx.session, true);
     return true;

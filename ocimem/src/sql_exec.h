@@ -36,6 +36,8 @@ bool CreateType(const ExecContext& ctx, const CreateTypeStatement& s, SqlError* 
 bool DropType(const ExecContext& ctx, const DropTypeStatement& s, SqlError* error);
 bool CreateTable(const ExecContext& ctx, const CreateTableStatement& s, SqlError* error);
 bool DropTable(const ExecContext& ctx, const DropTableStatement& s, SqlError* error);
+// ALTER SESSION SET (alter_session.cc).
+bool AlterSession(const ExecContext& ctx, const AlterSessionStatement& s, SqlError* error);
 // Turns a written data type into a slot type, looking named types up in the catalog
 // (the caller holds the database mutex).
 bool ResolveType(const ExecContext& ctx, const DataTypeSpec& decl, const std::string& own_schema,

@@ -169,6 +169,10 @@ bool Parser::ParseStatement(Statement* out, SqlError* error) {
     if (AcceptWord("TABLE")) return ParseDropTable(out);
     return Fail(950, "invalid DROP option");
   }
+  if (AcceptWord("ALTER")) {
+    if (!AcceptWord("SESSION")) return Fail(940, "invalid ALTER command");
+    return ParseAlterSession(out);
+  }
   if (AcceptWord("INSERT")) return ParseInsert(out);
   if (AcceptWord("SELECT")) return ParseSelect(out);
   if (AcceptWord("UPDATE")) return ParseUpdate(out);
@@ -185,6 +189,28 @@ bool Parser::ParseStatement(Statement* out, SqlError* error) {
     return true;
   }
   return Fail(900, "invalid SQL statement");
+}
+
+bool Parser::ParseAlterSession(Statement* out) {
+  if (!AcceptWord("SET")) return Fail(922, "missing or invalid option");
+  AlterSessionStatement s;
+  do {
+    AlterSessionStatement::Setting setting;
+    if (!Peek().IsIdentifier()) return Fail(922, "missing or invalid option");
+    setting.name = Next().text;
+    if (!ExpectSymbol("=")) return false;
+    const Token& value = Peek();
+    if (value.kind == TokenKind::kString) {
+      setting.quoted = true;
+    } else if (!value.IsIdentifier()) {
+      return Fail(922, "missing or invalid option");
+    }
+    setting.value = Next().text;
+    s.settings.push_back(std::move(setting));
+  } while (Peek().kind != TokenKind::kEnd && !Peek().IsSymbol(";"));
+  if (!ExpectEnd(922)) return false;
+  *out = std::move(s);
+  return true;
 }
 
 bool Parser::ParseCreateType(Statement* out, bool or_replace) {

@@ -49,6 +49,7 @@ class Parser {
   bool ParseSigned(long long min, long long max, int code, std::string_view message,
                    long long* out);
 
+  bool ParseAlterSession(Statement* out);
   bool ParseCreateType(Statement* out, bool or_replace);
   bool ParseCreateTable(Statement* out);
   bool ParseColumnConstraints(ColumnSpec* column);

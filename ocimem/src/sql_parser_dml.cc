@@ -177,6 +177,11 @@ bool Parser::ParseValue(Expr* out) {
     Next();
     return ExpectSymbol(")");
   }
+  if (t.IsWord("SESSIONTIMEZONE") || t.IsWord("DBTIMEZONE")) {
+    out->kind = t.IsWord("DBTIMEZONE") ? Expr::Kind::kDbTimeZone : Expr::Kind::kSessionTimeZone;
+    Next();
+    return true;
+  }
   if (t.IsWord("VALUE") && Peek(1).IsSymbol("(")) {
     Next();
     Next();

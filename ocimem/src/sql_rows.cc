@@ -3,7 +3,9 @@
 
 #include <cstring>
 
+#include "session_nls.h"
 #include "value_slot.h"
+#include "values/date_format.h"
 
 namespace ocimem {
 namespace {
@@ -110,6 +112,16 @@ bool Evaluate(const ExecContext& ctx, const Expr& e, Value* out, SqlError* error
     const BindHandle* b = BindFor(*ctx.stmt, e.bind);
     if (b == nullptr) return SetError(error, 1008, "not all variables bound");
     return ValueFromBind(*b, ctx.iteration, out, error);
+  }
+  if (e.kind == Expr::Kind::kSessionTimeZone || e.kind == Expr::Kind::kDbTimeZone) {
+    *out = Value();
+    out->kind = Value::Kind::kText;
+    if (e.kind == Expr::Kind::kDbTimeZone) {
+      out->bytes = DbTimeZoneText();
+    } else if (int ora = SessionTimeZoneText(*ctx.session->nls, &out->bytes)) {
+      return SetError(error, ora, values::DateErrorText(ora));
+    }
+    return true;
   }
   return ValueFromLiteral(e, out, error);
 }

@@ -80,6 +80,7 @@ struct StmtHandle : Handle {
   std::unique_ptr<Cursor> cursor;
   Session* session = nullptr;  // of the last execute
   Env* session_env = nullptr;  // the environment of that session
+  std::shared_ptr<const SessionNls> nls;  // that session's settings when it executed
 };
 
 inline StmtHandle* AsStmt(const void* p) { return AsHandle<StmtHandle>(p, OCI_HTYPE_STMT); }

@@ -133,6 +133,7 @@ Session* LiveSession(StmtHandle* s) {
 
 // Fetches up to `nrows` rows of the open cursor into the defines.
 sword FetchRows(StmtHandle* s, OCIError* err, ub4 nrows) {
+  ScopedNls nls(s->nls.get());
   Cursor& c = *s->cursor;
   if (s->defines.empty()) {
     return Fail(err, 24374, "define not done before fetch or execute and fetch");
@@ -256,6 +257,8 @@ sword OCIStmtExecute(OCISvcCtx* svchp, OCIStmt* stmtp, OCIError* errhp, ub4 iter
   s->param_count = 0;
   s->session = session;
   s->session_env = svc->env;
+  s->nls = session->nls;
+  ScopedNls nls(s->nls.get());
   ExecContext ctx{session->db.get(), session->schema, session->db, session, s, 0};
   for (size_t i = 0; i < s->placeholders.size(); ++i) {
     bool bound = false;
