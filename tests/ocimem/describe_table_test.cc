@@ -31,7 +31,7 @@ struct ColumnCase {
   ub2 charset_id;
 };
 
-// decision: DATA_TYPE of a column is Oracle's internal code (180..183 and 231 for datetime
+// decisions DS6, DS7, DS9: DATA_TYPE of a column is Oracle's internal code (180..183 and 231 for datetime
 // and interval columns, 111 for REF, 108 for object and collection columns); DATA_SIZE,
 // PRECISION and SCALE are those of a type attribute of the same type (0 bytes for LOB, REF,
 // object and collection columns); character set ids are AL32UTF8 (873) and, for national
@@ -94,7 +94,7 @@ TEST_F(DescribeTableTest, RelationalTableReportsEveryColumn) {
     EXPECT_EQ(c.charset_form, Attr<ub1>(col, OCI_ATTR_CHARSET_FORM));
     EXPECT_EQ(c.charset_id, Attr<ub2>(col, OCI_ATTR_CHARSET_ID));
     EXPECT_EQ(0, Attr<ub1>(col, OCI_ATTR_INVISIBLE_COL));
-    // decision: TYPECODE and NUM_ELEMS belong to type attributes and elements, not columns.
+    // decision DS8: TYPECODE and NUM_ELEMS belong to type attributes and elements, not columns.
     EXPECT_EQ(24315, AttrError(col, OCI_ATTR_TYPECODE));
     EXPECT_EQ(24315, AttrError(col, OCI_ATTR_NUM_ELEMS));
   }
@@ -120,7 +120,7 @@ TEST_F(DescribeTableTest, TableLevelAttributes) {
                    OCI_ATTR_PARTITIONED, OCI_ATTR_INDEX_ONLY}) {
     EXPECT_EQ(0, Attr<ub1>(table, attr)) << attr;
   }
-  // decision: a relational table has no type, so no REF_TDO.
+  // decision DS5: a relational table has no type, so no REF_TDO.
   EXPECT_EQ(24315, AttrError(table, OCI_ATTR_REF_TDO));
   // Attributes of types and of columns are illegal on a table.
   for (ub4 attr : {OCI_ATTR_NAME, OCI_ATTR_TYPECODE, OCI_ATTR_VERSION, OCI_ATTR_DATA_TYPE,
@@ -159,7 +159,7 @@ TEST_F(DescribeTableTest, ObjectKindsAreToldApart) {
   EXPECT_EQ(OCI_PTYPE_TABLE, Attr<ub1>(Describe("T", OCI_PTYPE_UNK), OCI_ATTR_PTYPE));
   EXPECT_EQ(OCI_PTYPE_TYPE, Attr<ub1>(Describe("ADDR_T", OCI_PTYPE_UNK), OCI_ATTR_PTYPE));
   EXPECT_EQ(1, Attr<ub2>(Describe("SCOTT.T", OCI_PTYPE_TABLE), OCI_ATTR_NUM_COLS));
-  // decision: a name of another kind than the one asked for is not found; ocimem has no
+  // decision DS1: a name of another kind than the one asked for is not found; ocimem has no
   // views, so OCI_PTYPE_VIEW finds nothing.
   EXPECT_EQ(OCI_ERROR, DescribeAs("T", OCI_PTYPE_TYPE));
   EXPECT_EQ("ORA-04043: object T does not exist", FirstError(err_));

@@ -115,7 +115,7 @@ INSTANTIATE_TEST_SUITE_P(
         AttrCase{"Varchar2Chars", "VARCHAR2(10 CHAR)", OCI_TYPECODE_VARCHAR2, SQLT_CHR, 40, 0, 0,
                  1},
         AttrCase{"Char", "CHAR(3)", OCI_TYPECODE_CHAR, SQLT_AFC, 3, 0, 0, 1},
-        // decision: national character sizes count AL16UTF16 bytes, two a character.
+        // decision DS7: national character sizes count AL16UTF16 bytes, two a character.
         AttrCase{"NVarchar2", "NVARCHAR2(5)", OCI_TYPECODE_VARCHAR2, SQLT_CHR, 10, 0, 0, 2},
         AttrCase{"Number", "NUMBER", OCI_TYPECODE_NUMBER, SQLT_NUM, 22, 0, -127, 0},
         AttrCase{"NumberP", "NUMBER(5)", OCI_TYPECODE_NUMBER, SQLT_NUM, 22, 5, 0, 0},

@@ -16,7 +16,7 @@ TEST_F(DescribeTypeLevelTest, ObjectTypeReportsItsKindVersionAndMethods) {
   EXPECT_EQ(OCI_TYPECODE_OBJECT, Attr<OCITypeCode>(top, OCI_ATTR_TYPECODE));
   EXPECT_EQ("SCOTT", TextAttr(top, OCI_ATTR_SCHEMA_NAME));
   EXPECT_EQ("DOC_T", TextAttr(top, OCI_ATTR_NAME));
-  // decision: the user-assigned version of every type made by CREATE TYPE is "$8.0".
+  // decision DS2: the user-assigned version of every type made by CREATE TYPE is "$8.0".
   EXPECT_EQ("$8.0", TextAttr(top, OCI_ATTR_VERSION));
   for (ub4 attr : {OCI_ATTR_IS_INCOMPLETE_TYPE, OCI_ATTR_IS_SYSTEM_TYPE,
                    OCI_ATTR_IS_PREDEFINED_TYPE, OCI_ATTR_IS_TRANSIENT_TYPE,
@@ -32,7 +32,7 @@ TEST_F(DescribeTypeLevelTest, ObjectTypeReportsItsKindVersionAndMethods) {
   EXPECT_EQ(OCI_PTYPE_LIST, Attr<ub1>(methods, OCI_ATTR_PTYPE));
   void* method = nullptr;
   EXPECT_EQ(OCI_NO_DATA, OCIParamGet(methods, OCI_DTYPE_PARAM, err_, &method, 1));
-  // decision: without methods there is no map or order method: a NULL parameter.
+  // decision DS4: without methods there is no map or order method: a NULL parameter.
   EXPECT_EQ(nullptr, Attr<OCIParam*>(top, OCI_ATTR_MAP_METHOD));
   EXPECT_EQ(nullptr, Attr<OCIParam*>(top, OCI_ATTR_ORDER_METHOD));
   // The described object's own name and schema.
@@ -53,7 +53,7 @@ struct Holds {
 };
 
 TEST_F(DescribeTypeLevelTest, WhatATypeHoldsCountsEmbeddedValuesButNotRefTargets) {
-  // decision: HAS_NESTED_TABLE, HAS_LOB and HAS_FILE look through embedded objects and
+  // decision DS3: HAS_NESTED_TABLE, HAS_LOB and HAS_FILE look through embedded objects and
   // collection elements, not through REFs; a nested table type has a nested table itself.
   MustExec("CREATE TYPE NUM_NT AS TABLE OF NUMBER");
   MustExec("CREATE TYPE NUM_VA AS VARRAY(3) OF NUMBER");
@@ -111,7 +111,7 @@ TEST_F(DescribeTypeLevelTest, RefTdoIsDescribedAgainThroughTheRef) {
         << FirstError(err_);
     EXPECT_EQ(expected[pos - 1], TextAttr(Top(again), OCI_ATTR_NAME));
   }
-  // decision: a scalar or REF attribute has no type descriptor of ours: ORA-24315.
+  // decision DS5: a scalar or REF attribute has no type descriptor of ours: ORA-24315.
   EXPECT_EQ(24315, AttrError(Item(list, 3), OCI_ATTR_REF_TDO));
   EXPECT_EQ(24315, AttrError(Item(list, 4), OCI_ATTR_REF_TDO));
   // The element of a collection of objects too.

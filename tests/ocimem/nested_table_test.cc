@@ -112,6 +112,7 @@ TEST_F(NestedTableTest, DeleteLeavesAHoleThatCollSizeStillCounts) {
 }
 
 TEST_F(NestedTableTest, GetElemOnAHoleLeavesTheOutputsAlone) {
+  // decision NT10
   OCITable* t = NewTable("NUM_NT", {10, 20});
   Delete(t, 0);
   boolean exists = TRUE;
@@ -142,7 +143,7 @@ TEST_F(NestedTableTest, FirstLastNextPrevSkipHoles) {
     bool prev_exists;
     sb4 prev;
   };
-  // decision: OCITableNext/Prev start anywhere (a hole, before the first, past the end) and
+  // decision NT9: OCITableNext/Prev start anywhere (a hole, before the first, past the end) and
   // leave the index untouched when nothing follows (shown as 99).
   const Step steps[] = {
       {-5, true, 2, false, 99}, {-1, true, 2, false, 99}, {0, true, 2, false, 99},
@@ -177,7 +178,7 @@ TEST_F(NestedTableTest, WalkWithFirstAndNextVisitsEveryExistingElement) {
 }
 
 TEST_F(NestedTableTest, FirstAndLastOfATableWithoutElementsFail) {
-  // decision: ORA-22166 for a table with no element, also when every element was deleted.
+  // decision NT2: ORA-22166 for a table with no element, also when every element was deleted.
   OCITable* empty = NewTable("NUM_NT", {});
   OCITable* gone = NewTable("NUM_NT", {1, 2});
   Delete(gone, 0);
@@ -204,7 +205,7 @@ TEST_F(NestedTableTest, DeleteErrors) {
   Delete(t, 1);
   EXPECT_EQ(OCI_ERROR, OCITableDelete(env_, err_, 1, t));
   EXPECT_EQ("ORA-22162: element at index [1] has been previously deleted", FirstError(err_));
-  // decision: an index outside the table is ORA-22165, as for OCICollAssignElem.
+  // decision NT1: an index outside the table is ORA-22165, as for OCICollAssignElem.
   EXPECT_EQ(OCI_ERROR, OCITableDelete(env_, err_, 3, t));
   EXPECT_EQ("ORA-22165: given index [3] must be in the range of [0] to [2]", FirstError(err_));
   EXPECT_EQ(OCI_ERROR, OCITableDelete(env_, err_, -1, t));
@@ -222,7 +223,7 @@ TEST_F(NestedTableTest, VarrayRefusesDeleteAndHasNoHoles) {
   EXPECT_EQ(OCI_ERROR, OCITableDelete(env_, err_, 0, va));
   EXPECT_EQ("ORA-22164: delete element operation is not allowed for variable-length array",
             FirstError(err_));
-  // decision: the other table calls take a VARRAY as a table without holes.
+  // decision NT8: the other table calls take a VARRAY as a table without holes.
   EXPECT_EQ(2, TableSize(va));
   EXPECT_TRUE(Exists(va, 1));
   EXPECT_FALSE(Exists(va, 2));
@@ -253,12 +254,12 @@ TEST_F(NestedTableTest, AppendGoesAfterTheHolesAndTrimTakesThemToo) {
   OCITable* t = NewTable("NUM_NT", {10, 20, 30, 40, 50});
   Delete(t, 3);
   Delete(t, 4);
-  Append(t, 60);  // decision: an append goes after the last position, holes stay
+  Append(t, 60);  // decision NT4: an append goes after the last position, holes stay
   EXPECT_EQ(6, CollSize(t));
   EXPECT_EQ(4, TableSize(t));
   EXPECT_EQ(60, At(t, 5));
   EXPECT_FALSE(Exists(t, 4));
-  // decision: OCICollTrim counts positions, holes included (OCICollSize).
+  // decision NT5: OCICollTrim counts positions, holes included (OCICollSize).
   ASSERT_EQ(OCI_SUCCESS, OCICollTrim(env_, err_, 3, t));
   EXPECT_EQ(3, CollSize(t));
   EXPECT_EQ(3, TableSize(t));
@@ -276,7 +277,7 @@ TEST_F(NestedTableTest, AppendGoesAfterTheHolesAndTrimTakesThemToo) {
 }
 
 TEST_F(NestedTableTest, IteratorsSkipHoles) {
-  // decision: OCIIterNext skips deleted elements; eoc when only holes are left.
+  // decision NT3: OCIIterNext skips deleted elements; eoc when only holes are left.
   OCITable* t = NewTable("NUM_NT", {10, 20, 30, 40, 50});
   Delete(t, 0);
   Delete(t, 2);
@@ -288,7 +289,7 @@ TEST_F(NestedTableTest, IteratorsSkipHoles) {
 }
 
 TEST_F(NestedTableTest, ObjectCopyKeepsTheHoles) {
-  // decision: a copy made on the client (OCIObjectCopy, OCIObjectSetAttr, OCICollAssignElem
+  // decision NT6: a copy made on the client (OCIObjectCopy, OCIObjectSetAttr, OCICollAssignElem
   // of a collection) keeps the holes where they are.
   OCIType* bag_tdo = TypeByName("BAG_T");
   void* a = nullptr;
@@ -317,7 +318,7 @@ TEST_F(NestedTableTest, ObjectCopyKeepsTheHoles) {
 }
 
 TEST_F(NestedTableTest, StoringATableDropsItsHoles) {
-  // Oracle stores a nested table without its deleted elements; fetched back, the elements
+  // decision NT7: Oracle stores a nested table without its deleted elements; fetched back, the elements
   // have consecutive indexes from 0 and no holes.
   MustExec("create table bags (id number, nums num_nt) nested table nums store as bag_nums");
   OCIType* nt_tdo = TypeByName("NUM_NT");
