@@ -5,57 +5,40 @@
 #include <ctime>
 
 #include "calendar.h"
+#include "date_fields.h"
 #include "date_text.h"
 
 namespace ocimem::values {
 using namespace date_text;  // NOLINT(build/namespaces)
 namespace {
 
-
 std::atomic<int> g_pinned_year{0};
 std::atomic<int> g_pinned_month{1};
 
-
-
-struct ElementName {
-  const char* name;
-  DateElement element;
-  int digits;
-};
-
-// Longest names first so that a prefix never hides a longer element.
-const ElementName kElements[] = {
-    {"SYYYY", DateElement::SignedYear4, 0}, {"YYYY", DateElement::Year4, 0},
-    {"RRRR", DateElement::RoundYear4, 0},   {"RR", DateElement::RoundYear2, 0},
-    {"YY", DateElement::Year2, 0},          {"MONTH", DateElement::MonthName, 0},
-    {"MON", DateElement::MonthAbbr, 0},     {"MM", DateElement::Month, 0},
-    {"MI", DateElement::Minute, 0},         {"DD", DateElement::Day, 0},
-    {"HH24", DateElement::Hour24, 0},       {"HH12", DateElement::Hour12, 0},
-    {"HH", DateElement::Hour12, 0},         {"SS", DateElement::Second, 0},
-    {"FF1", DateElement::Fraction, 1},      {"FF2", DateElement::Fraction, 2},
-    {"FF3", DateElement::Fraction, 3},      {"FF4", DateElement::Fraction, 4},
-    {"FF5", DateElement::Fraction, 5},      {"FF6", DateElement::Fraction, 6},
-    {"FF7", DateElement::Fraction, 7},      {"FF8", DateElement::Fraction, 8},
-    {"FF9", DateElement::Fraction, 9},      {"FF", DateElement::Fraction, 0},
-    {"TZR", DateElement::ZoneRegion, 0},    {"TZD", DateElement::ZoneAbbr, 0},
-    {"TZH", DateElement::ZoneHour, 0},      {"TZM", DateElement::ZoneMinute, 0},
-    {"A.M.", DateElement::Meridian, 0},     {"P.M.", DateElement::Meridian, 0},
-    {"AM", DateElement::Meridian, 0},       {"PM", DateElement::Meridian, 0},
-    {"FM", DateElement::FillMode, 0},       {"FX", DateElement::Exact, 0},
-};
-
-// Case of a name element follows how the element is written: MON, Mon, mon.
-std::string ApplyCase(const std::string& written, std::string_view upper_word) {
-  std::string out(upper_word);
+// Case of a name element follows how the element is written: MON, Mon, mon;
+// with the first letter capital and the second small, every word (and every
+// part of a hyphenated word) begins with a capital: Year is Twenty Twenty-One.
+std::string ApplyCase(const std::string& written, std::string_view upper_words) {
+  std::string out(upper_words);
   const bool first_lower = !written.empty() && IsLower(written[0]);
   const bool second_lower =
       written.size() > 1 && IsLower(written[1]);
   if (first_lower) {
     for (char& c : out) c = Lower(c);
   } else if (second_lower) {
-    for (std::size_t i = 1; i < out.size(); ++i) out[i] = Lower(out[i]);
+    for (std::size_t i = 1; i < out.size(); ++i) {
+      if (IsAlpha(out[i - 1])) out[i] = Lower(out[i]);
+    }
   }
   return out;
+}
+
+// A name padded with blanks to the longest name of its kind unless in fill mode.
+void AppendName(std::string& text, const std::string& written, std::string_view upper_name,
+                std::size_t width, bool fill_mode) {
+  const std::size_t begin = text.size();
+  text += ApplyCase(written, upper_name);
+  if (!fill_mode && text.size() - begin < width) text.append(width - (text.size() - begin), ' ');
 }
 
 std::string Padded(long value, int width, bool fill_mode) {
@@ -91,6 +74,15 @@ void AppendPadded(std::string& text, long value, int width, bool fill_mode) {
   text.append(p, static_cast<std::size_t>(end - p));
 }
 
+// SYYYY, SCC, SYEAR: a minus sign for BC, a blank for AD unless in fill mode.
+void AppendSign(std::string& text, int year, bool fill_mode) {
+  if (year < 0) {
+    text.push_back('-');
+  } else if (!fill_mode) {
+    text.push_back(' ');
+  }
+}
+
 std::string OffsetText(int offset_minutes) {
   const int magnitude = offset_minutes < 0 ? -offset_minutes : offset_minutes;
   std::string out = offset_minutes < 0 ? "-" : "+";
@@ -100,35 +92,6 @@ std::string OffsetText(int offset_minutes) {
   return out;
 }
 
-
-
-bool IsZoneElement(DateElement e) {
-  return e == DateElement::ZoneRegion || e == DateElement::ZoneAbbr ||
-         e == DateElement::ZoneHour || e == DateElement::ZoneMinute;
-}
-
-// Input masks may name each field once.
-int CheckInputMask(const DateMask& mask, const DateParseOptions& options) {
-  const DateToken* seen[16] = {};
-  for (const DateToken& t : mask.tokens) {
-    if (t.element == DateElement::Fraction && !options.allow_fraction) {
-      return kOraDateFormatNotRecognized;
-    }
-    if (IsZoneElement(t.element) && !options.allow_zone) return kOraDateFormatNotRecognized;
-    const Group g = GroupOf(t.element);
-    if (g == Group::None) continue;
-    const DateToken*& slot = seen[static_cast<int>(g)];
-    if (slot != nullptr) {
-      if (slot->element == t.element) return kOraFormatTwice;
-      if (g == Group::Year) return kOraYearTwice;
-      if (g == Group::Hour) return kOraHourTwice;
-      if (g == Group::Month) return kOraMonthTwice;
-      return kOraFormatTwice;
-    }
-    slot = &t;
-  }
-  return 0;
-}
 
 
 }  // namespace
@@ -166,56 +129,6 @@ void PinClockForTesting(int year, int month) {
   g_pinned_year = year;
 }
 
-int ParseDateMask(std::string_view mask, DateMask* out) {
-  DateMask result;
-  std::size_t pos = 0;
-  while (pos < mask.size()) {
-    const char c = mask[pos];
-    if (c == '"') {
-      const std::size_t close = mask.find('"', pos + 1);
-      if (close == std::string_view::npos) return kOraDateFormatNotRecognized;
-      result.tokens.push_back({DateElement::Literal,
-                               std::string(mask.substr(pos + 1, close - pos - 1)), 0});
-      pos = close + 1;
-      continue;
-    }
-    bool matched = false;
-    for (const ElementName& e : kElements) {
-      if (MatchFold(mask, pos, e.name)) {
-        const std::size_t len = std::string_view(e.name).size();
-        result.tokens.push_back({e.element, std::string(mask.substr(pos, len)), e.digits});
-        pos += len;
-        matched = true;
-        break;
-      }
-    }
-    if (matched) continue;
-    if (IsAlnum(c)) return kOraDateFormatNotRecognized;
-    result.tokens.push_back({DateElement::Literal, std::string(1, c), 0});
-    ++pos;
-  }
-  bool has_year = false;
-  bool has_month = false;
-  for (int k = 0; k < 4; ++k) {
-    DateParseOptions options;
-    options.allow_fraction = (k & 1) != 0;
-    options.allow_zone = (k & 2) != 0;
-    result.input_error[k] = CheckInputMask(result, options);
-  }
-  for (const DateToken& t : result.tokens) {
-    const Group g = GroupOf(t.element);
-    result.fields |= 1U << static_cast<int>(g);
-    has_year = has_year || g == Group::Year;
-    has_month = has_month || g == Group::Month;
-    if (t.element == DateElement::Year2 || t.element == DateElement::RoundYear2) {
-      result.needs_clock = true;
-    }
-  }
-  if (!has_year || !has_month) result.needs_clock = true;
-  *out = std::move(result);
-  return 0;
-}
-
 int FormatDateTime(const DateMask& mask, const DateTimeFields& v, bool allow_fraction, int fsprec,
                    const ZoneOutput* zone, std::string* out) {
   // Written straight into `out`, whose buffer a caller may reuse.
@@ -238,9 +151,57 @@ int FormatDateTime(const DateMask& mask, const DateTimeFields& v, bool allow_fra
       case DateElement::Year4:
       case DateElement::RoundYear4: AppendPadded(text, abs_year, 4, fill); break;
       case DateElement::SignedYear4:
-        text += v.year < 0 ? "-" : (fill ? "" : " ");
+        AppendSign(text, v.year, fill);
         AppendPadded(text, abs_year, 4, fill);
         break;
+      case DateElement::SignedYearSpelled:
+        AppendSign(text, v.year, fill);
+        text += ApplyCase(t.text.substr(1), SpelledYear(v.year));
+        break;
+      case DateElement::YearSpelled: text += ApplyCase(t.text, SpelledYear(v.year)); break;
+      case DateElement::SignedCentury: AppendSign(text, v.year, fill); [[fallthrough]];
+      case DateElement::Century: AppendPadded(text, (abs_year + 99) / 100, 2, fill); break;
+      case DateElement::Era: {
+        const bool dotted = t.text.size() == 4;
+        const char* word = v.year < 0 ? (dotted ? "B.C." : "BC") : (dotted ? "A.D." : "AD");
+        text += ApplyCase(t.text, word);
+        break;
+      }
+      case DateElement::IsoYear:
+      case DateElement::IsoWeek: {
+        int iso_year = 0;
+        int week = 0;
+        IsoWeek(v.year, v.month, v.day, &iso_year, &week);
+        if (t.element == DateElement::IsoWeek) {
+          AppendPadded(text, week, 2, fill);
+        } else {
+          static const int kModulus[] = {1, 10, 100, 1000, 10000};
+          const int abs_iso = iso_year < 0 ? -iso_year : iso_year;
+          AppendPadded(text, abs_iso % kModulus[t.digits], t.digits, fill);
+        }
+        break;
+      }
+      case DateElement::Quarter: AppendPadded(text, (v.month - 1) / 3 + 1, 1, fill); break;
+      case DateElement::WeekOfYear:
+        AppendPadded(text, (DayOfYear(v.year, v.month, v.day) - 1) / 7 + 1, 2, fill);
+        break;
+      case DateElement::WeekOfMonth: AppendPadded(text, (v.day - 1) / 7 + 1, 1, fill); break;
+      case DateElement::DayOfYear:
+        AppendPadded(text, DayOfYear(v.year, v.month, v.day), 3, fill);
+        break;
+      case DateElement::Julian: AppendPadded(text, JulianDay(v.year, v.month, v.day), 7, fill); break;
+      case DateElement::WeekDay: AppendPadded(text, WeekDay(v.year, v.month, v.day), 1, fill); break;
+      case DateElement::DayAbbr:
+        text += ApplyCase(t.text, std::string_view(kDayNames[WeekDay(v.year, v.month, v.day) - 1], 3));
+        break;
+      case DateElement::DayName:
+        AppendName(text, t.text, kDayNames[WeekDay(v.year, v.month, v.day) - 1], kLongestDayName,
+                   fill);
+        break;
+      case DateElement::SecondsOfDay:
+        AppendPadded(text, v.hour * 3600L + v.minute * 60L + v.second, 5, fill);
+        break;
+      case DateElement::Radix: text.push_back('.'); break;
       case DateElement::Year2:
       case DateElement::RoundYear2: AppendPadded(text, abs_year % 100, 2, fill); break;
       case DateElement::Month: AppendPadded(text, v.month, 2, fill); break;
@@ -248,13 +209,10 @@ int FormatDateTime(const DateMask& mask, const DateTimeFields& v, bool allow_fra
         if (v.month < 1 || v.month > 12) return kOraBadMonth;
         text += ApplyCase(t.text, std::string_view(kMonthNames[v.month - 1], 3));
         break;
-      case DateElement::MonthName: {
+      case DateElement::MonthName:
         if (v.month < 1 || v.month > 12) return kOraBadMonth;
-        std::string name = ApplyCase(t.text, kMonthNames[v.month - 1]);
-        if (!fill) name.append(kLongestMonthName - name.size(), ' ');
-        text += name;
+        AppendName(text, t.text, kMonthNames[v.month - 1], kLongestMonthName, fill);
         break;
-      }
       case DateElement::Day: AppendPadded(text, v.day, 2, fill); break;
       case DateElement::Hour24: AppendPadded(text, v.hour, 2, fill); break;
       case DateElement::Hour12: AppendPadded(text, v.hour % 12 == 0 ? 12 : v.hour % 12, 2, fill); break;
@@ -316,32 +274,54 @@ int FormatDateTime(const DateMask& mask, const DateTimeFields& v, bool allow_fra
 const char* DateErrorText(int ora) {
   switch (ora) {
     case kOraFormatTwice: return "format code appears twice";
+    case kOraJulianPrecludesDayOfYear: return "Julian date precludes use of day of year";
     case kOraYearTwice: return "year may only be specified once";
     case kOraHourTwice: return "hour may only be specified once";
+    case kOraMeridianStyles: return "AM/PM conflicts with use of A.M./P.M.";
+    case kOraEraStyles: return "BC/AD conflicts with use of B.C./A.D.";
     case kOraMonthTwice: return "month may only be specified once";
+    case kOraWeekDayTwice: return "day of week may only be specified once";
+    case kOraHour24Meridian: return "'HH24' precludes use of meridian indicator";
+    case kOraSignedYearEra: return "signed year precludes use of BC/AD";
+    case kOraOutputOnlyElement: return "format code cannot appear in date input format";
     case kOraDateFormatNotRecognized: return "date format not recognized";
+    case kOraYearConflictsJulian: return "year conflicts with Julian date";
+    case kOraMonthConflictsJulian: return "month conflicts with Julian date";
+    case kOraDayConflictsJulian: return "day of month conflicts with Julian date";
+    case kOraWeekDayConflicts: return "day of week conflicts with Julian date";
+    case kOraHourConflictsSeconds: return "hour conflicts with seconds in day";
+    case kOraMinuteConflictsSeconds: return "minutes of hour conflicts with seconds in day";
+    case kOraSecondConflictsSeconds: return "seconds of minute conflicts with seconds in day";
     case kOraInputTooLong: return "date format picture ends before converting entire input string";
     case kOraDayNotValidForMonth: return "date not valid for month specified";
     case kOraInputTooShort: return "input value not long enough for date format";
     case kOraBadYear: return "(full) year must be between -4713 and +9999, and not be 0";
     case kOraBadMonth: return "not a valid month";
+    case kOraBadWeekDay: return "not a valid day of the week";
     case kOraBadDay: return "day of month must be between 1 and last day of month";
+    case kOraBadDayOfYear: return "day of year must be between 1 and 365 (366 for leap year)";
     case kOraBadHour12: return "hour must be between 1 and 12";
     case kOraBadHour: return "hour must be between 0 and 23";
     case kOraBadMinute: return "minutes must be between 0 and 59";
     case kOraBadSecond: return "seconds must be between 0 and 59";
+    case kOraBadSecondsOfDay: return "seconds in day must be between 0 and 86399";
+    case kOraBadJulian: return "julian date must be between 1 and 5373484";
     case kOraMeridianRequired: return "AM/A.M. or PM/P.M. required";
+    case kOraEraRequired: return "BC/B.C. or AD/A.D. required";
     case kOraBadZone: return "not a valid time zone";
     case kOraNonNumeric: return "a non-numeric character was found where a numeric was expected";
     case kOraLiteralMismatch: return "literal does not match format string";
+    case kOraDigitCount: return "the numeric value does not match the length of the format item";
     case kOraZoneHour: return "time zone hour must be between -15 and 15";
     case kOraZoneMinute: return "time zone minute must be between -59 and 59";
     case 1867: return "the interval is invalid";
+    case 1870: return "the intervals or datetimes are not mutually comparable";
     case 1873: return "the leading precision of the interval is too small";
     case 1877: return "string is too long for internal buffer";
     case 1878: return "specified field not found in datetime or interval";
     case kOraBadFraction: return "the fractional seconds must be between 0 and 999999999";
     case 1882: return "timezone region not found";
+    case 30086: return "interval year-month result not allowed for datetime subtraction";
     case 30088: return "datetime/interval precision is out of range";
     default: return "conversion error";
   }

@@ -34,12 +34,30 @@ enum class DateElement {
   ZoneMinute,   // TZM
   FillMode,     // FM
   Exact,        // FX
+  Radix,        // X
+  WeekDay,      // D
+  DayAbbr,      // DY
+  DayName,      // DAY
+  DayOfYear,    // DDD
+  Julian,       // J
+  Era,          // AD, BC, A.D., B.C.
+  SecondsOfDay, // SSSSS
+  // Output only (ORA-01820 in an input mask):
+  Century,          // CC
+  SignedCentury,    // SCC
+  YearSpelled,      // YEAR
+  SignedYearSpelled,  // SYEAR
+  Quarter,          // Q
+  WeekOfYear,       // WW
+  WeekOfMonth,      // W
+  IsoWeek,          // IW
+  IsoYear,          // IYYY, IYY, IY, I (digits: 4..1)
 };
 
 struct DateToken {
   DateElement element = DateElement::Literal;
   std::string text;  // literal bytes, or the element as written (for its case)
-  int digits = 0;    // FF1..FF9; 0 for FF
+  int digits = 0;    // FF1..FF9 (0 for FF); IYYY..I: 4..1
 };
 
 // Made by ParseDateMask, which also fills in the facts below so that they are
@@ -53,6 +71,9 @@ struct DateMask {
   // The mask's fault as an input mask (0 when none), by
   // allow_fraction + 2 * allow_zone.
   int input_error[4] = {};
+  // The mask asks for exact input (FX) before its first element: leading
+  // blanks of the input are then not skipped.
+  bool exact_from_start = false;
 };
 
 struct DateTimeFields {
@@ -90,24 +111,44 @@ struct DateParseOptions {
 };
 
 constexpr int kOraFormatTwice = 1810;
+constexpr int kOraJulianPrecludesDayOfYear = 1811;
 constexpr int kOraYearTwice = 1812;
 constexpr int kOraHourTwice = 1813;
+constexpr int kOraMeridianStyles = 1814;
+constexpr int kOraEraStyles = 1815;
 constexpr int kOraMonthTwice = 1816;
+constexpr int kOraWeekDayTwice = 1817;
+constexpr int kOraHour24Meridian = 1818;
+constexpr int kOraSignedYearEra = 1819;
+constexpr int kOraOutputOnlyElement = 1820;
 constexpr int kOraDateFormatNotRecognized = 1821;
+constexpr int kOraYearConflictsJulian = 1831;
+constexpr int kOraMonthConflictsJulian = 1833;
+constexpr int kOraDayConflictsJulian = 1834;
+constexpr int kOraWeekDayConflicts = 1835;
+constexpr int kOraHourConflictsSeconds = 1836;
+constexpr int kOraMinuteConflictsSeconds = 1837;
+constexpr int kOraSecondConflictsSeconds = 1838;
 constexpr int kOraInputTooLong = 1830;
 constexpr int kOraDayNotValidForMonth = 1839;
 constexpr int kOraInputTooShort = 1840;
 constexpr int kOraBadYear = 1841;
 constexpr int kOraBadMonth = 1843;
+constexpr int kOraBadWeekDay = 1846;
 constexpr int kOraBadDay = 1847;
+constexpr int kOraBadDayOfYear = 1848;
 constexpr int kOraBadHour12 = 1849;
 constexpr int kOraBadHour = 1850;
 constexpr int kOraBadMinute = 1851;
 constexpr int kOraBadSecond = 1852;
+constexpr int kOraBadSecondsOfDay = 1853;
+constexpr int kOraBadJulian = 1854;
 constexpr int kOraMeridianRequired = 1855;
+constexpr int kOraEraRequired = 1856;
 constexpr int kOraBadZone = 1857;
 constexpr int kOraNonNumeric = 1858;
 constexpr int kOraLiteralMismatch = 1861;
+constexpr int kOraDigitCount = 1862;
 constexpr int kOraZoneHour = 1874;
 constexpr int kOraZoneMinute = 1875;
 constexpr int kOraBadFraction = 1880;

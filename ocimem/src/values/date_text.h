@@ -16,6 +16,11 @@ inline const char* const kMonthNames[] = {"JANUARY", "FEBRUARY", "MARCH",     "A
                                    "SEPTEMBER", "OCTOBER", "NOVEMBER", "DECEMBER"};
 inline constexpr std::size_t kLongestMonthName = 9;
 
+// Sunday first: D is 1 on a Sunday in territory AMERICA.
+inline const char* const kDayNames[] = {"SUNDAY",   "MONDAY", "TUESDAY", "WEDNESDAY",
+                                        "THURSDAY", "FRIDAY", "SATURDAY"};
+inline constexpr std::size_t kLongestDayName = 9;
+
 // ASCII only, whatever C locale the host has set: masks and month names are
 // AMERICAN, and a locale's own letters (or its case rules: the Turkish
 // dotless i) must not change how a mask reads.
@@ -40,7 +45,8 @@ inline bool IsNumericElement(DateElement e) {
     case DateElement::RoundYear2: case DateElement::RoundYear4: case DateElement::Month:
     case DateElement::Day: case DateElement::Hour24: case DateElement::Hour12:
     case DateElement::Minute: case DateElement::Second: case DateElement::Fraction:
-    case DateElement::ZoneHour: case DateElement::ZoneMinute:
+    case DateElement::ZoneHour: case DateElement::ZoneMinute: case DateElement::WeekDay:
+    case DateElement::DayOfYear: case DateElement::Julian: case DateElement::SecondsOfDay:
       return true;
     default:
       return false;
@@ -48,7 +54,8 @@ inline bool IsNumericElement(DateElement e) {
 }
 
 enum class Group { None, Year, Month, Day, Hour, Meridian, Minute, Second, Fraction, Region,
-                   Abbr, ZoneHour, ZoneMinute };
+                   Abbr, ZoneHour, ZoneMinute, Era, WeekDay, DayOfYear, Julian, SecondsOfDay };
+inline constexpr int kGroups = 32;  // room for every Group, one bit each in DateMask::fields
 
 inline Group GroupOf(DateElement e) {
   switch (e) {
@@ -66,7 +73,26 @@ inline Group GroupOf(DateElement e) {
     case DateElement::ZoneAbbr: return Group::Abbr;
     case DateElement::ZoneHour: return Group::ZoneHour;
     case DateElement::ZoneMinute: return Group::ZoneMinute;
+    case DateElement::Era: return Group::Era;
+    case DateElement::WeekDay: case DateElement::DayAbbr: case DateElement::DayName:
+      return Group::WeekDay;
+    case DateElement::DayOfYear: return Group::DayOfYear;
+    case DateElement::Julian: return Group::Julian;
+    case DateElement::SecondsOfDay: return Group::SecondsOfDay;
     default: return Group::None;
+  }
+}
+
+// Elements TO_CHAR writes but TO_DATE refuses.
+inline bool IsOutputOnly(DateElement e) {
+  switch (e) {
+    case DateElement::Century: case DateElement::SignedCentury: case DateElement::YearSpelled:
+    case DateElement::SignedYearSpelled: case DateElement::Quarter:
+    case DateElement::WeekOfYear: case DateElement::WeekOfMonth: case DateElement::IsoWeek:
+    case DateElement::IsoYear:
+      return true;
+    default:
+      return false;
   }
 }
 
@@ -87,6 +113,30 @@ inline int ReadMonthName(std::string_view text, std::size_t* pos, int* month) {
     }
   }
   return kOraBadMonth;
+}
+
+// Reads one of `count` names: the whole name when `whole`, its first three
+// letters when `abbreviated` (the whole name is tried first), any case.
+// Returns the name's index, or -1 with *pos unchanged.
+inline int ReadName(std::string_view text, std::size_t* pos, const char* const* names, int count,
+                    bool whole, bool abbreviated) {
+  if (whole) {
+    for (int i = 0; i < count; ++i) {
+      if (MatchFold(text, *pos, names[i])) {
+        *pos += std::string_view(names[i]).size();
+        return i;
+      }
+    }
+  }
+  if (abbreviated) {
+    for (int i = 0; i < count; ++i) {
+      if (MatchFold(text, *pos, std::string_view(names[i], 3))) {
+        *pos += 3;
+        return i;
+      }
+    }
+  }
+  return -1;
 }
 
 }  // namespace ocimem::values::date_text

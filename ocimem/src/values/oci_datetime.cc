@@ -228,8 +228,8 @@ sword OCIDateTimeToText(void* hndl, OCIError* err, const OCIDateTime* date, cons
     mask_text = std::string_view(reinterpret_cast<const char*>(fmt), fmt_length);
   } else {
     mask_text = Zoned(d->kind) && d->kind != DateTimeKind::TimestampLtz
-                    ? "DD-MON-RR HH.MI.SS.FF AM TZR"
-                    : "DD-MON-RR HH.MI.SS.FF AM";
+                    ? "DD-MON-RR HH.MI.SSXFF AM TZR"
+                    : "DD-MON-RR HH.MI.SSXFF AM";
   }
   const ocimem::values::DateMask* mask = nullptr;
   if (int ora = ocimem::values::CachedDateMask(mask_text, &mask)) {
@@ -262,7 +262,10 @@ sword OCIDateTimeFromText(void* hndl, OCIError* err, const OraText* date_str, si
   DateTimeDescriptor* d = ocimem::values::AsDateTime(date);
   if (d == nullptr) return ocimem::FailArgument(err, 9);
   if (!ocimem::values::IsAmerican(lang_name, lang_length)) return ocimem::values::FailLanguage(err);
-  std::string_view mask_text = "DD-MON-RR HH.MI.SS.FF AM";
+  // Oracle's NLS_TIMESTAMP_FORMAT and NLS_TIMESTAMP_TZ_FORMAT for territory AMERICA.
+  std::string_view mask_text = d->kind == DateTimeKind::TimestampTz
+                                   ? "DD-MON-RR HH.MI.SSXFF AM TZR"
+                                   : "DD-MON-RR HH.MI.SSXFF AM";
   if (fmt != nullptr && fmt_length != 0) {
     mask_text = std::string_view(reinterpret_cast<const char*>(fmt), fmt_length);
   }

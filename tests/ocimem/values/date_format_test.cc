@@ -68,7 +68,7 @@ INSTANTIATE_TEST_SUITE_P(Sheet, DateFromTextTable, ::testing::ValuesIn(date_case
 
 TEST(DateFormatTest, UnknownElementInOutputMask) {
   ocimem::values::DateMask mask;
-  EXPECT_EQ(ocimem::values::ParseDateMask("HH24:MI:XX", &mask), 1821);
+  EXPECT_EQ(ocimem::values::ParseDateMask("HH24:MI:ZZ", &mask), 1821);
 }
 
 TEST(DateFormatTest, UnterminatedQuoteIsRejected) {
