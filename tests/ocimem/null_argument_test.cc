@@ -1,6 +1,6 @@
 // Every pointer argument of the object, collection, string and statement calls given as
-// NULL in turn: OCI_INVALID_HANDLE for the environment and error handle, otherwise an error
-// (or the documented no-op), never a crash.
+// NULL in turn, each with its one outcome: OCI_INVALID_HANDLE for a handle, OCI_ERROR with
+// ORA-21560 naming the argument's place in the prototype for a value, never a crash.
 #include <functional>
 #include <string>
 #include <vector>
@@ -37,7 +37,10 @@ class NullArgumentTest : public OciTest {
   struct Call {
     const char* name;
     std::function<sword(bool /*env*/, bool /*err*/, int /*null position, 0: none*/)> run;
-    int positions;  // pointer arguments besides env and err, numbered 1..positions
+    // For each pointer argument besides env and err (numbered from 1) given as NULL: the
+    // error text, ORA-21560 naming the argument's place in the prototype, or "" where the
+    // argument is a handle and the answer is OCI_INVALID_HANDLE.
+    std::vector<std::string> outcomes;
     bool has_env = true;
   };
 
@@ -51,12 +54,19 @@ class NullArgumentTest : public OciTest {
   OCIStmt* stmt_ = nullptr;
 };
 
+// Oracle's answer to a NULL value argument at place n of the prototype.
+std::string Arg(int n) {
+  return "ORA-21560: argument " + std::to_string(n) + " is null, invalid, or out of range";
+}
+// A NULL handle: OCI_INVALID_HANDLE, with nothing in the error handle.
+const char kHandle[] = "";
+
 template <typename T>
 T* Or(bool keep, T* p) {
   return keep ? p : nullptr;
 }
 
-TEST_F(NullArgumentTest, NoCallCrashesOrSucceedsOnANullPointer) {
+TEST_F(NullArgumentTest, EachNullPointerGetsItsOneOutcome) {
   const OraText* names[] = {Text("NAME")};
   ub4 lengths[] = {4};
   std::vector<Call> calls = {
@@ -71,7 +81,7 @@ TEST_F(NullArgumentTest, NoCallCrashesOrSucceedsOnANullPointer) {
                                  n == 4 ? nullptr : lengths, 1, nullptr, 0, &status, &ns,
                                  &value, &tdo);
        },
-       4},
+       {Arg(3), Arg(5), Arg(6), Arg(7)}},
       {"OCIObjectSetAttr",
        [&](bool e, bool r, int n) {
          return OCIObjectSetAttr(Or(e, env_), Or(r, err_), n == 1 ? nullptr : obj_, ind_,
@@ -79,7 +89,7 @@ TEST_F(NullArgumentTest, NoCallCrashesOrSucceedsOnANullPointer) {
                                  n == 4 ? nullptr : lengths, 1, nullptr, 0, OCI_IND_NOTNULL,
                                  nullptr, str_);
        },
-       4},
+       {Arg(3), Arg(5), Arg(6), Arg(7)}},
       {"OCIObjectNew",
        [&](bool e, bool r, int n) {
          void* out = nullptr;
@@ -89,14 +99,14 @@ TEST_F(NullArgumentTest, NoCallCrashesOrSucceedsOnANullPointer) {
          if (out != nullptr) OCIObjectFree(env_, err_, out, OCI_OBJECTFREE_FORCE);
          return rc;
        },
-       2},
+       {Arg(5), Arg(9)}},
       {"OCIObjectGetInd",
        [&](bool e, bool r, int n) {
          void* out = nullptr;
          return OCIObjectGetInd(Or(e, env_), Or(r, err_), n == 1 ? nullptr : obj_,
                                 n == 2 ? nullptr : &out);
        },
-       2},
+       {Arg(3), Arg(4)}},
       {"OCIObjectCopy",
        [&](bool e, bool r, int n) {
          return OCIObjectCopy(Or(e, env_), Or(r, err_), svc_, n == 1 ? nullptr : obj_,
@@ -104,17 +114,17 @@ TEST_F(NullArgumentTest, NoCallCrashesOrSucceedsOnANullPointer) {
                               n == 4 ? nullptr : ind_, n == 5 ? nullptr : ptype_,
                               OCI_DURATION_DEFAULT, 0);
        },
-       5},
+       {Arg(4), Arg(5), Arg(6), Arg(7), Arg(8)}},
       {"OCIObjectFree",
        [&](bool e, bool r, int) { return OCIObjectFree(Or(e, env_), Or(r, err_), nullptr, 0); },
-       0},
+       {}},
       {"OCICollSize",
        [&](bool e, bool r, int n) {
          sb4 size;
          return OCICollSize(Or(e, env_), Or(r, err_), n == 1 ? nullptr : coll_,
                             n == 2 ? nullptr : &size);
        },
-       2},
+       {Arg(3), Arg(4)}},
       {"OCICollAppend",
        [&](bool e, bool r, int n) {
          OCINumber num{};
@@ -122,7 +132,7 @@ TEST_F(NullArgumentTest, NoCallCrashesOrSucceedsOnANullPointer) {
          return OCICollAppend(Or(e, env_), Or(r, err_), n == 1 ? nullptr : &num, nullptr,
                               n == 2 ? nullptr : coll_);
        },
-       2},
+       {Arg(3), Arg(5)}},
       {"OCICollGetElem",
        [&](bool e, bool r, int n) {
          boolean exists;
@@ -130,10 +140,10 @@ TEST_F(NullArgumentTest, NoCallCrashesOrSucceedsOnANullPointer) {
          return OCICollGetElem(Or(e, env_), Or(r, err_), n == 1 ? nullptr : coll_, 0,
                                n == 2 ? nullptr : &exists, n == 3 ? nullptr : &elem, nullptr);
        },
-       3},
+       {Arg(3), Arg(5), Arg(6)}},
       {"OCICollTrim",
        [&](bool e, bool r, int) { return OCICollTrim(Or(e, env_), Or(r, err_), 0, nullptr); },
-       0},
+       {}},
       {"OCIIterNext",
        [&](bool e, bool r, int n) {
          void* elem;
@@ -141,32 +151,32 @@ TEST_F(NullArgumentTest, NoCallCrashesOrSucceedsOnANullPointer) {
          return OCIIterNext(Or(e, env_), Or(r, err_), n == 1 ? nullptr : iter_,
                             n == 2 ? nullptr : &elem, nullptr, n == 3 ? nullptr : &eoc);
        },
-       3},
+       {Arg(3), Arg(4), Arg(6)}},
       {"OCIIterCreate",
        [&](bool e, bool r, int n) {
          OCIIter* it = nullptr;
          return OCIIterCreate(Or(e, env_), Or(r, err_), n == 1 ? nullptr : coll_,
                               n == 2 ? nullptr : &it);
        },
-       2},
+       {Arg(3), Arg(4)}},
       {"OCIStringAssignText",
        [&](bool e, bool r, int n) {
          return OCIStringAssignText(Or(e, env_), Or(r, err_), n == 1 ? nullptr : Text("ab"), 2,
                                     n == 2 ? nullptr : &str_);
        },
-       2},
+       {Arg(3), Arg(5)}},
       {"OCIStringAssign",
        [&](bool e, bool r, int n) {
          OCIString* copy = nullptr;
          return OCIStringAssign(Or(e, env_), Or(r, err_), n == 1 ? nullptr : str_,
                                 n == 2 ? nullptr : &copy);
        },
-       2},
+       {Arg(3), Arg(4)}},
       {"OCIStringResize",
        [&](bool e, bool r, int n) {
          return OCIStringResize(Or(e, env_), Or(r, err_), 4, n == 1 ? nullptr : &str_);
        },
-       1},
+       {Arg(4)}},
       {"OCITypeByName",
        [&](bool e, bool r, int n) {
          OCIType* tdo;
@@ -174,26 +184,26 @@ TEST_F(NullArgumentTest, NoCallCrashesOrSucceedsOnANullPointer) {
                               n == 2 ? nullptr : Text("P"), 1, nullptr, 0, OCI_DURATION_DEFAULT,
                               OCI_TYPEGET_HEADER, n == 3 ? nullptr : &tdo);
        },
-       3},
+       {kHandle, Arg(6), Arg(12)}},
       {"OCIStmtExecute",
        [&](bool, bool r, int n) {
          return OCIStmtExecute(n == 1 ? nullptr : svc_, n == 2 ? nullptr : stmt_, Or(r, err_), 0,
                                0, nullptr, nullptr, OCI_DEFAULT);
        },
-       2, false},
+       {kHandle, kHandle}, false},
       {"OCIStmtPrepare",
        [&](bool, bool r, int n) {
          return OCIStmtPrepare(n == 1 ? nullptr : stmt_, Or(r, err_),
                                n == 2 ? nullptr : Text("SELECT 1 FROM DUAL"), 18, OCI_NTV_SYNTAX,
                                OCI_DEFAULT);
        },
-       2, false},
+       {kHandle, Arg(3)}, false},
       {"OCIStmtFetch2",
        [&](bool, bool r, int n) {
          return OCIStmtFetch2(n == 1 ? nullptr : stmt_, Or(r, err_), 1, OCI_FETCH_NEXT, 0,
                               OCI_DEFAULT);
        },
-       1, false},
+       {kHandle}, false},
       {"OCIDefineByPos",
        [&](bool, bool r, int n) {
          OCIDefine* d = nullptr;
@@ -201,16 +211,16 @@ TEST_F(NullArgumentTest, NoCallCrashesOrSucceedsOnANullPointer) {
          return OCIDefineByPos(n == 1 ? nullptr : stmt_, n == 2 ? nullptr : &d, Or(r, err_), 1,
                                &v, sizeof v, SQLT_INT, nullptr, nullptr, nullptr, OCI_DEFAULT);
        },
-       2, false},
+       {kHandle, Arg(2)}, false},
       {"OCILobGetLength",
-       [&](bool, bool r, int n) {
+       [&](bool, bool r, int) {
          ub4 len;
-         return OCILobGetLength(svc_, Or(r, err_), nullptr, n == 1 ? nullptr : &len);
+         return OCILobGetLength(svc_, Or(r, err_), nullptr, &len);  // the locator NULL
        },
-       1, false},
+       {"ORA-22275: invalid LOB locator specified"}, false},
       {"OCITransCommit",
        [&](bool, bool r, int) { return OCITransCommit(nullptr, Or(r, err_), OCI_DEFAULT); },
-       0, false},
+       {}, false},
   };
   for (const Call& c : calls) {
     SCOPED_TRACE(c.name);
@@ -218,12 +228,14 @@ TEST_F(NullArgumentTest, NoCallCrashesOrSucceedsOnANullPointer) {
     if (c.has_env) {
       EXPECT_EQ(OCI_INVALID_HANDLE, c.run(false, true, 0));
     }
-    for (int n = 1; n <= c.positions; ++n) {
-      SCOPED_TRACE(n);
-      sword rc = c.run(true, true, n);
-      EXPECT_TRUE(rc == OCI_ERROR || rc == OCI_INVALID_HANDLE) << rc;
-      if (rc == OCI_ERROR) {
-        EXPECT_NE(0, FirstCode(err_));
+    for (size_t i = 0; i < c.outcomes.size(); ++i) {
+      SCOPED_TRACE(i + 1);
+      const sword rc = c.run(true, true, static_cast<int>(i + 1));
+      if (c.outcomes[i].empty()) {
+        EXPECT_EQ(OCI_INVALID_HANDLE, rc);
+      } else {
+        EXPECT_EQ(OCI_ERROR, rc);
+        EXPECT_EQ(c.outcomes[i], FirstError(err_));
       }
     }
   }
