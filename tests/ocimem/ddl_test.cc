@@ -1,52 +1,133 @@
 // Type DDL through OCIStmtPrepare/OCIStmtExecute.
 #include <gtest/gtest.h>
 
-#include "oci_fixture.h"
+#include <string>
+
+#include "describe_fixture.h"
 
 namespace ocimem_test {
 namespace {
 
-using DdlTest = OciTest;
+class DdlTest : public DescribeFixture {
+ protected:
+  // Every attribute of a type as describe reports it, one "NAME typecode size precision
+  // scale" line each, or the element of a collection type as "ELEMENT ...".
+  std::string Shape(const char* type_name) {
+    OCIParam* top = Describe(type_name, OCI_PTYPE_TYPE);
+    std::string shape;
+    auto line = [&](const std::string& name, OCIParam* p) {
+      shape += name + " " + std::to_string(Attr<OCITypeCode>(p, OCI_ATTR_TYPECODE)) + " " +
+               std::to_string(Attr<ub2>(p, OCI_ATTR_DATA_SIZE)) + " " +
+               std::to_string(Attr<ub1>(p, OCI_ATTR_PRECISION)) + " " +
+               std::to_string(Attr<sb1>(p, OCI_ATTR_SCALE)) + "\n";
+    };
+    if (Attr<OCITypeCode>(top, OCI_ATTR_TYPECODE) == OCI_TYPECODE_NAMEDCOLLECTION) {
+      OCIParam* elem = Attr<OCIParam*>(top, OCI_ATTR_COLLECTION_ELEMENT);
+      line("ELEMENT", elem);
+      return shape;
+    }
+    OCIParam* list = Attr<OCIParam*>(top, OCI_ATTR_LIST_TYPE_ATTRS);
+    const ub2 count = Attr<ub2>(top, OCI_ATTR_NUM_TYPE_ATTRS);
+    for (ub4 i = 1; i <= count; ++i) {
+      OCIParam* a = Item(list, i);
+      line(TextAttr(a, OCI_ATTR_NAME), a);
+    }
+    return shape;
+  }
+};
 
 struct Accepted {
   const char* sql;
   const char* type_name;  // as stored
+  const char* shape;      // what describe reports of it (see DdlTest::Shape)
 };
 
+// The shapes follow what the describe sheet says Oracle reports; its UNCONFIRMED rows (the
+// typecodes of INTEGER, SMALLINT, FLOAT, REAL, DOUBLE PRECISION and DECIMAL, the sizes of
+// DATE, datetime, interval and LOB attributes, the precisions of datetimes and intervals)
+// are pinned here as the in-memory OCI reads them.
 const Accepted kAccepted[] = {
-    {"create type a1 as object (v varchar2(10))", "A1"},
+    {"create type a1 as object (v varchar2(10))", "A1",
+     "V 9 10 0 0\n"},
     {"CREATE TYPE a2 IS OBJECT (v VARCHAR2(10 BYTE), w VARCHAR2(5 CHAR), c CHAR, d CHAR(3))",
-     "A2"},
+     "A2",
+     "V 9 10 0 0\n"
+     "W 9 20 0 0\n"
+     "C 96 1 0 0\n"
+     "D 96 3 0 0\n"},
     {"create type a3 as object (n number, p number(5), s number(10,2), t number(*,0), "
      "u number(3,-2), i integer, j int, k smallint, f float, g float(63), h real, "
      "x double precision, y decimal(9,2), z numeric)",
-     "A3"},
+     "A3",
+     "N 2 22 0 -127\n"
+     "P 2 22 5 0\n"
+     "S 2 22 10 2\n"
+     "T 2 22 38 0\n"
+     "U 2 22 3 -2\n"
+     "I 3 22 38 0\n"
+     "J 3 22 38 0\n"
+     "K 246 22 38 0\n"
+     "F 4 22 126 -127\n"
+     "G 4 22 63 -127\n"
+     "H 21 22 63 -127\n"
+     "X 22 22 126 -127\n"
+     "Y 7 22 9 2\n"
+     "Z 7 22 38 0\n"},
     {"create type a4 as object (d date, t timestamp, t3 timestamp(3), tz timestamp with time "
      "zone, ltz timestamp(9) with local time zone)",
-     "A4"},
+     "A4",
+     "D 12 7 0 0\n"
+     "T 187 11 0 6\n"
+     "T3 187 11 0 3\n"
+     "TZ 188 13 0 6\n"
+     "LTZ 232 11 0 9\n"},
     {"create type a5 as object (ym interval year to month, ym4 interval year(4) to month, ds "
      "interval day to second, ds3 interval day(3) to second(0))",
-     "A5"},
+     "A5",
+     "YM 189 5 2 0\n"
+     "YM4 189 5 4 0\n"
+     "DS 190 11 2 6\n"
+     "DS3 190 11 3 0\n"},
     {"create type a6 as object (r raw(16), c clob, b blob, f bfile, n nvarchar2(5), nc nchar, "
      "ncl nclob)",
-     "A6"},
-    {"create type a7 as object (a number) not final", "A7"},
-    {"create type a8 as object (a number) final instantiable", "A8"},
-    {"create type \"Mixed Case\" as object (\"lower\" number)", "Mixed Case"},
-    {"create type a9 as table of number", "A9"},
-    {"create type a10 as varray(3) of varchar2(10)", "A10"},
-    {"create type a11 as varying array(5) of date", "A11"},
-    {"create type a12 as table of number not null", "A12"},
-    {"create type a13 as object (a number);", "A13"},  // a type definition may end in ';'
-    {"create type scott.a14 as object (a number)", "A14"},
-    {"create or replace type a15 force as object (a number)", "A15"},
-    {"  create\n type /* comment */ a16 -- line\n as object (a number)", "A16"},
-    {"create type a17 as object (next ref a17)", "A17"},  // a REF to itself
+     "A6",
+     "R 95 16 0 0\n"
+     "C 112 0 0 0\n"
+     "B 113 0 0 0\n"
+     "F 114 0 0 0\n"
+     "N 9 10 0 0\n"
+     "NC 96 2 0 0\n"
+     "NCL 112 0 0 0\n"},
+    {"create type a7 as object (a number) not final", "A7",
+     "A 2 22 0 -127\n"},
+    {"create type a8 as object (a number) final instantiable", "A8",
+     "A 2 22 0 -127\n"},
+    {"create type \"Mixed Case\" as object (\"lower\" number)", "Mixed Case",
+     "lower 2 22 0 -127\n"},
+    {"create type a9 as table of number", "A9",
+     "ELEMENT 2 22 0 -127\n"},
+    {"create type a10 as varray(3) of varchar2(10)", "A10",
+     "ELEMENT 9 10 0 0\n"},
+    {"create type a11 as varying array(5) of date", "A11",
+     "ELEMENT 12 7 0 0\n"},
+    {"create type a12 as table of number not null", "A12",
+     "ELEMENT 2 22 0 -127\n"},
+    {"create type a13 as object (a number);", "A13",
+     "A 2 22 0 -127\n"},  // a type definition may end in ';'
+    {"create type scott.a14 as object (a number)", "A14",
+     "A 2 22 0 -127\n"},
+    {"create or replace type a15 force as object (a number)", "A15",
+     "A 2 22 0 -127\n"},
+    {"  create\n type /* comment */ a16 -- line\n as object (a number)", "A16",
+     "A 2 22 0 -127\n"},
+    {"create type a17 as object (next ref a17)", "A17",
+     "NEXT 110 0 0 0\n"},  // a REF to itself
 };
 
 TEST_F(DdlTest, AcceptedTypeDefinitions) {
   for (const Accepted& c : kAccepted) {
     EXPECT_EQ(OCI_SUCCESS, Exec(c.sql)) << c.sql << ": " << FirstError(err_);
+    EXPECT_EQ(c.shape, Shape(c.type_name)) << c.sql;
     OCIType* tdo = nullptr;
     EXPECT_EQ(OCI_SUCCESS, OCITypeByName(env_, err_, svc_, nullptr, 0, Text(c.type_name),
                                          Len(c.type_name), nullptr, 0, OCI_DURATION_DEFAULT,
@@ -64,6 +145,16 @@ TEST_F(DdlTest, NamedAttributeAndElementTypes) {
            "boss ref addr_t, nums scott.num_tab)");
   MustExec("create type \"quoted\" as object (a number)");
   MustExec("create type uses_quoted as object (q \"quoted\")");
+  EXPECT_EQ(
+      "NAME 9 30 0 0\n"
+      "HOME 108 0 0 0\n"
+      "OTHERS 122 0 0 0\n"
+      "BOSS 110 0 0 0\n"
+      "NUMS 122 0 0 0\n",
+      Shape("PERSON_T"));
+  EXPECT_EQ("ELEMENT 122 0 0 0\n", Shape("MATRIX"));
+  EXPECT_EQ("ELEMENT 108 0 0 0\n", Shape("ADDR_LIST"));
+  EXPECT_EQ("Q 108 0 0 0\n", Shape("USES_QUOTED"));
 }
 
 struct Refused {
@@ -161,6 +252,7 @@ TEST_F(DdlTest, OrReplaceReplacesAType) {
   MustExec("create or replace type rep_t as object (a number, b date)");
   OCIType* after = TypeByName("REP_T");
   EXPECT_NE(before, after);
+  EXPECT_EQ("A 2 22 0 -127\nB 12 7 0 0\n", Shape("REP_T"));
   // The TDO handed out before stays usable.
   void* obj = nullptr;
   ASSERT_EQ(OCI_SUCCESS, OCIObjectNew(env_, err_, svc_, OCI_TYPECODE_OBJECT, before, nullptr,
