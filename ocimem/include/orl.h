@@ -109,6 +109,11 @@ sword OCINumberFromInt(OCIError *err, const void *inum, uword inum_length, uword
 sword OCINumberCmp(OCIError *err, const OCINumber *number1, const OCINumber *number2, sword *result);
 sword OCIDateToText(OCIError *err, const OCIDate *date, const oratext *fmt, ub1 fmt_length, const oratext *lang_name, ub4 lang_length, ub4 *buf_size, oratext *buf);
 sword OCIDateFromText(OCIError *err, const oratext *date_str, ub4 d_str_length, const oratext *fmt, ub1 fmt_length, const oratext *lang_name, ub4 lang_length, OCIDate *date);
+sword OCIDateAddDays( OCIError *err, const OCIDate *date, sb4 num_days, OCIDate *result );
+sword OCIDateAddMonths( OCIError *err, const OCIDate *date, sb4 num_months, OCIDate *result );
+sword OCIDateDaysBetween( OCIError *err, const OCIDate *date1, const OCIDate *date2, sb4 *num_days );
+sword OCIDateSysDate( OCIError *err, OCIDate *sys_date );
+sword OCIDateCompare( OCIError *err, const OCIDate *date1, const OCIDate *date2, sword *result );
 
 #if defined(__GNUC__)
 #pragma GCC visibility pop

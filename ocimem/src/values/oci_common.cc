@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "../internal.h"
+#include "calendar.h"
 #include "date_format.h"
 
 namespace ocimem::values {
@@ -23,6 +24,24 @@ sword FailLanguage(OCIError* err) {
 }
 
 sword FailDate(OCIError* err, int ora) { return Fail(err, ora, DateErrorText(ora)); }
+
+sword SessionZone(const Env* env, OCIError* err, Zone* zone) {
+  if (int ora = ResolveSessionZone(env->session_time_zone, zone)) return FailDate(err, ora);
+  return OCI_SUCCESS;
+}
+
+int CheckOciDate(const OCIDate& d) {
+  if (d.OCIDateYYYY == 0 || d.OCIDateYYYY < kMinYear || d.OCIDateYYYY > kMaxYear) {
+    return kOraBadYear;
+  }
+  if (d.OCIDateMM < 1 || d.OCIDateMM > 12) return kOraBadMonth;
+  if (d.OCIDateDD < 1 || d.OCIDateDD > 31) return kOraBadDay;
+  if (!IsValidDate(d.OCIDateYYYY, d.OCIDateMM, d.OCIDateDD)) return kOraDayNotValidForMonth;
+  if (d.OCIDateTime.OCITimeHH > 23) return kOraBadHour;
+  if (d.OCIDateTime.OCITimeMI > 59) return kOraBadMinute;
+  if (d.OCIDateTime.OCITimeSS > 59) return kOraBadSecond;
+  return 0;
+}
 
 std::string_view MaskOrDefault(const oratext* fmt, std::size_t length) {
   if (fmt == nullptr || length == 0) return "DD-MON-YY";

@@ -7,7 +7,12 @@
 
 #include "../same_bytes.h"
 #include "date_format.h"
+#include "datetime.h"
 #include "oci.h"
+
+namespace ocimem {
+struct Env;
+}
 
 namespace ocimem::values {
 
@@ -17,6 +22,14 @@ sword FailLanguage(OCIError* err);
 
 // Records a datetime/interval error with Oracle's text for `ora`.
 sword FailDate(OCIError* err, int ora);
+
+// The session time zone of `env` (resolved only by the calls whose value needs
+// it): OCI_SUCCESS, or OCI_ERROR with ORA-01882 and the like on err.
+sword SessionZone(const Env* env, OCIError* err, Zone* zone);
+
+// The validity checks of a stored OCIDate, in the order Oracle reports them:
+// 0 or the ORA error.
+int CheckOciDate(const OCIDate& d);
 
 // A NULL or empty mask means Oracle's default date mask DD-MON-YY.
 std::string_view MaskOrDefault(const oratext* fmt, std::size_t length);

@@ -8,26 +8,7 @@
 #include "oci_common.h"
 
 namespace {
-
 using ocimem::values::DateTimeFields;
-
-// The validity checks of a stored OCIDate, in the order Oracle reports them.
-int CheckDate(const OCIDate& d) {
-  if (d.OCIDateYYYY == 0 || d.OCIDateYYYY < ocimem::values::kMinYear ||
-      d.OCIDateYYYY > ocimem::values::kMaxYear) {
-    return ocimem::values::kOraBadYear;
-  }
-  if (d.OCIDateMM < 1 || d.OCIDateMM > 12) return ocimem::values::kOraBadMonth;
-  if (d.OCIDateDD < 1 || d.OCIDateDD > 31) return ocimem::values::kOraBadDay;
-  if (!ocimem::values::IsValidDate(d.OCIDateYYYY, d.OCIDateMM, d.OCIDateDD)) {
-    return ocimem::values::kOraDayNotValidForMonth;
-  }
-  if (d.OCIDateTime.OCITimeHH > 23) return ocimem::values::kOraBadHour;
-  if (d.OCIDateTime.OCITimeMI > 59) return ocimem::values::kOraBadMinute;
-  if (d.OCIDateTime.OCITimeSS > 59) return ocimem::values::kOraBadSecond;
-  return 0;
-}
-
 }  // namespace
 
 extern "C" {
@@ -40,7 +21,7 @@ sword OCIDateToText(OCIError* err, const OCIDate* date, const oratext* fmt, ub1 
   if (buf_size == nullptr) return ocimem::FailArgument(err, 7);
   if (buf == nullptr) return ocimem::FailArgument(err, 8);
   if (!ocimem::values::IsAmerican(lang_name, lang_length)) return ocimem::values::FailLanguage(err);
-  if (int ora = CheckDate(*date)) return ocimem::values::FailDate(err, ora);
+  if (int ora = ocimem::values::CheckOciDate(*date)) return ocimem::values::FailDate(err, ora);
   const ocimem::values::DateMask* mask = nullptr;
   if (int ora = ocimem::values::CachedDateMask(ocimem::values::MaskOrDefault(fmt, fmt_length),
                                                &mask)) {

@@ -6,6 +6,7 @@
 #include "calendar.h"
 #include "date_format.h"
 #include "datetime.h"
+#include "datetime_kinds.h"
 #include "descriptor.h"
 #include "oci_common.h"
 
@@ -14,11 +15,12 @@ namespace {
 using ocimem::values::DateTimeDescriptor;
 using ocimem::values::DateTimeFields;
 using ocimem::values::DateTimeKind;
+using ocimem::values::SessionZone;
+using ocimem::values::Shown;
+using ocimem::values::StoreLocal;
 using ocimem::values::Zone;
 
-bool Zoned(DateTimeKind k) {
-  return k == DateTimeKind::TimestampTz || k == DateTimeKind::TimestampLtz;
-}
+bool Zoned(DateTimeKind k) { return ocimem::values::IsZonedKind(k); }
 
 // The handle's environment; its session time zone is resolved only by the
 // calls whose value needs it (a zone read from $ORA_SDTZ or the system clock
@@ -26,13 +28,6 @@ bool Zoned(DateTimeKind k) {
 sword SessionOf(void* hndl, ocimem::Env** env) {
   *env = ocimem::EnvFromHandle(hndl);
   return *env == nullptr ? OCI_INVALID_HANDLE : OCI_SUCCESS;
-}
-
-sword SessionZone(ocimem::Env* env, OCIError* err, Zone* zone) {
-  if (int ora = ocimem::values::ResolveSessionZone(env->session_time_zone, zone)) {
-    return ocimem::values::FailDate(err, ora);
-  }
-  return OCI_SUCCESS;
 }
 
 int CheckFields(const DateTimeFields& f) {
@@ -49,49 +44,6 @@ int CheckFields(const DateTimeFields& f) {
   if (f.second > 59) return ocimem::values::kOraBadSecond;
   if (f.nanos > 999999999U) return ocimem::values::kOraBadFraction;
   return 0;
-}
-
-// Stores local fields (read or constructed) into a descriptor of any kind.
-int StoreLocal(DateTimeDescriptor* d, DateTimeFields local, const Zone* given,
-               std::string_view abbreviation, const Zone& session) {
-  if (d->kind == DateTimeKind::Date) local.nanos = 0;
-  if (!Zoned(d->kind)) {
-    d->value = ocimem::values::DateTimeValue{};
-    ocimem::values::SetFields(local, &d->value);
-    return 0;
-  }
-  ocimem::values::DateTimeValue v;
-  if (int ora = ocimem::values::MakeZonedValue(local, given != nullptr ? *given : session,
-                                               abbreviation, &v)) {
-    return ora;
-  }
-  if (d->kind == DateTimeKind::TimestampLtz) {
-    // An instant: kept in UTC and shown in the session zone.
-    ocimem::values::DateTimeValue utc;
-    ocimem::values::SetFields(ocimem::values::ToUtc(v), &utc);
-    v = utc;
-  }
-  d->value = v;
-  return 0;
-}
-
-// The fields a caller sees and the zone it is shown with (nullptr: none).
-// `session` is read only for a LOCAL TIME ZONE value.
-DateTimeFields Shown(const DateTimeDescriptor& d, const Zone& session,
-                     ocimem::values::ZoneOutput* zone, bool* has_zone) {
-  *has_zone = Zoned(d.kind);
-  if (d.kind == DateTimeKind::TimestampLtz) {
-    DateTimeFields local;
-    ocimem::values::FromUtc(ocimem::values::FieldsOf(d.value), session, &local, zone);
-    return local;
-  }
-  if (d.kind == DateTimeKind::TimestampTz) {
-    zone->is_region = !d.value.region.empty();
-    zone->region = d.value.region;
-    zone->offset_minutes = d.value.offset_minutes;
-    zone->abbreviation = d.value.abbreviation;
-  }
-  return ocimem::values::FieldsOf(d.value);
 }
 
 }  // namespace
