@@ -103,8 +103,8 @@ inline const FromTextCase kFromText[] = {
     {"Row32YearMissing", "03-FEB", 0, kShort, {}, 1840},
     {"Row33NotInMonth", "30-FEB-01", 0, kShort, {}, 1839},
     {"Row34TimeAfterShort", "03-FEB-01 10:00", 0, kShort, {}, 1830},
-    // oracle-datatypes.md §1 gives `HH24:MI:XX` as its example of an unknown element, but X
-    // is Oracle's radix element: Z is none.
+    // decision DT15 (docs/ocimem.md): oracle-datatypes.md §1 gives `HH24:MI:XX` as its
+    // example of an unknown element, but X is Oracle's radix element: Z is none.
     {"UnknownElement", "04:05:06", 0, "HH24:MI:ZZ", {}, 1821},
     {"RepeatedElement", "2001-02-03 04:05:06", 0, "YYYY-MM-DD HH24:MM:SS", {}, 1810},
     {"YearTwice", "2001 01", 0, "YYYY YY", {}, 1812},

@@ -66,6 +66,7 @@ TEST_P(DateFromTextTable, MatchesOracle) {
 INSTANTIATE_TEST_SUITE_P(Sheet, DateFromTextTable, ::testing::ValuesIn(date_cases::kFromText),
                          [](const auto& info) { return std::string(info.param.name); });
 
+// decision DT15 (docs/ocimem.md): Z, not the sheet's X, stands for an unknown element.
 TEST(DateFormatTest, UnknownElementInOutputMask) {
   ocimem::values::DateMask mask;
   EXPECT_EQ(ocimem::values::ParseDateMask("HH24:MI:ZZ", &mask), 1821);

@@ -121,7 +121,7 @@ const MoveCase kAddMonths[] = {
     {"IntoBc", {1, 3, 15, 0, 0, 0}, -3, {-1, 12, 15, 0, 0, 0}, 0},
     {"OutOfBc", {-1, 12, 15, 0, 0, 0}, 1, {1, 1, 15, 0, 0, 0}, 0},
     {"BcLeapFebruary", {-1, 1, 31, 0, 0, 0}, 1, {-1, 2, 29, 0, 0, 0}, 0},
-    // decision: docs/ocimem.md (a day the Gregorian reform dropped becomes 15 October 1582)
+    // decision DT8 (docs/ocimem.md): a day the Gregorian reform dropped becomes 15 October 1582
     {"IntoTheReformGap", {1582, 9, 10, 0, 0, 0}, 1, {1582, 10, 15, 0, 0, 0}, 0},
     {"LastMonth", {9999, 11, 30, 0, 0, 0}, 1, {9999, 12, 31, 0, 0, 0}, 0},
     {"PastTheLastMonth", {9999, 12, 15, 0, 0, 0}, 1, {}, 1841},
@@ -214,6 +214,7 @@ TEST_F(OciDateArithTest, CompareOrdersByDateAndTime) {
 
 // Oracle's calls return an error for a date that is not valid; the codes are those
 // OCIDateToText gives for the same fields.
+// UNCONFIRMED: oracle-datatypes.md §6.4 codes reused for a stored date that is not valid
 TEST_F(OciDateArithTest, InvalidDatesAreRefused) {
   struct Row {
     Day bad;
@@ -241,7 +242,7 @@ TEST_F(OciDateArithTest, InvalidDatesAreRefused) {
   }
 }
 
-// ---- OCIDateSysDate ----
+// ---- OCIDateSysDate: the system's local time (decision DT13, docs/ocimem.md) ----
 
 TEST_F(OciDateArithTest, SysDateIsTheLocalClock) {
   const auto local = [](std::time_t t) {

@@ -65,7 +65,7 @@ const OutCase kOut[] = {
     {"JulianLastDay", {9999, 12, 31, 0, 0, 0}, "J", "5373484"},
     {"JulianAcrossTheReform", {1582, 10, 15, 0, 0, 0}, "J", "2299161"},
     {"JulianLastJulianCalendarDay", {1582, 10, 4, 0, 0, 0}, "J", "2299160"},
-    // decision: docs/ocimem.md (J of BC dates: 1 January 4712 BC is day 1)
+    // decision DT1 (docs/ocimem.md): J of BC dates
     {"JulianFirstDay", {-4712, 1, 1, 0, 0, 0}, "J", "0000001"},
     {"JulianFill", {-4712, 1, 1, 0, 0, 0}, "FMJ", "1"},
     {"SecondsOfDay", kSat, "SSSSS", "14706"},
@@ -114,7 +114,7 @@ const OutCase kOut[] = {
     {"SignedCenturyBc", kBc, "SCC", "-01"},
     {"CenturyBcUnsigned", kBc, "CC", "01"},
     {"SignedCenturyFirstYear", {-4712, 1, 1, 0, 0, 0}, "SCC", "-48"},
-    // YEAR, SYEAR (decision: docs/ocimem.md, how years are spelled)
+    // YEAR, SYEAR: decision DT3 (docs/ocimem.md), how years are spelled
     {"YearSpelled", {1998, 7, 4, 0, 0, 0}, "YEAR", "NINETEEN NINETY-EIGHT"},
     {"YearSpelledCapital", {1998, 7, 4, 0, 0, 0}, "Year", "Nineteen Ninety-Eight"},
     {"YearSpelledLower", {1998, 7, 4, 0, 0, 0}, "year", "nineteen ninety-eight"},

@@ -57,7 +57,7 @@ const InCase kIn[] = {
     {"JulianWithTime", "2451944 04:05:06", "J HH24:MI:SS", {2001, 2, 3, 4, 5, 6}, 0},
     {"JulianLast", "5373484", "J", {9999, 12, 31, 0, 0, 0}, 0},
     {"JulianFirstAdDay", "1721424", "J", {1, 1, 1, 0, 0, 0}, 0},
-    // decision: docs/ocimem.md (J of BC dates: 1 January 4712 BC is day 1)
+    // decision DT1 (docs/ocimem.md): J of BC dates
     {"JulianFirst", "1", "J", {-4712, 1, 1, 0, 0, 0}, 0},
     {"JulianZero", "0", "J", {}, 1854},
     {"JulianPastTheEnd", "5373485", "J", {}, 1854},
@@ -78,10 +78,10 @@ const InCase kIn[] = {
     {"DayOfYearPast366", "2001-367", "YYYY-DDD", {}, 1848},
     {"DayOfYearReformYear", "1582-355", "YYYY-DDD", {1582, 12, 31, 0, 0, 0}, 0},
     {"DayOfYearAcrossTheReform", "1582-278", "YYYY-DDD", {1582, 10, 15, 0, 0, 0}, 0},
-    // decision: docs/ocimem.md (DDD with a month or a day of the month)
+    // decision DT2 (docs/ocimem.md): DDD with a month or a day of the month
     {"DayOfYearWithMonth", "2001-034-02", "YYYY-DDD-MM", {}, 1816},
     {"DayOfYearWithDay", "2001-034-03", "YYYY-DDD-DD", {}, 1810},
-    // D, DY, DAY: the day of the week must be the date's own.
+    // D, DY, DAY: the day of the week must be the date's own (decision DT4, docs/ocimem.md).
     {"WeekDayNumber", "2001-02-03 7", "YYYY-MM-DD D", kSat, 0},
     {"WeekDayNumberConflict", "2001-02-03 1", "YYYY-MM-DD D", {}, 1835},
     {"WeekDayNumberEight", "2001-02-03 8", "YYYY-MM-DD D", {}, 1846},
@@ -130,7 +130,7 @@ const InCase kIn[] = {
     // Oracle's table "Matching Character Data and Format Models with the FX Format Model
     // Modifier", row by row.
     {"FxTableRow1", "15/ JAN /1998", "DD-MON-YYYY", {1998, 1, 15, 0, 0, 0}, 0},
-    // UNCONFIRMED: the table says "Error"; which code is ocimem's reading (YYYY meets '/')
+    // decision DT7 (docs/ocimem.md): the table says "Error"; the code is ocimem's (YYYY meets '/')
     {"FxTableRow2", " 15! JAN % /1998", "DD-MON-YYYY", {}, 1858},
     {"FxTableRow3", "15/JAN/1998", "FXDD-MON-YYYY", {}, 1861},
     {"FxTableRow4", "15-JAN-1998", "FXDD-MON-YYYY", {1998, 1, 15, 0, 0, 0}, 0},
@@ -138,7 +138,8 @@ const InCase kIn[] = {
     {"FxTableRow6", "01-JAN-1998", "FXDD-MON-YYYY", {1998, 1, 1, 0, 0, 0}, 0},
     {"FxTableRow7", "1-JAN-1998", "FXFMDD-MON-YYYY", {1998, 1, 1, 0, 0, 0}, 0},
     // More of FX: numbers need all their digits, punctuation must be there, nothing may be
-    // left out at the end, and the element substitutes (MON for MM, YYYY for YY) are off.
+    // left out at the end, and the element substitutes (MON for MM, YYYY for YY) are off
+    // (decision DT6, docs/ocimem.md, for the names and styles).
     {"FxShortNumbers", "2001-2-3", "FXYYYY-MM-DD", {}, 1862},
     {"FxFillModeShortNumbers", "2001-2-3", "FXFMYYYY-MM-DD", kSat, 0},
     {"FxPunctuationLeftOut", "20010203", "FXYYYY-MM-DD", {}, 1861},
@@ -149,11 +150,11 @@ const InCase kIn[] = {
     {"FxPunctuationAnyCaseQuoted", "2001t02", "FXYYYY\"T\"MM", {2001, 2, 1, 0, 0, 0}, 0},
     {"FxToggledOffForTheTime", "2001-02-03 4.5", "FXYYYY-MM-DD FXHH24:MI", {2001, 2, 3, 4, 5, 0},
      0},
-    // UNCONFIRMED: FX keeps leading blanks; which code is ocimem's reading (YYYY meets ' ')
+    // decision DT6 (docs/ocimem.md): FX keeps leading blanks (YYYY meets ' ')
     {"FxLeadingBlank", " 2001-02-03", "FXYYYY-MM-DD", {}, 1858},
     {"FxMonthNamePadded", "03-MAY      -2001", "FXDD-MONTH-YYYY", {2001, 5, 3, 0, 0, 0}, 0},
     {"FxMonthNameFillMode", "03-MAY-2001", "FXDD-FMMONTH-YYYY", {2001, 5, 3, 0, 0, 0}, 0},
-    // UNCONFIRMED: a MONTH name under FX without FM is read with its padding
+    // decision DT6 (docs/ocimem.md): a MONTH name under FX without FM is read with its padding
     {"FxMonthNameUnpadded", "03-MAY-2001", "FXDD-MONTH-YYYY", {}, 1861},
     {"FxMeridianStyle", "04 P.M.", "FXHH AM", {}, 1855},
 };
@@ -231,7 +232,7 @@ TEST_F(OciDateInputTest, RadixAndFractionOfATimestamp) {
     EXPECT_EQ(fsec, 500000000U);
     EXPECT_EQ(s, 6);
   }
-  // UNCONFIRMED: X reads only the point of territory AMERICA (ORA-01830 for the rest)
+  // decision DT5 (docs/ocimem.md): X reads only the point of territory AMERICA
   const char* comma = "2001-02-03 04:05:06,5";
   EXPECT_EQ(OCIDateTimeFromText(env_, err_, T(comma), std::strlen(comma),
                                 T("YYYY-MM-DD HH24:MI:SSXFF"), 24, nullptr, 0, ts),

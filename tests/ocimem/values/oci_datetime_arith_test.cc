@@ -133,7 +133,7 @@ const MoveCase kMoves[] = {
      false, " 2000-04-02 13:00:00.000000000 US/PACIFIC PDT", 0},
     {"RegionAcrossFallBack", kTzType, "2000-10-28 12:00:00 US/Pacific", kDs, "1 00:00:00", false,
      " 2000-10-29 11:00:00.000000000 US/PACIFIC PST", 0},
-    // decision: docs/ocimem.md (months are added to the UTC instant of a zoned value)
+    // decision DT10 (docs/ocimem.md): months are added to the UTC instant of a zoned value
     {"RegionMonthsAcrossSpringForward", kTzType, "2000-03-15 12:00:00 US/Pacific", kYm, "0-1",
      false, " 2000-04-15 13:00:00.000000000 US/PACIFIC PDT", 0},
 };
@@ -172,7 +172,7 @@ TEST_F(OciDateTimeArithTest, LocalTimeZoneMovesAsAnInstant) {
   EXPECT_EQ(Text(out, kTs), " 2000-04-02 13:00:00.000000000");
 }
 
-// The DATE kind keeps no fraction of a second.
+// The DATE kind keeps no fraction of a second (decision DT9, docs/ocimem.md).
 TEST_F(OciDateTimeArithTest, DateKindDropsTheFraction) {
   auto* in = static_cast<OCIDateTime*>(Descriptor(OCI_DTYPE_DATE));
   ASSERT_EQ(OCIDateTimeConstruct(env_, err_, in, 2001, 2, 3, 4, 5, 6, 0, nullptr, 0), OCI_SUCCESS);
@@ -187,7 +187,7 @@ TEST_F(OciDateTimeArithTest, DateKindDropsTheFraction) {
 }
 
 // The result may be the input descriptor itself; its kind must be the input's
-// (decision: docs/ocimem.md).
+// (decision DT9, docs/ocimem.md).
 TEST_F(OciDateTimeArithTest, ResultDescriptor) {
   OCIDateTime* ts = Read(kTsType, "2001-02-03 04:05:06", kTs);
   OCIInterval* iv = Interval(kDs, "1 00:00:00");
@@ -238,7 +238,7 @@ const DifferenceCase kDifferences[] = {
      "2001-02-03 07:00:00 -03:00", "+000000000 00:00:00.000000000", 0},
     {"RegionAcrossSpringForward", kTzType, "2000-04-02 12:00:00 US/Pacific", kTzType,
      "2000-04-01 12:00:00 US/Pacific", "+000000000 23:00:00.000000000", 0},
-    // decision: docs/ocimem.md (which kinds are mutually comparable)
+    // decision DT11 (docs/ocimem.md): which kinds are mutually comparable
     {"TimestampAndZone", kTsType, "2001-02-03 12:00:00", kTzType, "2001-02-03 12:00:00 +00:00",
      "", 1870},
     {"ZoneAndTimestamp", kTzType, "2001-02-03 12:00:00 +00:00", kTsType, "2001-02-03 12:00:00",
@@ -281,7 +281,7 @@ TEST_F(OciDateTimeArithTest, DifferenceFieldsShareOneSign) {
 }
 
 // A LOCAL TIME ZONE value and a WITH TIME ZONE value are both instants, and a DATE
-// compares with a TIMESTAMP (decision: docs/ocimem.md).
+// compares with a TIMESTAMP (decision DT11, docs/ocimem.md).
 TEST_F(OciDateTimeArithTest, DifferenceOfComparableKinds) {
   setenv("ORA_SDTZ", "+02:00", 1);
   OCIDateTime* ltz = Read(OCI_DTYPE_TIMESTAMP_LTZ, "2001-02-03 14:00:00", kTs);
@@ -335,7 +335,7 @@ const CompareCase kCompares[] = {
     {"TimestampsEqual", kTsType, "2001-02-03 04:05:06", kTsType, "2001-02-03 04:05:06", 0, 0},
     {"BcBeforeAd", kTsType, "-0001-12-31 23:59:59.999999999", kTsType, "0001-01-01 00:00:00", -1,
      0},
-    // decision: docs/ocimem.md (which kinds are mutually comparable)
+    // decision DT11 (docs/ocimem.md): which kinds are mutually comparable
     {"TimestampAndZone", kTsType, "2001-02-03 12:00:00", kTzType, "2001-02-03 12:00:00 +00:00", 0,
      1870},
 };

@@ -86,7 +86,7 @@ void ExpectStamp(const Stamp& got, const Stamp& want) {
 }
 
 // ---- OCIDateTimeConvert: the fields as the value shows them, the session time zone
-// for a kind with a zone (decision: docs/ocimem.md) ----
+// for a kind with a zone (decision DT12, docs/ocimem.md) ----
 
 struct ConvertCase {
   const char* name;
@@ -187,8 +187,8 @@ TEST_F(OciDateTimeConvertTest, ConvertIntoItself) {
 
 // ---- OCIDateTimeSysTimeStamp ----
 
-// decision: docs/ocimem.md (the system's time, to the microsecond, with the system's
-// offset; local fields for the kinds without a zone, the instant for LOCAL TIME ZONE)
+// decision DT13 (docs/ocimem.md): the system's time, to the microsecond, with the system's
+// offset; local fields for the kinds without a zone, the instant for LOCAL TIME ZONE
 TEST_F(OciDateTimeConvertTest, SysTimeStampIsTheSystemClockWithItsOffset) {
   const std::time_t before = std::time(nullptr);
   auto* tz = static_cast<OCIDateTime*>(Descriptor(kTz));

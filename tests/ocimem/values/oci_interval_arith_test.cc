@@ -133,7 +133,7 @@ TEST_F(OciIntervalArithTest, KindsMustMatch) {
   EXPECT_EQ(OCIIntervalCompare(env_, err_, ym, ds, &result), OCI_ERROR);
   EXPECT_EQ(LastError(), 1870);
   EXPECT_EQ(result, 7);
-  // decision: docs/ocimem.md (the result descriptor is of the operands' kind)
+  // decision DT14 (docs/ocimem.md): the result descriptor is of the operands' kind
   EXPECT_EQ(OCIIntervalAdd(env_, err_, ym, ym, ds_out), OCI_ERROR);
   EXPECT_EQ(LastError(), 1870);
   EXPECT_EQ(OCIIntervalSubtract(env_, err_, ds, ds, ym_out), OCI_ERROR);
