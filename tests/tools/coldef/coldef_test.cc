@@ -69,8 +69,9 @@ TEST_F(ColdefTest, TypesTheAdapterRefusesKeepTheirOracleCode) {
   ExpectList(list_, {
                         Scalar("BF", SQLT_BFILEE, SQLT_BFILEE, 0),
                         Scalar("RF", SQLT_REF, SQLT_REF, 0),
-                        Scalar("NV", OCI_TYPECODE_NVARCHAR2, OCI_TYPECODE_NVARCHAR2, 5),
-                        Scalar("NC", OCI_TYPECODE_NCHAR, OCI_TYPECODE_NCHAR, 2),
+                        // Sizes in bytes: AL16UTF16 takes two a character.
+                        Scalar("NV", OCI_TYPECODE_NVARCHAR2, OCI_TYPECODE_NVARCHAR2, 10),
+                        Scalar("NC", OCI_TYPECODE_NCHAR, OCI_TYPECODE_NCHAR, 4),
                         Scalar("NCL", OCI_TYPECODE_NCLOB, OCI_TYPECODE_NCLOB, 0),
                     });
 }
