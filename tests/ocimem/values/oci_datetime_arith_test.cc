@@ -129,13 +129,16 @@ const MoveCase kMoves[] = {
     {"ObservedUtcBack", kTzType, "1969-07-21 17:54:00 UTC", kDs, "0 21:35:56", true,
      " 1969-07-20 20:18:04.000000000 UTC UTC", 0},
     // A day later across the spring change is 24 hours later: 13:00 daylight time.
-    {"RegionAcrossSpringForward", kTzType, "2000-04-01 12:00:00 US/Pacific", kDs, "1 00:00:00",
-     false, " 2000-04-02 13:00:00.000000000 US/PACIFIC PDT", 0},
-    {"RegionAcrossFallBack", kTzType, "2000-10-28 12:00:00 US/Pacific", kDs, "1 00:00:00", false,
-     " 2000-10-29 11:00:00.000000000 US/PACIFIC PST", 0},
+    {"RegionAcrossSpringForward", kTzType, "2000-04-01 12:00:00 America/Los_Angeles", kDs,
+     "1 00:00:00",
+     false, " 2000-04-02 13:00:00.000000000 AMERICA/LOS_ANGELES PDT", 0},
+    {"RegionAcrossFallBack", kTzType, "2000-10-28 12:00:00 America/Los_Angeles", kDs, "1 00:00:00",
+     false,
+     " 2000-10-29 11:00:00.000000000 AMERICA/LOS_ANGELES PST", 0},
     // decision DT10 (docs/ocimem.md): months are added to the UTC instant of a zoned value
-    {"RegionMonthsAcrossSpringForward", kTzType, "2000-03-15 12:00:00 US/Pacific", kYm, "0-1",
-     false, " 2000-04-15 13:00:00.000000000 US/PACIFIC PDT", 0},
+    {"RegionMonthsAcrossSpringForward", kTzType, "2000-03-15 12:00:00 America/Los_Angeles", kYm,
+     "0-1",
+     false, " 2000-04-15 13:00:00.000000000 AMERICA/LOS_ANGELES PDT", 0},
 };
 
 class OciDateTimeMove : public OciDateTimeArithTest,
@@ -164,7 +167,7 @@ INSTANTIATE_TEST_SUITE_P(Table, OciDateTimeMove, ::testing::ValuesIn(kMoves),
 // A LOCAL TIME ZONE value is an instant: a day later is 24 hours later, whatever the
 // session's clock does in between.
 TEST_F(OciDateTimeArithTest, LocalTimeZoneMovesAsAnInstant) {
-  setenv("ORA_SDTZ", "US/Pacific", 1);
+  setenv("ORA_SDTZ", "America/Los_Angeles", 1);
   OCIDateTime* in = Read(OCI_DTYPE_TIMESTAMP_LTZ, "2000-04-01 12:00:00", kTs);
   OCIInterval* day = Interval(kDs, "1 00:00:00");
   auto* out = static_cast<OCIDateTime*>(Descriptor(OCI_DTYPE_TIMESTAMP_LTZ));
@@ -236,8 +239,8 @@ const DifferenceCase kDifferences[] = {
      "-000000000 05:00:00.000000000", 0},
     {"SameInstantOtherZones", kTzType, "2001-02-03 12:00:00 +02:00", kTzType,
      "2001-02-03 07:00:00 -03:00", "+000000000 00:00:00.000000000", 0},
-    {"RegionAcrossSpringForward", kTzType, "2000-04-02 12:00:00 US/Pacific", kTzType,
-     "2000-04-01 12:00:00 US/Pacific", "+000000000 23:00:00.000000000", 0},
+    {"RegionAcrossSpringForward", kTzType, "2000-04-02 12:00:00 America/Los_Angeles", kTzType,
+     "2000-04-01 12:00:00 America/Los_Angeles", "+000000000 23:00:00.000000000", 0},
     // decision DT11 (docs/ocimem.md): which kinds are mutually comparable
     {"TimestampAndZone", kTsType, "2001-02-03 12:00:00", kTzType, "2001-02-03 12:00:00 +00:00",
      "", 1870},
@@ -327,9 +330,9 @@ const CompareCase kCompares[] = {
      "2001-02-03 12:00:00 +00:00", 1, 0},
     {"LaterLocalEarlierInstant", kTzType, "2001-02-03 12:00:00 +05:00", kTzType,
      "2001-02-03 10:00:00 +00:00", -1, 0},
-    {"OverlapDaylightFirst", kTzType, "1999-10-31 01:30:10 US/Pacific PDT", kTzType,
-     "1999-10-31 01:30:10 US/Pacific PST", -1, 0},
-    {"RegionAndOffset", kTzType, "2001-07-01 12:00:00 US/Pacific", kTzType,
+    {"OverlapDaylightFirst", kTzType, "1999-10-31 01:30:10 America/Los_Angeles PDT", kTzType,
+     "1999-10-31 01:30:10 America/Los_Angeles PST", -1, 0},
+    {"RegionAndOffset", kTzType, "2001-07-01 12:00:00 America/Los_Angeles", kTzType,
      "2001-07-01 19:00:00 +00:00", 0, 0},
     {"Timestamps", kTsType, "2001-02-03 04:05:06.000000001", kTsType, "2001-02-03 04:05:06", 1, 0},
     {"TimestampsEqual", kTsType, "2001-02-03 04:05:06", kTsType, "2001-02-03 04:05:06", 0, 0},
@@ -365,7 +368,7 @@ INSTANTIATE_TEST_SUITE_P(Table, OciDateTimeOrder, ::testing::ValuesIn(kCompares)
                          [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(OciDateTimeArithTest, LocalTimeZoneComparesWithZonedValues) {
-  setenv("ORA_SDTZ", "US/Pacific", 1);
+  setenv("ORA_SDTZ", "America/Los_Angeles", 1);
   OCIDateTime* ltz = Read(OCI_DTYPE_TIMESTAMP_LTZ, "2001-07-01 12:00:00", kTs);
   OCIDateTime* tz = Read(kTzType, "2001-07-01 19:00:00 +00:00", kTz);
   sword result = 7;

@@ -112,7 +112,7 @@ const ConvertCase kConverts[] = {
     // The session time zone is used for a datetime without a zone (Oracle's words).
     {"TimestampToZoneTakesTheSessionZone", kTs, kStamp, nullptr, kTz, "+02:00", kStamp, 120},
     {"TimestampToZoneTakesTheSessionRegion", kTs, {2001, 7, 1, 12, 0, 0, 0}, nullptr, kTz,
-     "US/Pacific", {2001, 7, 1, 12, 0, 0, 0}, -420},
+     "America/Los_Angeles", {2001, 7, 1, 12, 0, 0, 0}, -420},
     {"TimestampToLocalInTheSessionZone", kTs, kStamp, nullptr, kLtz, "-03:30", kStamp, -210},
     // Seen with a real client: the zone is dropped, and LOCAL TIME ZONE keeps the time.
     {"ObservedZoneToTimestamp", kTz, {1969, 7, 24, 16, 50, 35, 0}, "UTC", kTs, "+05:00",
@@ -122,7 +122,7 @@ const ConvertCase kConverts[] = {
     {"LocalToZoneIsTheSameInstant", kLtz, {2001, 2, 3, 12, 0, 0, 0}, "+00:00", kTz, "+02:00",
      {2001, 2, 3, 14, 0, 0, 0}, 120},
     {"LocalToTimestampInTheSessionZone", kLtz, {2001, 2, 3, 12, 0, 0, 0}, "+00:00", kTs,
-     "US/Pacific", {2001, 2, 3, 4, 0, 0, 0}, 0},
+     "America/Los_Angeles", {2001, 2, 3, 4, 0, 0, 0}, 0},
     {"ZoneToZoneKeepsTheZone", kTz, kStamp, "-08:00", kTz, "+02:00", kStamp, -480},
     {"ZoneToDate", kTz, kStamp, "+05:30", kDate, "+00:00", {2001, 2, 3, 4, 5, 6, 0}, 0},
 };
@@ -158,7 +158,7 @@ TEST_F(OciDateTimeConvertTest, ConvertedRegionIsWrittenWithItsName) {
 }
 
 TEST_F(OciDateTimeConvertTest, LocalTimeInTheSessionsSpringGapIsRefused) {
-  setenv("ORA_SDTZ", "US/Pacific", 1);
+  setenv("ORA_SDTZ", "America/Los_Angeles", 1);
   OCIDateTime* in = Make(kTs, {2000, 4, 2, 2, 30, 0, 0}, nullptr);
   auto* out = static_cast<OCIDateTime*>(Descriptor(kTz));
   EXPECT_EQ(OCIDateTimeConvert(env_, err_, in, out), OCI_ERROR);

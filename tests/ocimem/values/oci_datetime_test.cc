@@ -117,10 +117,11 @@ const ToTextCase kToText[] = {
     // UNCONFIRMED: oracle-datatypes.md §7.2 row 9 (empty TZD)
     {"Row09NegativeOffset", OCI_DTYPE_TIMESTAMP_TZ, {2001, 2, 3, 4, 5, 6, 250000000}, "-08:00", 2,
      kTzMask, "+00:00", "2001-02-03 04:05:06.25 -08:00 "},
-    {"Row10RegionDaylight", OCI_DTYPE_TIMESTAMP_TZ, {1999, 10, 1, 1, 30, 10, 0}, "US/Pacific", 2,
-     kTzMask, "+00:00", "1999-10-01 01:30:10.00 US/PACIFIC PDT"},
-    {"Row11RegionStandard", OCI_DTYPE_TIMESTAMP_TZ, {1999, 12, 1, 1, 30, 10, 0}, "US/Pacific", 0,
-     "YYYY-MM-DD HH24:MI:SS TZR TZD", "+00:00", "1999-12-01 01:30:10 US/PACIFIC PST"},
+    {"Row10RegionDaylight", OCI_DTYPE_TIMESTAMP_TZ, {1999, 10, 1, 1, 30, 10, 0},
+     "America/Los_Angeles", 2, kTzMask, "+00:00", "1999-10-01 01:30:10.00 AMERICA/LOS_ANGELES PDT"},
+    {"Row11RegionStandard", OCI_DTYPE_TIMESTAMP_TZ, {1999, 12, 1, 1, 30, 10, 0},
+     "America/Los_Angeles", 0, "YYYY-MM-DD HH24:MI:SS TZR TZD", "+00:00",
+     "1999-12-01 01:30:10 AMERICA/LOS_ANGELES PST"},
     {"Row12LocalInSessionOffset", OCI_DTYPE_TIMESTAMP_LTZ, {2001, 2, 3, 12, 0, 0, 0}, "+00:00", 6,
      kTsMask, "+02:00", "2001-02-03 14:00:00.000000"},
     {"Row13OneMicro", OCI_DTYPE_TIMESTAMP, {2001, 2, 3, 4, 5, 6, 1000}, nullptr, 6, kTsMask,
@@ -133,9 +134,9 @@ const ToTextCase kToText[] = {
     {"Row16Utc", OCI_DTYPE_TIMESTAMP_TZ, {2001, 2, 3, 4, 5, 6, 123000000}, "+00:00", 3, kTzMask,
      "+00:00", "2001-02-03 04:05:06.123 +00:00 "},
     {"Row17LocalInSessionRegion", OCI_DTYPE_TIMESTAMP_LTZ, {2001, 7, 1, 12, 0, 0, 0}, "+00:00", 6,
-     kTsMask, "US/Pacific", "2001-07-01 05:00:00.000000"},
-    {"RegionCaseFolded", OCI_DTYPE_TIMESTAMP_TZ, {2022, 10, 27, 10, 19, 37, 0}, "us/eastern", 0,
-     "YYYY-MM-DD HH24-MI-SS TZR TZD", "+00:00", "2022-10-27 10-19-37 US/EASTERN EDT"},
+     kTsMask, "America/Los_Angeles", "2001-07-01 05:00:00.000000"},
+    {"RegionCaseFolded", OCI_DTYPE_TIMESTAMP_TZ, {2022, 10, 27, 10, 19, 37, 0}, "america/new_york",
+     0, "YYYY-MM-DD HH24-MI-SS TZR TZD", "+00:00", "2022-10-27 10-19-37 AMERICA/NEW_YORK EDT"},
     {"TzhTzm", OCI_DTYPE_TIMESTAMP_TZ, {2001, 2, 3, 4, 5, 6, 0}, "-03:30", 0,
      "YYYY-MM-DD HH24:MI:SS TZH:TZM", "+00:00", "2001-02-03 04:05:06 -03:30"},
     {"FixedDigitsFf3", OCI_DTYPE_TIMESTAMP, {2001, 2, 3, 4, 5, 6, 123456789}, nullptr, 9,
@@ -217,14 +218,16 @@ const FromTextCase kFromText[] = {
      {2001, 2, 3, 4, 5, 6, 500000000}, -480, 0},
     {"Row04NoFraction", OCI_DTYPE_TIMESTAMP_TZ, "2001-02-03 04:05:06 +00:00", kTzMask,
      {2001, 2, 3, 4, 5, 6, 0}, 0, 0},
-    {"Row05RegionStandard", OCI_DTYPE_TIMESTAMP_TZ, "2001-02-03 04:05:06.1 US/Pacific PST",
+    {"Row05RegionStandard", OCI_DTYPE_TIMESTAMP_TZ, "2001-02-03 04:05:06.1 America/Los_Angeles PST",
      kTzMask, {2001, 2, 3, 4, 5, 6, 100000000}, -480, 0},
-    {"Row06OverlapDaylight", OCI_DTYPE_TIMESTAMP_TZ, "1999-10-31 01:30:10.00 US/Pacific PDT",
+    {"Row06OverlapDaylight", OCI_DTYPE_TIMESTAMP_TZ,
+     "1999-10-31 01:30:10.00 America/Los_Angeles PDT",
      kTzMask, {1999, 10, 31, 1, 30, 10, 0}, -420, 0},
-    {"Row07OverlapStandard", OCI_DTYPE_TIMESTAMP_TZ, "1999-10-31 01:30:10.00 US/Pacific PST",
+    {"Row07OverlapStandard", OCI_DTYPE_TIMESTAMP_TZ,
+     "1999-10-31 01:30:10.00 America/Los_Angeles PST",
      kTzMask, {1999, 10, 31, 1, 30, 10, 0}, -480, 0},
-    {"Row08Gap", OCI_DTYPE_TIMESTAMP_TZ, "2000-04-02 02:30:00.00 US/Pacific", kTzMask, {}, 0,
-     1878},
+    {"Row08Gap", OCI_DTYPE_TIMESTAMP_TZ, "2000-04-02 02:30:00.00 America/Los_Angeles", kTzMask,
+     {}, 0, 1878},
     {"Row09UnknownRegion", OCI_DTYPE_TIMESTAMP_TZ, "2001-02-03 04:05:06.1 Mars/Base", kTzMask, {},
      0, 1882},
     {"Row10SessionZone", OCI_DTYPE_TIMESTAMP_TZ, "2001-02-03 04:05:06.1", kTzMask,
@@ -249,7 +252,8 @@ const FromTextCase kFromText[] = {
     {"OffsetMinuteOutOfRange", OCI_DTYPE_TIMESTAMP_TZ, "2001-02-03 04:05:06 +01:60", kTzMask, {},
      0, 1875},
     // UNCONFIRMED: oracle-datatypes.md §7.3 (TZD not of the region: ORA-01857)
-    {"ForeignAbbreviation", OCI_DTYPE_TIMESTAMP_TZ, "2001-02-03 04:05:06 US/Pacific EST", kTzMask,
+    {"ForeignAbbreviation", OCI_DTYPE_TIMESTAMP_TZ, "2001-02-03 04:05:06 America/Los_Angeles EST",
+     kTzMask,
      {}, 0, 1857},
     {"ZoneHourAndMinute", OCI_DTYPE_TIMESTAMP_TZ, "2001-02-03 04:05:06 -03:30",
      "YYYY-MM-DD HH24:MI:SS TZH:TZM", {2001, 2, 3, 4, 5, 6, 0}, -210, 0},
@@ -283,7 +287,8 @@ INSTANTIATE_TEST_SUITE_P(Sheet, OciDateTimeFromText, ::testing::ValuesIn(kFromTe
                          [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(OciDateTimeTest, WrittenTextReadsBack) {
-  OCIDateTime* dt = Make(OCI_DTYPE_TIMESTAMP_TZ, {1999, 10, 31, 1, 30, 10, 0}, "US/Pacific");
+  OCIDateTime* dt = Make(OCI_DTYPE_TIMESTAMP_TZ, {1999, 10, 31, 1, 30, 10, 0},
+      "America/Los_Angeles");
   std::string text;
   ASSERT_EQ(ToText(dt, kTzMask, 2, &text), OCI_SUCCESS);
   auto* back = static_cast<OCIDateTime*>(Descriptor(OCI_DTYPE_TIMESTAMP_TZ));

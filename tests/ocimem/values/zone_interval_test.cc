@@ -20,15 +20,16 @@ std::int64_t Unix(int y, int mo, int d, int h, int mi, int s) {
 }
 
 TEST(ZoneTest, RegionLookupIgnoresCase) {
-  EXPECT_NE(ocimem::values::FindRegion("US/Pacific"), nullptr);
-  EXPECT_EQ(ocimem::values::FindRegion("us/pacific"), ocimem::values::FindRegion("US/PACIFIC"));
+  EXPECT_NE(ocimem::values::FindRegion("America/Los_Angeles"), nullptr);
+  EXPECT_EQ(ocimem::values::FindRegion("america/los_angeles"),
+      ocimem::values::FindRegion("AMERICA/LOS_ANGELES"));
   EXPECT_NE(ocimem::values::FindRegion("america/los_angeles"), nullptr);
   EXPECT_NE(ocimem::values::FindRegion("UTC"), nullptr);
   EXPECT_EQ(ocimem::values::FindRegion("Mars/Base"), nullptr);
 }
 
 TEST(ZoneTest, TransitionsOfThePast) {
-  const auto* z = ocimem::values::FindRegion("US/Pacific");
+  const auto* z = ocimem::values::FindRegion("America/Los_Angeles");
   ASSERT_NE(z, nullptr);
   EXPECT_EQ(z->At(Unix(1999, 10, 1, 8, 30, 10)).offset_seconds, -7 * 3600);
   EXPECT_EQ(z->At(Unix(1999, 10, 1, 8, 30, 10)).abbreviation, "PDT");
@@ -44,7 +45,7 @@ TEST(ZoneTest, FarFutureUsesTheFooterRule) {
 }
 
 TEST(ZoneTest, GapHasNoInstantOverlapHasTwo) {
-  const auto* z = ocimem::values::FindRegion("US/Pacific");
+  const auto* z = ocimem::values::FindRegion("America/Los_Angeles");
   ASSERT_NE(z, nullptr);
   EXPECT_TRUE(z->FromLocal(Unix(2000, 4, 2, 2, 30, 0)).empty());
   EXPECT_EQ(z->FromLocal(Unix(1999, 10, 31, 1, 30, 10)).size(), 2U);
@@ -68,7 +69,7 @@ struct OffsetCase {
 TEST(ZoneTest, OffsetTexts) {
   const OffsetCase cases[] = {{"+05:30", 0, 330}, {"-8:00", 0, -480}, {"00:00", 0, 0},
                               {"+15:00", 0, 900},  {"+16:00", 1874, 0}, {"+01:60", 1875, 0},
-                              {"-03:-30", 1875, 0}, {"US/Pacific", -1, 0}, {"+5", -1, 0}};
+                              {"-03:-30", 1875, 0}, {"America/Los_Angeles", -1, 0}, {"+5", -1, 0}};
   for (const OffsetCase& c : cases) {
     int minutes = 0;
     EXPECT_EQ(ocimem::values::ParseOffset(c.text, &minutes), c.rc) << c.text;
@@ -91,7 +92,7 @@ TEST(ZoneTest, SessionZoneSettings) {
   ocimem::values::Zone z;
   ASSERT_EQ(ocimem::values::ResolveSessionZone("+02:00", &z), 0);
   EXPECT_EQ(z.offset_minutes, 120);
-  ASSERT_EQ(ocimem::values::ResolveSessionZone("US/Pacific", &z), 0);
+  ASSERT_EQ(ocimem::values::ResolveSessionZone("America/Los_Angeles", &z), 0);
   EXPECT_TRUE(z.is_region);
   ASSERT_EQ(ocimem::values::ResolveSessionZone("DB_TZ", &z), 0);
   EXPECT_EQ(z.offset_minutes, 0);
@@ -175,12 +176,12 @@ TEST(DescriptorTest, CopyIsDeep) {
   ASSERT_EQ(ocimem::AllocValueDescriptor(nullptr, OCI_DTYPE_TIMESTAMP_TZ, &b), OCI_SUCCESS);
   auto* da = ocimem::values::AsDateTime(a);
   da->value.year = 2001;
-  da->value.region = "US/Pacific";
+  da->value.region = "America/Los_Angeles";
   ocimem::CopyValueDescriptor(a, b);
   da->value.region = "UTC";
   auto* db = ocimem::values::AsDateTime(b);
   EXPECT_EQ(db->value.year, 2001);
-  EXPECT_EQ(db->value.region, "US/Pacific");
+  EXPECT_EQ(db->value.region, "America/Los_Angeles");
   ocimem::FreeValueDescriptor(a);
   ocimem::FreeValueDescriptor(b);
 }
