@@ -56,6 +56,11 @@ typedef sb4 (*OCICallbackLobWrite)(void *ctxp, void *bufp, ub4 *lenp, ub1 *piece
 #define OCI_OBJECT                         2
 #define OCI_DESCRIBE_ONLY                  16
 #define OCI_COMMIT_ON_SUCCESS              32
+#define OCI_DYNAMIC_FETCH                  0x02
+
+/* Piecewise operations: direction of the data */
+#define OCI_PARAM_IN                       0x01
+#define OCI_PARAM_OUT                      0x02
 
 /* Handle types */
 #define OCI_HTYPE_FIRST                    1

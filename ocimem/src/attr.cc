@@ -58,6 +58,18 @@ sword OCIAttrSet(void* trgthndlp, ub4 trghndltyp, void* attributep, ub4 size, ub
       }
       return OCI_SUCCESS;
     }
+    case OCI_HTYPE_STMT: {
+      auto* stmt = static_cast<StmtHandle*>(h);
+      if (attrtype != OCI_ATTR_PREFETCH_ROWS && attrtype != OCI_ATTR_PREFETCH_MEMORY) {
+        return Illegal(errhp);
+      }
+      if (attributep == nullptr) return FailArgument(errhp, 3);
+      // Accepted and kept: rows are handed out by the fetch calls alone.
+      ub4 value = 0;
+      std::memcpy(&value, attributep, sizeof value);
+      (attrtype == OCI_ATTR_PREFETCH_ROWS ? stmt->prefetch_rows : stmt->prefetch_memory) = value;
+      return OCI_SUCCESS;
+    }
     default:
       return Illegal(errhp);
   }
@@ -117,14 +129,25 @@ sword OCIAttrGet(const void* trgthndlp, ub4 trghndltyp, void* attributep, ub4* s
         return OCI_SUCCESS;
       }
       if (attrtype == OCI_ATTR_ROW_COUNT || attrtype == OCI_ATTR_ROWS_FETCHED ||
-          attrtype == OCI_ATTR_PARAM_COUNT) {
+          attrtype == OCI_ATTR_PARAM_COUNT || attrtype == OCI_ATTR_PREFETCH_ROWS ||
+          attrtype == OCI_ATTR_PREFETCH_MEMORY) {
         *static_cast<ub4*>(attributep) = attrtype == OCI_ATTR_ROW_COUNT      ? stmt->row_count
                                          : attrtype == OCI_ATTR_ROWS_FETCHED ? stmt->rows_fetched
-                                                                             : stmt->param_count;
+                                         : attrtype == OCI_ATTR_PARAM_COUNT  ? stmt->param_count
+                                         : attrtype == OCI_ATTR_PREFETCH_ROWS
+                                             ? stmt->prefetch_rows
+                                             : stmt->prefetch_memory;
         if (sizep != nullptr) *sizep = sizeof(ub4);
         return OCI_SUCCESS;
       }
       return Illegal(errhp);
+    }
+    case OCI_HTYPE_BIND: {
+      auto* bind = static_cast<BindHandle*>(h);
+      if (attrtype != OCI_ATTR_ROWS_RETURNED) return Illegal(errhp);
+      *static_cast<ub4*>(attributep) = bind->rows_returned;
+      if (sizep != nullptr) *sizep = sizeof(ub4);
+      return OCI_SUCCESS;
     }
     default:
       return Illegal(errhp);

@@ -17,7 +17,9 @@ sword IllegalVariable(OCIError* err) { return Fail(err, 1036, "illegal variable 
 sword RecordBind(StmtHandle* s, OCIBind** bindpp, OCIError* err, ub4 position,
                  const std::string& name, void* valuep, sb4 value_sz, ub2 dty, void* indp,
                  ub2* alenp, ub2* rcodep, ub4 mode) {
-  if (mode != OCI_DEFAULT) return Fail(err, 24300, "bad value for mode");
+  if (mode != OCI_DEFAULT && mode != OCI_DATA_AT_EXEC) {
+    return Fail(err, 24300, "bad value for mode");
+  }
   if (dty == SQLT_NTY && !s->env->object_mode) {
     return Fail(err, 21301, "not initialized in object mode");
   }
@@ -34,6 +36,7 @@ sword RecordBind(StmtHandle* s, OCIBind** bindpp, OCIError* err, ub4 position,
     b = fresh.get();
     s->binds.push_back(std::move(fresh));
   }
+  b->stmt = s;
   b->position = position;
   b->name = name;
   b->valuep = valuep;
@@ -45,6 +48,15 @@ sword RecordBind(StmtHandle* s, OCIBind** bindpp, OCIError* err, ub4 position,
   b->tdo = nullptr;
   b->pgvpp = nullptr;
   b->indpp = nullptr;
+  b->pvskip = b->indskip = b->alskip = b->rcskip = 0;
+  b->mode = mode;
+  b->ictxp = b->octxp = nullptr;
+  b->icbfp = nullptr;
+  b->ocbfp = nullptr;
+  b->dynamic = false;
+  b->staged.clear();
+  b->staged_null = true;
+  b->rows_returned = 0;
   *bindpp = reinterpret_cast<OCIBind*>(b);
   return OCI_SUCCESS;
 }
@@ -118,7 +130,9 @@ sword OCIDefineByPos(OCIStmt* stmtp, OCIDefine** defnp, OCIError* errhp, ub4 pos
   if (s == nullptr) return OCI_INVALID_HANDLE;
   if (defnp == nullptr) return FailArgument(errhp, 2);
   if (position == 0) return FailArgument(errhp, 4);
-  if (mode != OCI_DEFAULT) return Fail(errhp, 24300, "bad value for mode");
+  if (mode != OCI_DEFAULT && mode != OCI_DYNAMIC_FETCH) {
+    return Fail(errhp, 24300, "bad value for mode");
+  }
   if (dty == SQLT_NTY && !s->env->object_mode) {
     return Fail(errhp, 21301, "not initialized in object mode");
   }
@@ -143,6 +157,10 @@ sword OCIDefineByPos(OCIStmt* stmtp, OCIDefine** defnp, OCIError* errhp, ub4 pos
   d->tdo = nullptr;
   d->pgvpp = nullptr;
   d->indpp = nullptr;
+  d->pvskip = d->indskip = d->rlskip = d->rcskip = 0;
+  d->mode = mode;
+  d->octxp = nullptr;
+  d->ocbfp = nullptr;
   *defnp = reinterpret_cast<OCIDefine*>(d);
   return OCI_SUCCESS;
 }

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <limits>
 
+#include "buffer_layout.h"
 #include "coll.h"
 #include "lob.h"
 #include "session_nls.h"
@@ -353,16 +354,15 @@ bool ValueFromBind(const BindHandle& bind, size_t row, Value* out, SqlError* err
     }
     return true;
   }
-  size_t stride = bind.value_sz > 0 ? static_cast<size_t>(bind.value_sz) : 0;
-  const auto* indp = static_cast<const sb2*>(bind.indp);
+  const BindSource src = BindSourceAt(bind, row);
   // Every input indicator below zero means NULL, -1 and the values under it alike.
-  if (indp != nullptr && indp[row] < 0) return true;
-  const unsigned char* p = static_cast<const unsigned char*>(bind.valuep);
-  size_t len = bind.alenp != nullptr ? bind.alenp[row] : stride;
+  if (src.null) return true;
+  const unsigned char* p = src.p;
+  const size_t stride = src.cap;
+  const size_t len = src.len;
   if (p == nullptr) return true;  // no buffer binds NULL
   switch (bind.dty) {
     case SQLT_STR: {
-      p += row * stride;
       size_t n = 0;
       while (n < stride && p[n] != 0) ++n;
       if (stride == 0) n = std::strlen(reinterpret_cast<const char*>(p));
@@ -374,21 +374,18 @@ bool ValueFromBind(const BindHandle& bind, size_t row, Value* out, SqlError* err
     case SQLT_CHR:
     case SQLT_AFC:
     case SQLT_VCS:
-      p += row * stride;
       if (len == 0) return true;
       out->kind = Value::Kind::kText;
       out->bytes.assign(reinterpret_cast<const char*>(p), len);
       return true;
     case SQLT_BIN:
     case SQLT_LBI:
-      p += row * stride;
       if (len == 0) return true;
       out->kind = Value::Kind::kRaw;
       out->bytes.assign(reinterpret_cast<const char*>(p), len);
       return true;
     case SQLT_INT:
     case SQLT_UIN: {
-      p += row * stride;
       Decimal d;
       bool ok = ReadBinaryInteger(p, stride, bind.dty == SQLT_INT, &d);
       if (!ok) return SetError(error, 1460, "unimplemented or unreasonable conversion requested");
@@ -396,7 +393,6 @@ bool ValueFromBind(const BindHandle& bind, size_t row, Value* out, SqlError* err
       return EncodeDecimal(d, &out->number) || SetError(error, 1426, "numeric overflow");
     }
     case SQLT_FLT: {
-      p += row * stride;
       double v = 0;
       if (stride == sizeof(float)) {
         v = ReadAt<float>(p, 0);
@@ -414,7 +410,6 @@ bool ValueFromBind(const BindHandle& bind, size_t row, Value* out, SqlError* err
              SetError(error, 1426, "numeric overflow");
     }
     case SQLT_VNU: {
-      p += row * stride;
       if (stride < 1)
         return SetError(error, 1460, "unimplemented or unreasonable conversion requested");
       size_t n = p[0];
@@ -429,7 +424,6 @@ bool ValueFromBind(const BindHandle& bind, size_t row, Value* out, SqlError* err
       return true;
     }
     case SQLT_NUM: {
-      p += row * stride;
       if (len == 0) return true;
       if (len > OCI_NUMBER_SIZE - 1) return SetError(error, 1722, "invalid number");
       out->kind = Value::Kind::kNumber;
@@ -442,7 +436,6 @@ bool ValueFromBind(const BindHandle& bind, size_t row, Value* out, SqlError* err
       return true;
     }
     case SQLT_DAT: {
-      p += row * stride;
       if (stride < 7)
         return SetError(error, 1460, "unimplemented or unreasonable conversion requested");
       out->kind = Value::Kind::kDate;
@@ -455,14 +448,12 @@ bool ValueFromBind(const BindHandle& bind, size_t row, Value* out, SqlError* err
       return true;
     }
     case SQLT_ODT:
-      p += row * stride;
       out->kind = Value::Kind::kDate;
       std::memcpy(&out->date, p, sizeof(OCIDate));
       return true;
     case SQLT_CLOB:
     case SQLT_BLOB: {
-      size_t step = stride < sizeof(void*) ? sizeof(void*) : stride;
-      const void* handle = ReadAt<const void*>(p, row * step);
+      const void* handle = ReadAt<const void*>(p, 0);
       const OCILobLocator* l = AsLocator(handle);
       if (l == nullptr || l->state == LobState::kUnset) {
         return SetError(error, 22275, "invalid LOB locator specified");
@@ -475,8 +466,7 @@ bool ValueFromBind(const BindHandle& bind, size_t row, Value* out, SqlError* err
       ub4 desc_type = DescriptorTypeOfDty(bind.dty);
       if (desc_type == 0)
         return SetError(error, 3115, "unsupported network datatype or representation");
-      size_t step = stride < sizeof(void*) ? sizeof(void*) : stride;
-      const void* handle = ReadAt<const void*>(p, row * step);
+      const void* handle = ReadAt<const void*>(p, 0);
       if (!IsValueDescriptor(handle, desc_type)) {
         return SetError(error, 932, "inconsistent datatypes: expected - got -");
       }

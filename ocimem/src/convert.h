@@ -68,6 +68,10 @@ std::string ValueKindName(const Value& v);
 // return code (0, 1405 NULL, 1406 truncated).  False with `error` for a conversion error.
 bool FetchScalar(const DefineHandle& define, size_t row, const ValueType& t, const void* slot,
                  const OCIInd* ind, std::uint64_t txn, ub2* rc, SqlError* error);
+struct OutSlot;
+// The same into any output buffer (a define's row, a RETURNING bind, a callback's buffer).
+bool FetchInto(ub2 dty, const OutSlot& out, const ValueType& t, const void* slot,
+               const OCIInd* ind, std::uint64_t txn, ub2* rc, SqlError* error);
 // True when a scalar define of type `dty` can receive values of type `t`.
 bool DefineFits(ub2 dty, const ValueType& t);
 

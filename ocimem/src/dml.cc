@@ -167,6 +167,7 @@ bool ExecuteInsert(const ExecContext& ctx, const InsertStatement& s, ExecResult*
   Table* table = nullptr;
   if (!ResolveTable(ctx, s.table, &table, error)) return false;
   if (table->dual) return SetError(error, 1031, "insufficient privileges");
+  if (!ProjectReturning(ctx, *table, s.table, s.returning, result, error)) return false;
   const std::vector<Attribute>& columns = table->columns();
   std::vector<size_t> targets;
   if (s.has_columns) {
@@ -232,6 +233,7 @@ bool ExecuteInsert(const ExecContext& ctx, const InsertStatement& s, ExecResult*
   LockRecord(ctx, record);
   table->rows.push_back(record);
   table->IndexRecord(record.get());
+  if (!s.returning.empty()) result->returned.push_back(record->pending);
   result->row_count = 1;
   return true;
 }
@@ -241,6 +243,7 @@ bool ExecuteUpdate(const ExecContext& ctx, const UpdateStatement& s, ExecResult*
   Table* table = nullptr;
   if (!ResolveTable(ctx, s.table, &table, error)) return false;
   if (table->dual) return SetError(error, 1031, "insufficient privileges");
+  if (!ProjectReturning(ctx, *table, s.table, s.returning, result, error)) return false;
   const std::vector<Attribute>& columns = table->columns();
   std::vector<size_t> targets;
   std::set<size_t> seen;
@@ -307,6 +310,7 @@ bool ExecuteUpdate(const ExecContext& ctx, const UpdateStatement& s, ExecResult*
     record->pending_key = std::move(keys[i]);
     record->has_pending = true;
     table->IndexRecord(record.get());
+    if (!s.returning.empty()) result->returned.push_back(record->pending);
   }
   result->row_count = static_cast<ub4>(found.size());
   return true;
@@ -317,11 +321,13 @@ bool ExecuteDelete(const ExecContext& ctx, const DeleteStatement& s, ExecResult*
   Table* table = nullptr;
   if (!ResolveTable(ctx, s.table, &table, error)) return false;
   if (table->dual) return SetError(error, 1031, "insufficient privileges");
+  if (!ProjectReturning(ctx, *table, s.table, s.returning, result, error)) return false;
   std::vector<PreparedCondition> conds;
   if (!PrepareWhere(ctx, *table, s.table, s.where, &conds, error)) return false;
   std::vector<Found> found = FindRows(ctx, table, conds);
   if (!CheckLocks(ctx, found, error)) return false;
   for (const Found& f : found) {
+    if (!s.returning.empty()) result->returned.push_back(f.row);
     table->UnindexRecord(f.record.get());
     LockRecord(ctx, f.record);
     f.record->pending.reset();

@@ -2,6 +2,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "buffer_layout.h"
 #include "convert.h"
 #include "lob.h"
 #include "value_descriptors.h"
@@ -89,11 +90,10 @@ bool DefineFits(ub2 dty, const ValueType& t) {
 
 namespace {
 
-// Writes bytes into a character or binary define; returns the column code.
-ub2 PutBytes(const DefineHandle& d, size_t row, const std::string& bytes, bool terminate,
-             bool pad) {
-  size_t cap = d.value_sz > 0 ? static_cast<size_t>(d.value_sz) : 0;
-  auto* p = static_cast<unsigned char*>(d.valuep) + row * cap;
+// Writes bytes into a character or binary buffer; returns the column code.
+ub2 PutBytes(const OutSlot& o, const std::string& bytes, bool terminate, bool pad) {
+  size_t cap = o.cap;
+  unsigned char* p = o.value;
   size_t room = terminate ? (cap > 0 ? cap - 1 : 0) : cap;
   size_t n = bytes.size() < room ? bytes.size() : room;
   if (p != nullptr) {
@@ -101,11 +101,10 @@ ub2 PutBytes(const DefineHandle& d, size_t row, const std::string& bytes, bool t
     if (pad && n < cap) std::memset(p + n, ' ', cap - n);
     if (terminate && cap > 0) p[n] = 0;
   }
-  if (d.rlenp != nullptr) d.rlenp[row] = static_cast<ub2>(pad ? cap : n);
+  if (o.len != nullptr) *o.len = static_cast<ub2>(pad ? cap : n);
   if (n < bytes.size()) {
-    if (d.indp != nullptr) {
-      static_cast<sb2*>(d.indp)[row] =
-          bytes.size() > 32767 ? static_cast<sb2>(-2) : static_cast<sb2>(bytes.size());
+    if (o.ind != nullptr) {
+      *o.ind = bytes.size() > 32767 ? static_cast<sb2>(-2) : static_cast<sb2>(bytes.size());
     }
     return 1406;
   }
@@ -116,17 +115,18 @@ ub2 PutBytes(const DefineHandle& d, size_t row, const std::string& bytes, bool t
 
 bool FetchScalar(const DefineHandle& d, size_t row, const ValueType& t, const void* slot,
                  const OCIInd* ind, std::uint64_t txn, ub2* rc, SqlError* error) {
+  return FetchInto(d.dty, DefineSlotAt(d, row), t, slot, ind, txn, rc, error);
+}
+
+bool FetchInto(ub2 dty, const OutSlot& o, const ValueType& t, const void* slot, const OCIInd* ind,
+               std::uint64_t txn, ub2* rc, SqlError* error) {
   *rc = 0;
-  auto* indp = static_cast<sb2*>(d.indp);
   if (*ind == OCI_IND_NULL) {
-    if (indp != nullptr) indp[row] = OCI_IND_NULL;
-    if (d.rlenp != nullptr) d.rlenp[row] = 0;
+    if (o.ind != nullptr) *o.ind = OCI_IND_NULL;
+    if (o.len != nullptr) *o.len = 0;
     *rc = 1405;
-    if (d.dty == SQLT_CLOB || d.dty == SQLT_BLOB) {
-      size_t step = d.value_sz < static_cast<sb4>(sizeof(void*)) ? sizeof(void*)
-                                                                 : static_cast<size_t>(d.value_sz);
-      auto* loc =
-          AsLocator(*reinterpret_cast<void**>(static_cast<unsigned char*>(d.valuep) + row * step));
+    if ((dty == SQLT_CLOB || dty == SQLT_BLOB) && o.value != nullptr) {
+      auto* loc = AsLocator(*reinterpret_cast<void**>(o.value));
       if (loc != nullptr) {
         loc->state = LobState::kUnset;
         loc->cell.reset();
@@ -134,9 +134,9 @@ bool FetchScalar(const DefineHandle& d, size_t row, const ValueType& t, const vo
     }
     return true;
   }
-  if (indp != nullptr) indp[row] = OCI_IND_NOTNULL;
-  size_t cap = d.value_sz > 0 ? static_cast<size_t>(d.value_sz) : 0;
-  unsigned char* p = static_cast<unsigned char*>(d.valuep);
+  if (o.ind != nullptr) *o.ind = OCI_IND_NOTNULL;
+  size_t cap = o.cap;
+  unsigned char* p = o.value;
   // The value as a number, for numeric defines.
   auto as_number = [&](OCINumber* n) -> bool {
     if (t.kind == ValueKind::kNumber) {
@@ -148,20 +148,19 @@ bool FetchScalar(const DefineHandle& d, size_t row, const ValueType& t, const vo
     if (!NumberFromText(text, n)) return SetError(error, 1722, "invalid number");
     return true;
   };
-  switch (d.dty) {
+  switch (dty) {
     case SQLT_INT:
     case SQLT_UIN: {
       OCINumber n;
       if (!as_number(&n)) return false;
       Decimal dec;
       values::DecodeNumber(n.OCINumberPart, &dec);
-      p += row * cap;
       if (cap != 1 && cap != 2 && cap != 4 && cap != 8) {
         return SetError(error, 1460, "unimplemented or unreasonable conversion requested");
       }
-      bool ok = WriteBinaryInteger(dec, cap, d.dty == SQLT_INT, p);
+      bool ok = WriteBinaryInteger(dec, cap, dty == SQLT_INT, p);
       if (!ok) return SetError(error, 1455, "converting column overflows integer datatype");
-      if (d.rlenp != nullptr) d.rlenp[row] = static_cast<ub2>(cap);
+      if (o.len != nullptr) *o.len = static_cast<ub2>(cap);
       return true;
     }
     case SQLT_FLT: {
@@ -169,7 +168,6 @@ bool FetchScalar(const DefineHandle& d, size_t row, const ValueType& t, const vo
       if (!as_number(&n)) return false;
       Decimal dec;
       values::DecodeNumber(n.OCINumberPart, &dec);
-      p += row * cap;
       if (cap == sizeof(float)) {
         float f = values::DecimalToFloat(dec);
         std::memcpy(p, &f, sizeof f);
@@ -179,7 +177,7 @@ bool FetchScalar(const DefineHandle& d, size_t row, const ValueType& t, const vo
       } else {
         return SetError(error, 1460, "unimplemented or unreasonable conversion requested");
       }
-      if (d.rlenp != nullptr) d.rlenp[row] = static_cast<ub2>(cap);
+      if (o.len != nullptr) *o.len = static_cast<ub2>(cap);
       return true;
     }
     case SQLT_VNU:
@@ -187,17 +185,16 @@ bool FetchScalar(const DefineHandle& d, size_t row, const ValueType& t, const vo
       OCINumber n;
       if (!as_number(&n)) return false;
       size_t len = n.OCINumberPart[0];
-      p += row * cap;
-      if (d.dty == SQLT_VNU) {
+      if (dty == SQLT_VNU) {
         if (cap < len + 1)
           return SetError(error, 1460, "unimplemented or unreasonable conversion requested");
         std::memcpy(p, n.OCINumberPart, len + 1);
-        if (d.rlenp != nullptr) d.rlenp[row] = static_cast<ub2>(len + 1);
+        if (o.len != nullptr) *o.len = static_cast<ub2>(len + 1);
       } else {
         if (cap < len)
           return SetError(error, 1460, "unimplemented or unreasonable conversion requested");
         std::memcpy(p, n.OCINumberPart + 1, len);
-        if (d.rlenp != nullptr) d.rlenp[row] = static_cast<ub2>(len);
+        if (o.len != nullptr) *o.len = static_cast<ub2>(len);
       }
       return true;
     }
@@ -218,7 +215,7 @@ bool FetchScalar(const DefineHandle& d, size_t row, const ValueType& t, const vo
         case ValueKind::kRaw: {
           const void* value = *static_cast<void* const*>(slot);
           bytes.assign(reinterpret_cast<const char*>(VarBytes(value)), VarLength(value));
-          if (t.kind == ValueKind::kRaw && d.dty != SQLT_BIN && d.dty != SQLT_LBI) {
+          if (t.kind == ValueKind::kRaw && dty != SQLT_BIN && dty != SQLT_LBI) {
             bytes = HexText(bytes);
           }
           break;
@@ -226,12 +223,12 @@ bool FetchScalar(const DefineHandle& d, size_t row, const ValueType& t, const vo
         default:
           return SetError(error, 932, "inconsistent datatypes: expected - got " + TypeName(t));
       }
-      *rc = PutBytes(d, row, bytes, d.dty == SQLT_STR, d.dty == SQLT_AFC);
+      *rc = PutBytes(o, bytes, dty == SQLT_STR, dty == SQLT_AFC);
       return true;
     }
     case SQLT_ODT:
-      std::memcpy(p + row * cap, slot, sizeof(OCIDate));
-      if (d.rlenp != nullptr) d.rlenp[row] = sizeof(OCIDate);
+      std::memcpy(p, slot, sizeof(OCIDate));
+      if (o.len != nullptr) *o.len = sizeof(OCIDate);
       return true;
     case SQLT_DAT: {
       const auto* date = static_cast<const OCIDate*>(slot);
@@ -244,14 +241,13 @@ bool FetchScalar(const DefineHandle& d, size_t row, const ValueType& t, const vo
       b[4] = static_cast<unsigned char>(date->OCIDateTime.OCITimeHH + 1);
       b[5] = static_cast<unsigned char>(date->OCIDateTime.OCITimeMI + 1);
       b[6] = static_cast<unsigned char>(date->OCIDateTime.OCITimeSS + 1);
-      std::memcpy(p + row * cap, b, 7);
-      if (d.rlenp != nullptr) d.rlenp[row] = 7;
+      std::memcpy(p, b, 7);
+      if (o.len != nullptr) *o.len = 7;
       return true;
     }
     case SQLT_CLOB:
     case SQLT_BLOB: {
-      size_t step = cap < sizeof(void*) ? sizeof(void*) : cap;
-      void* target = *reinterpret_cast<void**>(p + row * step);
+      void* target = p != nullptr ? *reinterpret_cast<void**>(p) : nullptr;
       OCILobLocator* dst = AsLocator(target);
       if (dst == nullptr) return SetError(error, 22275, "invalid LOB locator specified");
       const OCILobLocator* src = *static_cast<OCILobLocator* const*>(slot);
@@ -260,8 +256,7 @@ bool FetchScalar(const DefineHandle& d, size_t row, const ValueType& t, const vo
       return true;
     }
     default: {
-      size_t step = cap < sizeof(void*) ? sizeof(void*) : cap;
-      void* target = *reinterpret_cast<void**>(p + row * step);
+      void* target = p != nullptr ? *reinterpret_cast<void**>(p) : nullptr;
       if (!IsValueDescriptor(target, t.descriptor_type)) {
         return SetError(error, 932, "inconsistent datatypes: expected " + TypeName(t) + " got -");
       }

@@ -14,6 +14,60 @@ bool SetError(SqlError* error, int code, std::string message) {
 
 }  // namespace
 
+bool ProjectItem(const ExecContext& ctx, const Table& table, const TableRef& ref, const Expr& e,
+                 Projection* out, SqlError* error) {
+  const std::vector<Attribute>& columns = table.columns();
+  if (e.kind == Expr::Kind::kColumn) {
+    size_t pos = 0;
+    if (!ResolveColumn(table, ref, e, &pos, error)) return false;
+    out->type = columns[pos].type;
+    out->offset = columns[pos].offset;
+    out->ind_offset = columns[pos].ind_offset;
+  } else if (e.kind == Expr::Kind::kValue) {
+    if (ref.alias.empty() || e.qualifier != ref.alias || !table.object_table) {
+      return SetError(error, 904, "\"" + e.qualifier + "\": invalid identifier");
+    }
+    out->type = RowValueType(table);
+  } else {
+    Value v;
+    if (!Evaluate(ctx, e, &v, error)) return false;
+    auto type = std::make_shared<OCIType>();
+    Attribute a;
+    a.name = "LITERAL";
+    if (v.kind == Value::Kind::kNumber) {
+      a.type.kind = ValueKind::kNumber;
+      a.type.typecode = OCI_TYPECODE_NUMBER;
+      a.type.scale = -127;
+    } else if (v.kind == Value::Kind::kText || v.kind == Value::Kind::kNull) {
+      a.type.kind = ValueKind::kString;
+      a.type.typecode = OCI_TYPECODE_VARCHAR2;
+      a.type.charset_form = SQLCS_IMPLICIT;
+    } else if (v.kind == Value::Kind::kDate) {
+      a.type.kind = ValueKind::kDate;
+      a.type.typecode = OCI_TYPECODE_DATE;
+    } else if (v.kind == Value::Kind::kRaw) {
+      a.type.kind = ValueKind::kRaw;
+      a.type.typecode = OCI_TYPECODE_RAW;
+    } else {
+      return SetError(error, 932, "inconsistent datatypes: expected - got " + ValueKindName(v));
+    }
+    type->attributes.push_back(a);
+    type->Layout();
+    out->literal = true;
+    out->literal_row = NewRow(type);
+    if (!out->literal_row) return SetError(error, 4030, "out of process memory");
+    const Attribute& la = type->attributes[0];
+    RowData& row = *out->literal_row;
+    if (!StoreValue(v, la.type, SlotAt(row, la), IndAt(row, la.ind_offset), Target(), error)) {
+      return false;
+    }
+    out->type = la.type;
+    out->offset = la.offset;
+    out->ind_offset = la.ind_offset;
+  }
+  return true;
+}
+
 bool ExecuteSelect(const ExecContext& ctx, const SelectStatement& s, ExecResult* result,
                    SqlError* error) {
   Table* table = nullptr;
@@ -36,56 +90,8 @@ bool ExecuteSelect(const ExecContext& ctx, const SelectStatement& s, ExecResult*
       }
       continue;
     }
-    const Expr& e = item.expr;
     Projection p;
-    if (e.kind == Expr::Kind::kColumn) {
-      size_t pos = 0;
-      if (!ResolveColumn(*table, s.table, e, &pos, error)) return false;
-      p.type = columns[pos].type;
-      p.offset = columns[pos].offset;
-      p.ind_offset = columns[pos].ind_offset;
-    } else if (e.kind == Expr::Kind::kValue) {
-      if (s.table.alias.empty() || e.qualifier != s.table.alias || !table->object_table) {
-        return SetError(error, 904, "\"" + e.qualifier + "\": invalid identifier");
-      }
-      p.type = RowValueType(*table);
-    } else {
-      Value v;
-      if (!Evaluate(ctx, e, &v, error)) return false;
-      auto type = std::make_shared<OCIType>();
-      Attribute a;
-      a.name = "LITERAL";
-      if (v.kind == Value::Kind::kNumber) {
-        a.type.kind = ValueKind::kNumber;
-        a.type.typecode = OCI_TYPECODE_NUMBER;
-        a.type.scale = -127;
-      } else if (v.kind == Value::Kind::kText || v.kind == Value::Kind::kNull) {
-        a.type.kind = ValueKind::kString;
-        a.type.typecode = OCI_TYPECODE_VARCHAR2;
-        a.type.charset_form = SQLCS_IMPLICIT;
-      } else if (v.kind == Value::Kind::kDate) {
-        a.type.kind = ValueKind::kDate;
-        a.type.typecode = OCI_TYPECODE_DATE;
-      } else if (v.kind == Value::Kind::kRaw) {
-        a.type.kind = ValueKind::kRaw;
-        a.type.typecode = OCI_TYPECODE_RAW;
-      } else {
-        return SetError(error, 932, "inconsistent datatypes: expected - got " + ValueKindName(v));
-      }
-      type->attributes.push_back(a);
-      type->Layout();
-      p.literal = true;
-      p.literal_row = NewRow(type);
-      if (!p.literal_row) return SetError(error, 4030, "out of process memory");
-      const Attribute& la = type->attributes[0];
-      if (!StoreValue(v, la.type, SlotAt(*p.literal_row, la), IndAt(*p.literal_row, la.ind_offset),
-                      Target(), error)) {
-        return false;
-      }
-      p.type = la.type;
-      p.offset = la.offset;
-      p.ind_offset = la.ind_offset;
-    }
+    if (!ProjectItem(ctx, *table, s.table, item.expr, &p, error)) return false;
     cursor->items.push_back(std::move(p));
   }
   std::vector<PreparedCondition> conds;

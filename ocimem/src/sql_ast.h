@@ -131,11 +131,18 @@ struct TableRef {
   std::string alias;
 };
 
+// RETURNING expr, ... INTO :bind, ... of INSERT, UPDATE and DELETE.
+struct ReturningClause {
+  std::vector<Expr> items;
+  std::vector<Expr> into;  // kBind
+};
+
 struct InsertStatement {
   TableRef table;
   bool has_columns = false;
   std::vector<Expr> columns;  // kColumn
   std::vector<Expr> values;
+  std::vector<ReturningClause> returning;  // at most one
 };
 
 struct SelectItem {
@@ -154,11 +161,13 @@ struct UpdateStatement {
   TableRef table;
   std::vector<std::pair<Expr, Expr>> sets;  // column, value
   std::vector<Condition> where;
+  std::vector<ReturningClause> returning;
 };
 
 struct DeleteStatement {
   TableRef table;
   std::vector<Condition> where;
+  std::vector<ReturningClause> returning;
 };
 
 // ALTER SESSION SET name = value ...

@@ -24,6 +24,9 @@ struct ExecContext {
 struct ExecResult {
   ub4 row_count = 0;
   std::unique_ptr<Cursor> cursor;  // queries
+  // DML with RETURNING: the items, and the rows changed (as stored; deleted rows as they were).
+  std::vector<Projection> returning;
+  std::vector<std::shared_ptr<RowData>> returned;
 };
 
 // Executes `statement`; false with `error` set when Oracle would raise an error.  A

@@ -62,6 +62,7 @@ class Parser {
   bool ParseDelete(Statement* out);
   bool ParseTableRef(TableRef* out, bool allow_alias);
   bool ParseWhere(std::vector<Condition>* out);
+  bool ParseReturning(std::vector<ReturningClause>* out);
   bool ParseColumnRef(Expr* out);
   bool ParseValue(Expr* out);
   bool ParseDropType(Statement* out);

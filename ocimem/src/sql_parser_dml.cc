@@ -12,7 +12,8 @@ namespace {
 bool IsClauseWord(const Token& t) {
   static const char* const kWords[] = {"FROM", "WHERE", "FOR", "SET", "VALUES", "AND", "OR",
                                        "ORDER", "GROUP", "UNION", "HAVING", "CONNECT",
-                                       "START", "NESTED", "INTERSECT", "MINUS"};
+                                       "START", "NESTED", "INTERSECT", "MINUS", "RETURNING",
+                                       "RETURN"};
   for (const char* w : kWords) {
     if (t.IsWord(w)) return true;
   }
@@ -264,6 +265,7 @@ bool Parser::ParseInsert(Statement* out) {
     s.values.push_back(std::move(v));
   } while (AcceptSymbol(","));
   if (!ExpectSymbol(")")) return false;
+  if (!ParseReturning(&s.returning)) return false;
   if (!ExpectEnd(933)) return false;
   *out = std::move(s);
   return true;
@@ -319,6 +321,7 @@ bool Parser::ParseUpdate(Statement* out) {
     s.sets.emplace_back(std::move(column), std::move(value));
   } while (AcceptSymbol(","));
   if (!ParseWhere(&s.where)) return false;
+  if (!ParseReturning(&s.returning)) return false;
   if (!ExpectEnd(933)) return false;
   *out = std::move(s);
   return true;
@@ -329,8 +332,35 @@ bool Parser::ParseDelete(Statement* out) {
   AcceptWord("FROM");
   if (!ParseTableRef(&s.table, true)) return false;
   if (!ParseWhere(&s.where)) return false;
+  if (!ParseReturning(&s.returning)) return false;
   if (!ExpectEnd(933)) return false;
   *out = std::move(s);
+  return true;
+}
+
+// {RETURN | RETURNING} expr, ... INTO :bind, ...
+bool Parser::ParseReturning(std::vector<ReturningClause>* out) {
+  if (!AcceptWord("RETURNING") && !AcceptWord("RETURN")) return true;
+  ReturningClause r;
+  do {
+    Expr e;
+    if (Peek().IsWord("INTO")) return Fail(936, "missing expression");
+    if (!ParseValue(&e)) return false;
+    if (e.kind == Expr::Kind::kConstructor || e.kind == Expr::Kind::kValue) {
+      return Fail(936, "missing expression");
+    }
+    r.items.push_back(std::move(e));
+  } while (AcceptSymbol(","));
+  if (!AcceptWord("INTO")) return Fail(925, "missing INTO keyword");
+  do {
+    if (Peek().kind != TokenKind::kBind) return Fail(1745, "invalid host/bind variable name");
+    Expr e;
+    if (!ParseValue(&e)) return false;
+    r.into.push_back(std::move(e));
+  } while (AcceptSymbol(","));
+  if (r.into.size() < r.items.size()) return Fail(947, "not enough values");
+  if (r.into.size() > r.items.size()) return Fail(913, "too many values");
+  out->push_back(std::move(r));
   return true;
 }
 

@@ -22,8 +22,10 @@ bool InvalidIdentifier(SqlError* error, const Expr& e) {
   return SetError(error, 904, shown + ": invalid identifier");
 }
 
-const BindHandle* BindFor(const StmtHandle& stmt, size_t occurrence) {
-  const BindHandle* by_name = nullptr;
+}  // namespace
+
+BindHandle* BindForOccurrence(const StmtHandle& stmt, size_t occurrence) {
+  BindHandle* by_name = nullptr;
   for (const auto& b : stmt.binds) {
     if (b->position == occurrence + 1) return b.get();
     if (b->position == 0 && occurrence < stmt.placeholders.size() &&
@@ -33,6 +35,8 @@ const BindHandle* BindFor(const StmtHandle& stmt, size_t occurrence) {
   }
   return by_name;
 }
+
+namespace {
 
 bool Matches(const Table& table, const RowData& row, const std::vector<PreparedCondition>& conds) {
   for (const PreparedCondition& c : conds) {
@@ -109,7 +113,7 @@ bool Evaluate(const ExecContext& ctx, const Expr& e, Value* out, SqlError* error
                         (e.type.schema.empty() ? ctx.schema : e.type.schema) + "." + e.type.name);
   }
   if (e.kind == Expr::Kind::kBind) {
-    const BindHandle* b = BindFor(*ctx.stmt, e.bind);
+    const BindHandle* b = BindForOccurrence(*ctx.stmt, e.bind);
     if (b == nullptr) return SetError(error, 1008, "not all variables bound");
     return ValueFromBind(*b, ctx.iteration, out, error);
   }
@@ -124,6 +128,19 @@ bool Evaluate(const ExecContext& ctx, const Expr& e, Value* out, SqlError* error
     return true;
   }
   return ValueFromLiteral(e, out, error);
+}
+
+bool ProjectReturning(const ExecContext& ctx, const Table& table, const TableRef& ref,
+                      const std::vector<ReturningClause>& returning, ExecResult* result,
+                      SqlError* error) {
+  for (const ReturningClause& r : returning) {
+    for (const Expr& e : r.items) {
+      Projection p;
+      if (!ProjectItem(ctx, table, ref, e, &p, error)) return false;
+      result->returning.push_back(std::move(p));
+    }
+  }
+  return true;
 }
 
 bool PrepareWhere(const ExecContext& ctx, const Table& table, const TableRef& ref,

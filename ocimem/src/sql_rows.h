@@ -41,6 +41,17 @@ bool ResolveColumn(const Table& table, const TableRef& ref, const Expr& e, size_
 // The value of a literal or bind variable.
 bool Evaluate(const ExecContext& ctx, const Expr& e, Value* out, SqlError* error);
 
+// The bind of occurrence `occurrence` (0-based) of the statement's bind variables.
+BindHandle* BindForOccurrence(const StmtHandle& stmt, size_t occurrence);
+
+// A select-list or RETURNING item: a column, VALUE(alias) or a literal.
+bool ProjectItem(const ExecContext& ctx, const Table& table, const TableRef& ref, const Expr& e,
+                 Projection* out, SqlError* error);
+// The RETURNING items of a DML statement (none when it has no RETURNING clause).
+bool ProjectReturning(const ExecContext& ctx, const Table& table, const TableRef& ref,
+                      const std::vector<ReturningClause>& returning, ExecResult* result,
+                      SqlError* error);
+
 struct PreparedCondition {
   size_t column = 0;   // static_cast<size_t>(-1): literal = literal
   bool never = false;  // compares with NULL: no row qualifies

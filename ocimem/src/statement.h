@@ -15,9 +15,12 @@
 namespace ocimem {
 
 struct StmtHandle;
+struct PendingExecute;
+struct PendingFetch;
 
 struct BindHandle : Handle {
   explicit BindHandle(Env* owner) : Handle(OCI_HTYPE_BIND, owner) {}
+  StmtHandle* stmt = nullptr;
   ub4 position = 0;  // by position (1-based), or 0
   std::string name;  // by name, upper case without the colon
   void* valuep = nullptr;
@@ -30,6 +33,22 @@ struct BindHandle : Handle {
   const OCIType* tdo = nullptr;
   void** pgvpp = nullptr;
   void** indpp = nullptr;
+  // OCIBindArrayOfStruct: bytes from one element to the next (0: the natural size).
+  ub4 pvskip = 0;
+  ub4 indskip = 0;
+  ub4 alskip = 0;
+  ub4 rcskip = 0;
+  ub4 mode = OCI_DEFAULT;  // OCI_DATA_AT_EXEC: the value comes at execute
+  // OCIBindDynamic.
+  void* ictxp = nullptr;
+  OCICallbackInBind icbfp = nullptr;
+  void* octxp = nullptr;
+  OCICallbackOutBind ocbfp = nullptr;
+  bool dynamic = false;
+  // The value of the running iteration, gathered from callbacks or pieces.
+  std::string staged;
+  bool staged_null = true;
+  ub4 rows_returned = 0;  // OCI_ATTR_ROWS_RETURNED of a RETURNING bind
 };
 
 struct DefineHandle : Handle {
@@ -46,6 +65,15 @@ struct DefineHandle : Handle {
   const OCIType* tdo = nullptr;
   void** pgvpp = nullptr;
   void** indpp = nullptr;
+  // OCIDefineArrayOfStruct.
+  ub4 pvskip = 0;
+  ub4 indskip = 0;
+  ub4 rlskip = 0;
+  ub4 rcskip = 0;
+  ub4 mode = OCI_DEFAULT;  // OCI_DYNAMIC_FETCH: the value is handed out in pieces
+  // OCIDefineDynamic.
+  void* octxp = nullptr;
+  OCICallbackDefine ocbfp = nullptr;
 };
 
 // One select-list item: where its value lies in a row, or a literal's own value.
@@ -81,6 +109,11 @@ struct StmtHandle : Handle {
   Session* session = nullptr;  // of the last execute
   Env* session_env = nullptr;  // the environment of that session
   std::shared_ptr<const SessionNls> nls;  // that session's settings when it executed
+  ub4 prefetch_rows = 1;    // OCI_ATTR_PREFETCH_ROWS: kept, no effect
+  ub4 prefetch_memory = 0;  // OCI_ATTR_PREFETCH_MEMORY: kept, no effect
+  // An execute or fetch that answered OCI_NEED_DATA and waits for a piece.
+  std::shared_ptr<PendingExecute> pending_execute;
+  std::shared_ptr<PendingFetch> pending_fetch;
 };
 
 inline StmtHandle* AsStmt(const void* p) { return AsHandle<StmtHandle>(p, OCI_HTYPE_STMT); }

@@ -523,13 +523,15 @@ TEST_F(DmlTest, BindsThatCannotBeRead) {
   }
 }
 
-TEST_F(DmlTest, DataAtExecuteBindsAreRefused) {
+TEST_F(DmlTest, BindModesOtherThanDefaultAndDataAtExecuteAreRefused) {
   OCIStmt* stmt = Prepare("insert into emp (id, name) values (:1, 'a')");
   int v = 1;
   OCIBind* b = nullptr;
   EXPECT_EQ(OCI_ERROR, OCIBindByPos(stmt, &b, err_, 1, &v, sizeof v, SQLT_INT, nullptr, nullptr,
-                                    nullptr, 0, nullptr, OCI_DATA_AT_EXEC));
+                                    nullptr, 0, nullptr, 0x10));
   EXPECT_EQ("ORA-24300: bad value for mode", FirstError(err_));
+  EXPECT_EQ(OCI_SUCCESS, OCIBindByPos(stmt, &b, err_, 1, &v, sizeof v, SQLT_INT, nullptr, nullptr,
+                                      nullptr, 0, nullptr, OCI_DATA_AT_EXEC));
 }
 
 TEST_F(DmlTest, IntegerDefineTooSmallForTheValue) {
