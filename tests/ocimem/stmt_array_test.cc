@@ -236,6 +236,8 @@ TEST_F(StmtArrayTest, ArrayUpdateAndDeleteCountEveryIteration) {
   EXPECT_EQ((std::vector<std::string>{"3", "4"}), Column("select id from emp"));
 }
 
+// decision A1: array DML stops at the failing element; the elements before it stay and
+// are counted in OCI_ATTR_ROW_COUNT
 TEST_F(StmtArrayTest, ArrayInsertStopsAtTheFailingElement) {
   OCIStmt* ins = Prepare("insert into emp (id) values (:1)");
   int ids[3] = {1, 1, 2};

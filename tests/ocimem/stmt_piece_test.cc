@@ -37,6 +37,7 @@ class StmtPieceTest : public SqlTest {
   }
 };
 
+// decision PW1: OCIStmtGetPieceInfo asks for OCI_FIRST_PIECE, then OCI_NEXT_PIECE
 TEST_F(StmtPieceTest, PiecewiseInsertByPolling) {
   OCIStmt* stmt = Prepare("insert into t (id, txt) values (:id, :txt)");
   int id = 1;
@@ -275,7 +276,8 @@ TEST_F(StmtPieceTest, PiecewiseFetchByPolling) {
   EXPECT_EQ(2u, count);
 }
 
-// decision PW6: fetching again without a buffer given ends the fetch with ORA-03130
+// decision PW6: fetching again without a buffer given ends the fetch with ORA-03130; a
+// fetch that asked for a piece goes on through OCIStmtFetch or OCIStmtFetch2
 TEST_F(StmtPieceTest, FetchWithoutTheBufferAsked) {
   MustExec("insert into t (id, txt) values (1, 'abc')");
   OCIStmt* stmt = Prepare("select txt from t");
@@ -289,6 +291,7 @@ TEST_F(StmtPieceTest, FetchWithoutTheBufferAsked) {
             FirstError(err_));
 }
 
+// decision PW7: OCI_DYNAMIC_FETCH defines take character and binary types only
 TEST_F(StmtPieceTest, DynamicDefineOfATypeThatCannotComeInPieces) {
   MustExec("insert into t (id) values (1)");
   OCIStmt* stmt = Prepare("select id from t");
@@ -308,6 +311,8 @@ struct Sink {
   std::vector<std::string> calls;
 };
 
+// decision PW8: a define callback is called with OCI_FIRST_PIECE, then OCI_NEXT_PIECE, until
+// the value is out
 TEST_F(StmtPieceTest, DynamicDefineCallbackTakesEveryPiece) {
   MustExec("insert into t (id, bin) values (1, 'A1B2C3D4E5')");
   OCIStmt* stmt = Prepare("select bin from t");

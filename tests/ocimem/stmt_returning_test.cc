@@ -218,6 +218,8 @@ TEST_F(StmtReturningTest, DynamicBindsPerIterationOfAnArrayDelete) {
   EXPECT_EQ(2u, count);
 }
 
+// decision R5: a callback answering other than OCI_CONTINUE fails the execute with
+// ORA-24343; the row the iteration changed stays in the transaction
 TEST_F(StmtReturningTest, CallbackAnsweringOtherThanContinueFails) {
   MustExec("insert into emp (id, name) values (1, 'a')");
   OCIStmt* stmt = Prepare("update emp set name = 'b' returning id into :1");
@@ -230,6 +232,22 @@ TEST_F(StmtReturningTest, CallbackAnsweringOtherThanContinueFails) {
   ASSERT_EQ(OCI_SUCCESS, OCIBindDynamic(b, err_, nullptr, NullInput, &r, TakeRow));
   EXPECT_EQ(OCI_ERROR, Execute(stmt));
   EXPECT_EQ("ORA-24343: user defined callback error", FirstError(err_));
+  EXPECT_EQ((std::vector<std::string>{"b"}), Column("select name from emp"));
+}
+
+// decision R1: OCIBindDynamic on a bind made with OCI_DEFAULT makes it a dynamic bind
+TEST_F(StmtReturningTest, BindDynamicOnADefaultModeBind) {
+  OCIStmt* stmt = Prepare("insert into emp (id) values (4) returning id into :1");
+  OCIBind* b = nullptr;
+  int unused = 0;
+  ASSERT_EQ(OCI_SUCCESS, OCIBindByPos(stmt, &b, err_, 1, &unused, sizeof unused, SQLT_INT,
+                                      nullptr, nullptr, nullptr, 0, nullptr, OCI_DEFAULT));
+  Returned r;
+  r.err = err_;
+  ASSERT_EQ(OCI_SUCCESS, OCIBindDynamic(b, err_, nullptr, NullInput, &r, TakeRow));
+  ASSERT_EQ(OCI_SUCCESS, Execute(stmt)) << FirstError(err_);
+  EXPECT_EQ(4, r.values[0]);
+  EXPECT_EQ(0, unused);
 }
 
 TEST_F(StmtReturningTest, DataAtExecuteReturningBindWithoutCallbacks) {
@@ -243,6 +261,7 @@ TEST_F(StmtReturningTest, DataAtExecuteReturningBindWithoutCallbacks) {
   EXPECT_TRUE(Column("select id from emp").empty());
 }
 
+// decision R6: a returned value is cut or NULL as a fetched one is
 TEST_F(StmtReturningTest, ReturnedValueCutOrNullWithoutIndicator) {
   MustExec("insert into emp (id, name) values (1, 'abcdef')");
   MustExec("insert into emp (id, name) values (2, null)");
@@ -265,6 +284,7 @@ TEST_F(StmtReturningTest, ReturnedValueCutOrNullWithoutIndicator) {
   EXPECT_EQ("ORA-01405: fetched column value is NULL", FirstError(err_));
 }
 
+// decision R7: the codes of a malformed RETURNING clause
 TEST_F(StmtReturningTest, ReturningClauseErrors) {
   EXPECT_EQ(925, ExecError("insert into emp (id) values (1) returning id"));
   EXPECT_EQ(936, ExecError("insert into emp (id) values (1) returning into :a"));
