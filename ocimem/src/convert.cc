@@ -7,6 +7,7 @@
 #include "buffer_layout.h"
 #include "coll.h"
 #include "lob.h"
+#include "lob_data.h"
 #include "session_nls.h"
 #include "value_descriptors.h"
 #include "value_slot.h"
@@ -361,6 +362,7 @@ bool ValueFromBind(const BindHandle& bind, size_t row, Value* out, SqlError* err
   const size_t stride = src.cap;
   const size_t len = src.len;
   if (p == nullptr) return true;  // no buffer binds NULL
+  if (IsLongBindType(bind.dty)) return LongValueFromBind(bind.dty, src, out, error);
   switch (bind.dty) {
     case SQLT_STR: {
       size_t n = 0;
@@ -594,6 +596,7 @@ bool StoreValue(const Value& v, const ValueType& t, void* slot, OCIInd* ind, con
         return mismatch();
       }
       dst->lob_type = t.typecode;
+      dst->csfrm = CharsetFormOf(t.typecode, t.charset_form);
       *ind = OCI_IND_NOTNULL;
       return true;
     }

@@ -5,6 +5,7 @@
 #include "buffer_layout.h"
 #include "convert.h"
 #include "lob.h"
+#include "lob_data.h"
 #include "value_descriptors.h"
 #include "value_slot.h"
 #include "values/number.h"
@@ -60,22 +61,23 @@ bool WriteBinaryInteger(const Decimal& d, size_t size, bool is_signed, unsigned 
 }  // namespace
 
 bool DefineFits(ub2 dty, const ValueType& t) {
+  // The character types every scalar can be shown in (SQLT_LNG and SQLT_LVC are LONG text).
+  bool text = dty == SQLT_STR || dty == SQLT_CHR || dty == SQLT_AFC || dty == SQLT_LNG ||
+              dty == SQLT_LVC;
   switch (t.kind) {
     case ValueKind::kNumber:
       return dty == SQLT_INT || dty == SQLT_UIN || dty == SQLT_FLT || dty == SQLT_VNU ||
-             dty == SQLT_NUM || dty == SQLT_STR || dty == SQLT_CHR || dty == SQLT_AFC;
+             dty == SQLT_NUM || text;
     case ValueKind::kString:
-      return dty == SQLT_STR || dty == SQLT_CHR || dty == SQLT_AFC || dty == SQLT_INT ||
-             dty == SQLT_UIN || dty == SQLT_FLT || dty == SQLT_VNU || dty == SQLT_NUM;
+      return text || dty == SQLT_INT || dty == SQLT_UIN || dty == SQLT_FLT || dty == SQLT_VNU ||
+             dty == SQLT_NUM;
     case ValueKind::kDate:
-      return dty == SQLT_ODT || dty == SQLT_DAT || dty == SQLT_STR || dty == SQLT_CHR ||
-             dty == SQLT_AFC;
+      return dty == SQLT_ODT || dty == SQLT_DAT || text;
     case ValueKind::kRaw:
-      return dty == SQLT_BIN || dty == SQLT_LBI || dty == SQLT_STR || dty == SQLT_CHR ||
-             dty == SQLT_AFC;
+      return dty == SQLT_BIN || dty == SQLT_LBI || dty == SQLT_LVB || text;
     case ValueKind::kLob:
       return (dty == SQLT_CLOB && t.typecode == OCI_TYPECODE_CLOB) ||
-             (dty == SQLT_BLOB && t.typecode == OCI_TYPECODE_BLOB);
+             (dty == SQLT_BLOB && t.typecode == OCI_TYPECODE_BLOB) || LobDataDefineFits(dty, t);
     case ValueKind::kDateTime:
     case ValueKind::kInterval:
       return DescriptorTypeOfDty(dty) == t.descriptor_type;
@@ -87,31 +89,6 @@ bool DefineFits(ub2 dty, const ValueType& t) {
   }
   return false;
 }
-
-namespace {
-
-// Writes bytes into a character or binary buffer; returns the column code.
-ub2 PutBytes(const OutSlot& o, const std::string& bytes, bool terminate, bool pad) {
-  size_t cap = o.cap;
-  unsigned char* p = o.value;
-  size_t room = terminate ? (cap > 0 ? cap - 1 : 0) : cap;
-  size_t n = bytes.size() < room ? bytes.size() : room;
-  if (p != nullptr) {
-    std::memcpy(p, bytes.data(), n);
-    if (pad && n < cap) std::memset(p + n, ' ', cap - n);
-    if (terminate && cap > 0) p[n] = 0;
-  }
-  if (o.len != nullptr) *o.len = static_cast<ub2>(pad ? cap : n);
-  if (n < bytes.size()) {
-    if (o.ind != nullptr) {
-      *o.ind = bytes.size() > 32767 ? static_cast<sb2>(-2) : static_cast<sb2>(bytes.size());
-    }
-    return 1406;
-  }
-  return 0;
-}
-
-}  // namespace
 
 bool FetchScalar(const DefineHandle& d, size_t row, const ValueType& t, const void* slot,
                  const OCIInd* ind, std::uint64_t txn, ub2* rc, SqlError* error) {
@@ -135,6 +112,9 @@ bool FetchInto(ub2 dty, const OutSlot& o, const ValueType& t, const void* slot, 
     return true;
   }
   if (o.ind != nullptr) *o.ind = OCI_IND_NOTNULL;
+  if (t.kind == ValueKind::kLob && dty != SQLT_CLOB && dty != SQLT_BLOB) {
+    return FetchLobData(dty, o, slot, txn, rc, error);  // the data, not the locator
+  }
   size_t cap = o.cap;
   unsigned char* p = o.value;
   // The value as a number, for numeric defines.
@@ -201,8 +181,11 @@ bool FetchInto(ub2 dty, const OutSlot& o, const ValueType& t, const void* slot, 
     case SQLT_STR:
     case SQLT_CHR:
     case SQLT_AFC:
+    case SQLT_LNG:
+    case SQLT_LVC:
     case SQLT_BIN:
-    case SQLT_LBI: {
+    case SQLT_LBI:
+    case SQLT_LVB: {
       std::string bytes;
       switch (t.kind) {
         case ValueKind::kNumber:
@@ -215,7 +198,8 @@ bool FetchInto(ub2 dty, const OutSlot& o, const ValueType& t, const void* slot, 
         case ValueKind::kRaw: {
           const void* value = *static_cast<void* const*>(slot);
           bytes.assign(reinterpret_cast<const char*>(VarBytes(value)), VarLength(value));
-          if (t.kind == ValueKind::kRaw && dty != SQLT_BIN && dty != SQLT_LBI) {
+          if (t.kind == ValueKind::kRaw && dty != SQLT_BIN && dty != SQLT_LBI &&
+              dty != SQLT_LVB) {
             bytes = HexText(bytes);
           }
           break;
@@ -223,8 +207,7 @@ bool FetchInto(ub2 dty, const OutSlot& o, const ValueType& t, const void* slot, 
         default:
           return SetError(error, 932, "inconsistent datatypes: expected - got " + TypeName(t));
       }
-      *rc = PutBytes(o, bytes, dty == SQLT_STR, dty == SQLT_AFC);
-      return true;
+      return PutDefineBytes(dty, o, bytes, rc, error);
     }
     case SQLT_ODT:
       std::memcpy(p, slot, sizeof(OCIDate));

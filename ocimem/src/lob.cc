@@ -4,6 +4,11 @@
 
 namespace ocimem {
 
+ub1 CharsetFormOf(OCITypeCode lob_type, ub1 csfrm) {
+  if (lob_type != OCI_TYPECODE_CLOB) return 0;
+  return csfrm == SQLCS_NCHAR ? ub1{SQLCS_NCHAR} : ub1{SQLCS_IMPLICIT};
+}
+
 OCILobLocator* AsLocator(const void* p) {
   if (p == nullptr) return nullptr;
   auto* l = static_cast<OCILobLocator*>(const_cast<void*>(p));
@@ -19,10 +24,11 @@ OCILobLocator* NewLocatorDescriptor(ub4 descriptor_type) {
   return l;
 }
 
-OCILobLocator* NewInstanceLocator(OCITypeCode lob_type) {
+OCILobLocator* NewInstanceLocator(OCITypeCode lob_type, ub1 csfrm) {
   auto* l = new (std::nothrow) OCILobLocator;
   if (l != nullptr) {
     l->lob_type = lob_type;
+    l->csfrm = CharsetFormOf(lob_type, csfrm);
     l->descriptor_type = lob_type == OCI_TYPECODE_BFILE ? OCI_DTYPE_FILE : OCI_DTYPE_LOB;
     l->state = LobState::kNewInstance;
   }
@@ -39,6 +45,7 @@ void CopyLocator(const OCILobLocator& src, OCILobLocator* dst) {
   if (&src == dst) return;
   dst->descriptor_type = src.descriptor_type;
   dst->lob_type = src.lob_type;
+  dst->csfrm = src.csfrm;
   dst->state = src.state;
   dst->cell = src.cell;
   dst->select_txn = src.select_txn;

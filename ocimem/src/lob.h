@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "oci.h"
 #include "recycle.h"
@@ -28,6 +29,13 @@ enum class LobState : ub1 {
   kTemporary,    // made by OCILobCreateTemporary
 };
 
+// An OCILobOpen of a LOB by one session: openness belongs to the LOB, not to the locator.
+struct LobOpening {
+  std::weak_ptr<const int> owner;  // the token of the opening session (Transaction::token)
+  std::uint64_t txn = 0;           // its transaction then (0: none, or a temporary LOB)
+  ub1 mode = 0;                    // OCI_LOB_READONLY or OCI_LOB_READWRITE
+};
+
 struct LobCell {
   bool clob = true;
   std::string data;  // committed contents (a temporary LOB keeps everything here)
@@ -38,13 +46,16 @@ struct LobCell {
   // The database and row of a stored LOB; both empty for a temporary one.
   std::weak_ptr<Database> db;
   std::weak_ptr<RowRecord> row;
+  std::vector<LobOpening> openings;
 };
 
 // Bytes handed over so far by an open piecewise OCILobWrite, applied by its last piece.
 struct LobPiecewise {
   bool open = false;
-  ub4 offset = 1;
-  ub4 announced = 0;  // total in bytes given with the first piece, 0 = unknown
+  bool append = false;         // OCILobWriteAppend: written at the end of the LOB
+  std::uint64_t offset = 1;
+  std::uint64_t announced = 0;  // total given with the first piece, 0 = unknown
+  bool announced_chars = false;  // OCILobWrite2 announced characters, not bytes
   std::string bytes;
 };
 
@@ -62,6 +73,7 @@ struct OCILobLocator {
   ub4 live = ocimem::kLiveLob;
   ub4 descriptor_type = OCI_DTYPE_LOB;  // or OCI_DTYPE_FILE
   OCITypeCode lob_type = 0;             // OCI_TYPECODE_CLOB, _BLOB, _BFILE; 0 when unset
+  ub1 csfrm = 0;                        // SQLCS_IMPLICIT (CLOB) or SQLCS_NCHAR (NCLOB), 0 else
   ocimem::LobState state = ocimem::LobState::kUnset;
   std::shared_ptr<ocimem::LobCell> cell;  // kPersistent and kTemporary
   // Transaction of the session that selected a persistent locator (0: none was open).
@@ -76,11 +88,15 @@ namespace ocimem {
 OCILobLocator* AsLocator(const void* p);
 // A descriptor of OCIDescriptorAlloc.
 OCILobLocator* NewLocatorDescriptor(ub4 descriptor_type);
-// The locator held by an instance slot of a CLOB, BLOB or BFILE attribute or element.
-OCILobLocator* NewInstanceLocator(OCITypeCode lob_type);
+// The locator held by an instance slot of a CLOB, NCLOB (csfrm SQLCS_NCHAR), BLOB or BFILE
+// attribute or element.
+OCILobLocator* NewInstanceLocator(OCITypeCode lob_type, ub1 csfrm = 0);
 void FreeLocator(OCILobLocator* locator);
 // Makes dst refer to the LOB of src (the contents are shared, not copied).
 void CopyLocator(const OCILobLocator& src, OCILobLocator* dst);
+// The character set form of a LOB of `lob_type` declared with `csfrm`: SQLCS_NCHAR for an
+// NCLOB, SQLCS_IMPLICIT for any other CLOB, 0 for BLOBs and BFILEs.
+ub1 CharsetFormOf(OCITypeCode lob_type, ub1 csfrm);
 
 // UTF-16 code units of UTF-8 text: the length of a CLOB in characters.
 size_t ClobChars(const std::string& utf8);

@@ -2,6 +2,8 @@
 
 #include <mutex>
 
+#include "lob_ops.h"
+
 namespace ocimem {
 namespace {
 
@@ -26,8 +28,9 @@ bool ExecuteStatement(const ExecContext& ctx, const Statement& statement, ExecRe
     return AlterSession(ctx, *s, error);
   }
   if (std::holds_alternative<CommitStatement>(statement)) {
+    bool open_lobs = HasOpenLobs(ctx.session);  // committed all the same, then reported
     EndSessionTransaction(ctx.session, true);
-    return true;
+    return !open_lobs || SetError(error, 22291, "Open LOBs exist at transaction commit time");
   }
   if (std::holds_alternative<RollbackStatement>(statement)) {
     EndSessionTransaction(ctx.session, false);

@@ -34,6 +34,11 @@ std::string DtyName(ub2 dty) {
     case SQLT_BIN:
     case SQLT_LBI:
       return "BINARY";
+    case SQLT_LNG:
+    case SQLT_LVC:
+      return "LONG";
+    case SQLT_LVB:
+      return "LONG BINARY";
     case SQLT_CLOB:
       return "CLOB";
     case SQLT_BLOB:

@@ -181,9 +181,17 @@ void EndTransaction(Transaction* txn, bool commit) {
     cell->has_pending = false;
     cell->pending_txn = 0;
   }
+  // The openness of LOBs opened in the transaction ends with it.
+  for (const std::shared_ptr<LobCell>& cell : txn->opened) {
+    auto& o = cell->openings;
+    for (size_t i = o.size(); i-- > 0;) {
+      if (o[i].txn == txn->id) o.erase(o.begin() + static_cast<std::ptrdiff_t>(i));
+    }
+  }
   for (Table* table : touched) table->Compact();
   txn->rows.clear();
   txn->cells.clear();
+  txn->opened.clear();
   txn->id = 0;
 }
 

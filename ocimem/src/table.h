@@ -83,6 +83,9 @@ struct Transaction {
   std::uint64_t id = 0;
   std::vector<std::shared_ptr<RowRecord>> rows;  // locked or changed rows
   std::vector<std::shared_ptr<LobCell>> cells;   // LOBs written
+  std::vector<std::shared_ptr<LobCell>> opened;  // LOBs opened (OCILobOpen) in it
+  // Names the session in the LobOpenings it makes; lives as long as the session.
+  std::shared_ptr<const int> token = std::make_shared<const int>(0);
 };
 
 // Version of `record` that transaction `txn` sees (nullptr: none).

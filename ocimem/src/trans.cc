@@ -1,6 +1,7 @@
 // OCITransCommit and OCITransRollback: end the session's open transaction.
 #include "database.h"
 #include "internal.h"
+#include "lob_ops.h"
 
 using namespace ocimem;
 
@@ -13,9 +14,11 @@ sword EndTransaction(const char* function, OCISvcCtx* svchp, OCIError* errhp, bo
   if (svc == nullptr) return OCI_INVALID_HANDLE;
   Session* session = svc->LiveSession();
   if (session == nullptr || !session->db) return Fail(errhp, 1012, "not logged on");
-  // With no open transaction there is nothing to do.
+  // With no open transaction there is nothing to do.  LOBs left open are closed; a commit
+  // still commits, then reports them.
+  bool open_lobs = commit && HasOpenLobs(session);
   EndSessionTransaction(session, commit);
-  return OCI_SUCCESS;
+  return open_lobs ? OpenLobsAtCommit(errhp) : OCI_SUCCESS;
 }
 
 }  // namespace

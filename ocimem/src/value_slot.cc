@@ -75,7 +75,7 @@ bool InitSlot(Env* env, const ValueType& t, void* slot, OCIInd* ind, bool not_nu
       SlotPointer<OCIRef>(slot) = new (std::nothrow) OCIRef;
       return SlotPointer<OCIRef>(slot) != nullptr;
     case ValueKind::kLob:
-      SlotPointer<OCILobLocator>(slot) = NewInstanceLocator(t.typecode);
+      SlotPointer<OCILobLocator>(slot) = NewInstanceLocator(t.typecode, t.charset_form);
       return SlotPointer<OCILobLocator>(slot) != nullptr;
     case ValueKind::kDateTime:
     case ValueKind::kInterval: {
@@ -176,7 +176,7 @@ AssignResult AssignSlot(Env* env, const ValueType& t, void* slot, const void* el
       OCILobLocator*& dst = SlotPointer<OCILobLocator>(slot);
       if (dst == src) return AssignResult::kOk;
       if (dst == nullptr) {
-        dst = NewInstanceLocator(t.typecode);
+        dst = NewInstanceLocator(t.typecode, t.charset_form);
         if (dst == nullptr) return AssignResult::kNoMemory;
       }
       CopyLocator(*src, dst);
