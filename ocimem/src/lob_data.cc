@@ -48,6 +48,7 @@ bool LongValueFromBind(ub2 dty, const BindSource& src, Value* out, SqlError* err
 
 bool LobDataDefineFits(ub2 dty, const ValueType& t) {
   if (t.kind != ValueKind::kLob) return false;
+  // decision LB13: SQLT_LVC serves CLOBs as SQLT_LNG does
   if (t.typecode == OCI_TYPECODE_CLOB) {
     return dty == SQLT_CHR || dty == SQLT_STR || dty == SQLT_AFC || dty == SQLT_LNG ||
            dty == SQLT_LVC;
@@ -104,7 +105,7 @@ bool FetchLobData(ub2 dty, const OutSlot& o, const void* slot, std::uint64_t txn
     LobLock lock(*l);
     bytes = Visible(*l, txn);
   }
-  // decision: an empty LOB comes as an empty value with indicator 0 (it is not NULL)
+  // decision LB10: an empty LOB comes as an empty value with indicator 0 (it is not NULL)
   return PutDefineBytes(dty, o, bytes, rc, error);
 }
 

@@ -55,7 +55,7 @@ sword Copy(const char* function, OCISvcCtx* svchp, OCIError* errhp, OCILobLocato
   if (src_offset > LobLength(source, clob)) {
     return Fail(errhp, 22994, "source offset is beyond the end of the source LOB");
   }
-  // decision: an amount of 0 copies nothing; more than the source holds copies to its end
+  // decision LB4: an amount of 0 copies nothing; more than the source holds copies to its end
   if (amount == 0) return OCI_SUCCESS;
   size_t start = 0;
   size_t end = 0;
@@ -83,7 +83,7 @@ sword Erase(const char* function, OCISvcCtx* svchp, OCIError* errhp, OCILobLocat
   std::string* content = nullptr;
   if ((rc = Writable(errhp, svc, l, &content)) != OCI_SUCCESS) return rc;
   bool clob = IsClob(*l);
-  // decision: erasing from beyond the end erases nothing; the amount is cut at the end
+  // decision LB5: erasing from beyond the end erases nothing; the amount is cut at the end
   if (offset > LobLength(*content, clob) || *amount == 0) {
     *amount = 0;
     return OCI_SUCCESS;

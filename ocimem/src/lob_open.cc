@@ -53,9 +53,9 @@ sword OCILobOpen(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp, ub1 mod
   OCILobLocator* l = nullptr;
   sword rc = EnterOpenCall("OCILobOpen", svchp, errhp, locp, &svc, &l);
   if (rc != OCI_SUCCESS) return rc;
-  // decision D11: the empty LOB of an instance never stored is no LOB to open
+  // decisions D11, LB17: the empty LOB of an instance never stored is no LOB to open
   if (l->state == LobState::kNewInstance) return InvalidLocator(errhp);
-  // decision: modes other than read-only and read-write (the BFILE and SecureFile ones)
+  // decision LB6: modes other than read-only and read-write are refused
   if (mode != OCI_LOB_READONLY && mode != OCI_LOB_READWRITE) return IllegalParameter(errhp);
   Session* session = svc->LiveSession();
   if (session == nullptr || !session->txn) return Fail(errhp, 1012, "not logged on");
@@ -70,6 +70,7 @@ sword OCILobOpen(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp, ub1 mod
   LobOpening opening;
   opening.owner = session->txn->token;
   opening.mode = mode;
+  // decision LB15: a temporary LOB's openness is no transaction's
   if (l->state == LobState::kPersistent) {
     opening.txn = session->txn->id;
     if (opening.txn == 0 && mode == OCI_LOB_READWRITE) {
@@ -90,7 +91,7 @@ sword OCILobClose(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp) {
   LobLock lock(*l);
   LobOpening* opening = OpeningOf(svc, *l);
   if (opening == nullptr) {
-    // decision: the operation named in the message is CLOSE
+    // decision LB7: the operation named in the message is CLOSE
     return Fail(errhp, 22289, "cannot perform CLOSE operation on an unopened file or LOB");
   }
   std::vector<LobOpening>& openings = l->cell->openings;
@@ -121,7 +122,7 @@ sword OCILobCharSetForm(OCIEnv* envhp, OCIError* errhp, const OCILobLocator* loc
     *csfrm = 0;
     return OCI_SUCCESS;
   }
-  // decision: a locator that designates no LOB has no form (ORA-22275)
+  // decision LB8: a locator that designates no LOB has no form (ORA-22275)
   if (l->state == LobState::kUnset) return InvalidLocator(errhp);
   *csfrm = CharsetFormOf(l->lob_type, l->csfrm);
   return OCI_SUCCESS;
@@ -152,7 +153,7 @@ sword OCILobGetChunkSize(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp,
   OCILobLocator* l = AsLocator(locp);
   if ((rc = CheckReadable(errhp, l)) != OCI_SUCCESS) return rc;
   if (chunksizep == nullptr) return FailArgument(errhp, 4);
-  // decision: an 8 KB block's usable chunk, in bytes for a BLOB, characters for a CLOB
+  // decision LB9: an 8 KB block's usable chunk, in bytes for a BLOB, characters for a CLOB
   *chunksizep = IsClob(*l) ? kChunkChars : kChunkBytes;
   return OCI_SUCCESS;
 }

@@ -65,7 +65,7 @@ sword NextPiece(OCIError* err, OCILobLocator* l, const std::string& content, cha
   size_t n = PieceBytes(content, clob, start, end, bufl);
   if (n == 0 && start < end) {
     l->read = LobStreamRead();
-    return IllegalParameter(err);  // a buffer too small for one character
+    return IllegalParameter(err);  // decision LB16: a buffer too small for one character
   }
   if (n > 0) std::memcpy(buf, content.data() + start, n);
   *out = Counted(content.data() + start, n, clob);
@@ -89,7 +89,7 @@ sword DeliverToCallback(OCIError* err, const std::string& data, bool clob, const
     if (n == 0) return IllegalParameter(err);  // a buffer too small for one character
     std::memcpy(buf, data.data() + pos, n);
     pos += n;
-    // decision: a read that fits one buffer is handed over as its last piece
+    // decision LB1: a read that fits one buffer is handed over as its last piece
     ub1 piece = pos >= data.size() ? OCI_LAST_PIECE : first ? OCI_FIRST_PIECE : OCI_NEXT_PIECE;
     first = false;
     void* new_buf = nullptr;
@@ -125,6 +125,7 @@ sword ReadLob(OCIError* err, SvcCtx* svc, OCILobLocator* l, const ReadRequest& r
       end = r.amount == 0 ? content.size()
                           : static_cast<size_t>(std::min<std::uint64_t>(content.size(),
                                                                          start + r.amount));
+      // decision LB19: a byte amount stops before a character that would not fit whole
       end = start + PieceBytes(content, clob, start, content.size(), end - start);
     } else {
       UnitRange(content, clob, r.offset, r.amount, &start, &end);
@@ -136,7 +137,7 @@ sword ReadLob(OCIError* err, SvcCtx* svc, OCILobLocator* l, const ReadRequest& r
       size_t total = end - start;
       if (total <= r.bufl || r.mode == ReadMode::kOnePiece) {
         size_t n = PieceBytes(content, clob, start, end, r.bufl);
-        if (n == 0 && total > 0) return IllegalParameter(err);
+        if (n == 0 && total > 0) return IllegalParameter(err);  // decision LB16
         if (n > 0) std::memcpy(r.buf, content.data() + start, n);
         *out = Counted(content.data() + start, n, clob);
         return OCI_SUCCESS;
@@ -191,7 +192,7 @@ sword OCILobRead(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp, ub4* am
   r.buf = static_cast<char*>(bufp);
   r.bufl = bufl;
   if (cbfp != nullptr) {
-    // decision: with a callback every read is streamed through it
+    // decision LB1: with a callback every read is streamed through it
     r.mode = ReadMode::kCallback;
     r.callback = [ctxp, cbfp](const void* buf, std::uint64_t len, ub1 piece, void**,
                               std::uint64_t*) {
@@ -235,7 +236,7 @@ sword OCILobRead2(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp, oraub8
   r.buf = static_cast<char*>(bufp);
   r.bufl = bufl;
   if (piece == OCI_ONE_PIECE) {
-    // decision: a one-piece read ignores a callback
+    // decisions LB3, LB18: a one-piece read ignores a callback and reads what fits
     r.mode = ReadMode::kOnePiece;
   } else if (cbfp != nullptr) {
     r.mode = ReadMode::kCallback;

@@ -126,7 +126,7 @@ sword CallbackPieces(OCIError* err, SvcCtx* svc, OCILobLocator* l, const WriteRe
     std::uint64_t new_room = room;
     sb4 status = r.callback(&given, &len, &piece, &new_room);
     if (status != OCI_CONTINUE) {
-      // decision: a callback that does not answer OCI_CONTINUE ends the write, unwritten
+      // decision LB2: a callback that does not answer OCI_CONTINUE ends the write, unwritten
       l->write = LobPiecewise();
       return IllegalParameter(err);
     }
@@ -188,6 +188,7 @@ sword WriteLob(OCIError* err, SvcCtx* svc, OCILobLocator* l, const WriteRequest&
     rc = AddPiece(err, l, Visible(*l, SessionTxn(svc)), r.data, r.len);
   }
   if (rc != OCI_SUCCESS) return rc;
+  // decision LB3: a callback serves only a write begun with OCI_FIRST_PIECE
   if (r.piece == OCI_FIRST_PIECE && r.callback) return CallbackPieces(err, svc, l, r, out);
   std::string piece(r.data == nullptr ? "" : r.data, r.data == nullptr ? 0 : r.len);
   Count(piece, IsClob(*l), &out->piece_bytes, &out->piece_chars);

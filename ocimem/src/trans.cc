@@ -15,7 +15,7 @@ sword EndTransaction(const char* function, OCISvcCtx* svchp, OCIError* errhp, bo
   Session* session = svc->LiveSession();
   if (session == nullptr || !session->db) return Fail(errhp, 1012, "not logged on");
   // With no open transaction there is nothing to do.  LOBs left open are closed; a commit
-  // still commits, then reports them.
+  // still commits, then reports them (decision LB14; implicit commits say nothing).
   bool open_lobs = commit && HasOpenLobs(session);
   EndSessionTransaction(session, commit);
   return open_lobs ? OpenLobsAtCommit(errhp) : OCI_SUCCESS;

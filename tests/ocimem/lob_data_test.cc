@@ -102,7 +102,7 @@ TEST_F(LobDataTest, ClobFetchedIntoEachCharacterType) {
   ASSERT_EQ(OCI_SUCCESS, FetchInto("select body from docs where id = 3", lng, sizeof lng, SQLT_LNG,
                                    nullptr, &rlen));
   EXPECT_EQ("clob text", std::string(lng, rlen));
-  // decision: the rlenp of an LVC define leaves out the length word
+  // decision LB11: the rlenp of an LVC define leaves out the length word
   unsigned char lvc[4 + 16];
   ASSERT_EQ(OCI_SUCCESS, FetchInto("select body from docs where id = 3", lvc, sizeof lvc, SQLT_LVC,
                                    nullptr, &rlen));
@@ -188,7 +188,7 @@ TEST_F(LobDataTest, NullLobFetchedIntoABuffer) {
   EXPECT_EQ("ORA-01405: fetched column value is NULL", FirstError(err_));
 }
 
-// decision: an empty LOB is fetched as an empty value with indicator 0, not as NULL
+// decision LB10: an empty LOB is fetched as an empty value with indicator 0, not as NULL
 TEST_F(LobDataTest, EmptyLobFetchedAsAnEmptyValue) {
   char buf[8] = "xxxxxxx";
   sb2 ind = -1;
@@ -229,6 +229,7 @@ TEST_F(LobDataTest, MultibyteTextKeepsItsBytesAndCountsCharacters) {
   EXPECT_EQ(6u, Length(clob_));
 }
 
+// decision LB13: SQLT_LVC is taken for CLOBs and NCLOBs as SQLT_LNG is
 TEST_F(LobDataTest, LongTypesBindIntoLobs) {
   std::string lng = "long text";
   ASSERT_EQ(OCI_SUCCESS, ExecWith("insert into docs (id, body) values (3, :1)", lng.data(),
@@ -248,7 +249,8 @@ TEST_F(LobDataTest, LongTypesBindIntoLobs) {
   EXPECT_EQ(std::string("\x01\x00\x02", 3), ReadAll(blob_));
 }
 
-// decision: the length word of an LVC or LVB bind must lie within value_sz, which counts it
+// decision LB11: the length word of an LVC or LVB bind must lie within value_sz, which
+// counts it; a define too small for the word is refused alike
 TEST_F(LobDataTest, LengthWordBeyondTheBufferIsRefused) {
   std::vector<unsigned char> lvc = Prefixed("abc", 3);
   sb4 too_long = 4;
@@ -310,7 +312,7 @@ TEST_F(LobDataTest, ArrayFetchOfClobData) {
   EXPECT_EQ(4u, fetched);
 }
 
-// decision: a length beyond rlenp's ub2 is told as 65535
+// decision LB12: a length beyond rlenp's ub2 is told as 65535
 TEST_F(LobDataTest, LargeValueThroughLongBuffers) {
   std::string big(100000, 'x');
   for (size_t i = 0; i < big.size(); i += 1000) big[i] = static_cast<char>('a' + (i / 1000) % 26);

@@ -113,7 +113,7 @@ TEST_F(LobEditTest, CopyRefusals) {
   EXPECT_EQ(OCI_ERROR, OCILobCopy2(svc_, err_, clob_, src, 1, oraub8{1} << 33, 1));
   EXPECT_EQ("ORA-22925: operation would exceed maximum size allowed for a LOB value",
             FirstError(err_));
-  // decision: an amount of 0 copies nothing
+  // decision LB4: an amount of 0 copies nothing
   EXPECT_EQ(OCI_SUCCESS, OCILobCopy(svc_, err_, clob_, src, 0, 1, 1));
   EXPECT_EQ("", ReadAll(clob_));
   ASSERT_EQ(OCI_SUCCESS, OCITransCommit(svc_, err_, OCI_DEFAULT));
@@ -155,7 +155,7 @@ TEST_F(LobEditTest, EraseCountsCharacters) {
   EXPECT_EQ(6u, Length(clob_));
 }
 
-// decision: erasing from beyond the end erases nothing and tells 0
+// decision LB5: erasing from beyond the end erases nothing and tells 0
 TEST_F(LobEditTest, EraseBeyondTheEnd) {
   ASSERT_EQ(OCI_SUCCESS, WriteOne(clob_, "abc"));
   ub4 amount = 5;

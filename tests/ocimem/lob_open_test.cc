@@ -35,7 +35,7 @@ TEST_F(LobOpenTest, OpennessBelongsToTheLob) {
   ASSERT_EQ(OCI_SUCCESS, WriteOne(clob_, "while open"));
   ASSERT_EQ(OCI_SUCCESS, OCILobClose(svc_, err_, other)) << FirstError(err_);
   EXPECT_EQ(FALSE, IsOpen(clob_));
-  // decision: ORA-22289 names the operation CLOSE
+  // decision LB7: ORA-22289 names the operation CLOSE
   EXPECT_EQ(OCI_ERROR, OCILobClose(svc_, err_, clob_));
   EXPECT_EQ("ORA-22289: cannot perform CLOSE operation on an unopened file or LOB",
             FirstError(err_));
@@ -77,7 +77,8 @@ TEST_F(LobOpenTest, ReadWriteOpeningNeedsATransaction) {
   ASSERT_EQ(OCI_SUCCESS, OCILobClose(svc_, err_, clob_));
 }
 
-// decision: modes other than OCI_LOB_READONLY and OCI_LOB_READWRITE are refused (ORA-24801)
+// decision LB6: modes other than OCI_LOB_READONLY and OCI_LOB_READWRITE are refused
+// (ORA-24801)
 TEST_F(LobOpenTest, OtherModesAreRefused) {
   ASSERT_EQ(OCI_SUCCESS, SelectLobs(1, true));
   for (ub1 mode : {ub1{0}, ub1{OCI_LOB_WRITEONLY}, ub1{OCI_LOB_APPENDONLY},
@@ -88,6 +89,8 @@ TEST_F(LobOpenTest, OtherModesAreRefused) {
   EXPECT_EQ(FALSE, IsOpen(clob_));
 }
 
+// decision LB14: OCI_ERROR with ORA-22291 after the commit, as Oracle's guide says ("it is an
+// error"), not the warning ORA-22297 of newer catalogues
 TEST_F(LobOpenTest, CommitWithOpenLobsCommitsAndReports) {
   OCISvcCtx* other = OtherSession();
   ASSERT_EQ(OCI_SUCCESS, SelectLobs(1, true));
@@ -132,6 +135,20 @@ TEST_F(LobOpenTest, CommitStatementWithOpenLobs) {
   EXPECT_EQ("bytes", ReadAll(blob_));  // committed all the same
 }
 
+// decision LB14: the commits a statement makes on its own (OCI_COMMIT_ON_SUCCESS, DDL) close
+// open LOBs without a word
+TEST_F(LobOpenTest, ImplicitCommitsCloseOpenLobs) {
+  ASSERT_EQ(OCI_SUCCESS, SelectLobs(1, true));
+  ASSERT_EQ(OCI_SUCCESS, OCILobOpen(svc_, err_, clob_, OCI_LOB_READWRITE));
+  OCIStmt* stmt = Prepare("update docs set id = 1 where id = 1");
+  EXPECT_EQ(OCI_SUCCESS, Execute(stmt, 1, nullptr, OCI_COMMIT_ON_SUCCESS)) << FirstError(err_);
+  EXPECT_EQ(FALSE, IsOpen(clob_));
+  ASSERT_EQ(OCI_SUCCESS, SelectLobs(1, true));
+  ASSERT_EQ(OCI_SUCCESS, OCILobOpen(svc_, err_, blob_, OCI_LOB_READWRITE));
+  MustExec("create table other_docs (id number)");
+  EXPECT_EQ(FALSE, IsOpen(blob_));
+}
+
 TEST_F(LobOpenTest, RollbackClosesOpenLobs) {
   ASSERT_EQ(OCI_SUCCESS, SelectLobs(1, true));
   ASSERT_EQ(OCI_SUCCESS, OCILobOpen(svc_, err_, clob_, OCI_LOB_READWRITE));
@@ -156,6 +173,8 @@ TEST_F(LobOpenTest, EachSessionOpensForItself) {
   EXPECT_EQ(TRUE, IsOpen(clob_));
 }
 
+// decision LB15: a temporary LOB opens read-write without a transaction, and stays open
+// across transactions
 TEST_F(LobOpenTest, TemporaryLobsOpenWithoutATransaction) {
   OCILobLocator* temp = NewTemporary(OCI_TEMP_BLOB);
   ASSERT_EQ(OCI_SUCCESS, OCILobOpen(svc_, err_, temp, OCI_LOB_READWRITE)) << FirstError(err_);
@@ -191,7 +210,7 @@ TEST_F(LobOpenTest, LocatorsWithoutALob) {
   ASSERT_EQ(OCI_SUCCESS, SelectLobs(1, true));
   EXPECT_EQ(OCI_ERROR, OCILobIsOpen(svc_, err_, clob_, nullptr));
   EXPECT_EQ(21560, FirstCode(err_));
-  // decision D11: the empty LOB of a new instance cannot be opened; it is never open
+  // decisions D11, LB17: the empty LOB of a new instance cannot be opened; it is never open
   MustExec("create type pic_t as object (id number, img blob)");
   OCIType* tdo = TypeByName("PIC_T");
   void* obj = nullptr;
@@ -232,7 +251,7 @@ TEST_F(LobOpenTest, CharacterSetFormAndId) {
                                             OCI_DTYPE_FILE, 0, nullptr));
   ASSERT_EQ(OCI_SUCCESS, OCILobCharSetForm(env_, err_, file, &form));
   EXPECT_EQ(0, form);  // a BFILE has no character set
-  // decision: a locator that designates no LOB has no form or id (ORA-22275)
+  // decision LB8: a locator that designates no LOB has no form or id (ORA-22275)
   OCILobLocator* unset = NewLocator();
   EXPECT_EQ(OCI_ERROR, OCILobCharSetForm(env_, err_, unset, &form));
   EXPECT_EQ(22275, FirstCode(err_));
@@ -253,7 +272,7 @@ TEST_F(LobOpenTest, NclobTakesTheNationalForm) {
   EXPECT_EQ(24806, FirstCode(err_));
 }
 
-// decision: chunks of a LOB stored in 8 KB blocks: 8132 bytes, 4066 CLOB characters
+// decision LB9: chunks of a LOB stored in 8 KB blocks: 8132 bytes, 4066 CLOB characters
 TEST_F(LobOpenTest, ChunkSize) {
   ASSERT_EQ(OCI_SUCCESS, SelectLobs(1, false));
   ub4 chunk = 0;

@@ -130,7 +130,7 @@ TEST_F(LobStreamTest, ReadCallbackGetsEveryPiece) {
   EXPECT_EQ(5u, amount);
 }
 
-// decision: a callback read that fits one buffer is handed over once, as OCI_LAST_PIECE
+// decision LB1: a callback read that fits one buffer is handed over once, as OCI_LAST_PIECE
 TEST_F(LobStreamTest, ReadCallbackOfOnePiece) {
   ASSERT_EQ(OCI_SUCCESS, WriteOne(clob_, "abc"));
   ReadLog log;
@@ -188,6 +188,7 @@ TEST_F(LobStreamTest, ReadCallbackThatStops) {
   EXPECT_EQ(2u, log.pieces.size());  // the second answer ended it
 }
 
+// decision LB16: a buffer too small for the next character is refused with ORA-24801
 TEST_F(LobStreamTest, BufferTooSmallForOneCharacter) {
   ASSERT_EQ(OCI_SUCCESS, WriteOne(clob_, MultibyteText()));
   ReadLog log;
@@ -202,6 +203,8 @@ TEST_F(LobStreamTest, BufferTooSmallForOneCharacter) {
   EXPECT_EQ(24801, FirstCode(err_));
 }
 
+// decisions LB18, LB19: a one-piece OCILobRead2 reads what fits the buffer; a CLOB byte
+// amount stops before a character that would not fit whole
 TEST_F(LobStreamTest, Read2OnePieceTakesCharactersOrBytes) {
   ASSERT_EQ(OCI_SUCCESS, WriteOne(clob_, MultibyteText()));
   char buf[32];
@@ -290,6 +293,33 @@ TEST_F(LobStreamTest, Read2CallbackMayChangeTheBuffer) {
   EXPECT_EQ("456789", std::string(bigger, 6));
 }
 
+// decision LB3: callbacks serve streams begun with OCI_FIRST_PIECE; a one-piece call, or a
+// next or last piece of a polling write, leaves the callback alone
+TEST_F(LobStreamTest, OnePieceCallsIgnoreCallbacks) {
+  ASSERT_EQ(OCI_SUCCESS, WriteOne(blob_, "0123456789"));
+  ReadLog log;
+  char buf[16];
+  oraub8 bytes = 0;
+  ASSERT_EQ(OCI_SUCCESS, OCILobRead2(svc_, err_, blob_, &bytes, nullptr, 1, buf, 4,
+                                     OCI_ONE_PIECE, &log, ReadCallback2, 0, SQLCS_IMPLICIT));
+  EXPECT_TRUE(log.pieces.empty());
+  EXPECT_EQ("0123", std::string(buf, bytes));
+  WriteFeed feed;
+  feed.pieces = {"never"};
+  char data[] = "ab";
+  ub4 amount = 2;
+  ASSERT_EQ(OCI_SUCCESS, OCILobWrite(svc_, err_, blob_, &amount, 1, data, 2, OCI_ONE_PIECE,
+                                     &feed, WriteCallback, 0, SQLCS_IMPLICIT));
+  amount = 0;
+  ASSERT_EQ(OCI_NEED_DATA, OCILobWrite(svc_, err_, blob_, &amount, 3, data, 2, OCI_FIRST_PIECE,
+                                       nullptr, nullptr, 0, SQLCS_IMPLICIT));
+  ASSERT_EQ(OCI_SUCCESS, OCILobWrite(svc_, err_, blob_, &amount, 3, data, 2, OCI_LAST_PIECE,
+                                     &feed, WriteCallback, 0, SQLCS_IMPLICIT));
+  EXPECT_EQ(0u, feed.next);
+  EXPECT_TRUE(feed.rooms.empty());
+  EXPECT_EQ("ababab6789", ReadAll(blob_));
+}
+
 TEST_F(LobStreamTest, WriteCallbackSuppliesTheLaterPieces) {
   WriteFeed feed;
   feed.pieces = {"def", "gh"};
@@ -325,8 +355,8 @@ TEST_F(LobStreamTest, WriteCallbackSuppliesTheLaterPieces) {
   EXPECT_EQ("abcdXYgh", ReadAll(blob_));
 }
 
-// decision: a write callback that does not answer OCI_CONTINUE, or names another piece than
-// OCI_NEXT_PIECE or OCI_LAST_PIECE, ends the write with ORA-24801 and nothing written
+// decision LB2: a write callback that does not answer OCI_CONTINUE, or names another piece
+// than OCI_NEXT_PIECE or OCI_LAST_PIECE, ends the write with ORA-24801 and nothing written
 TEST_F(LobStreamTest, WriteCallbackThatStops) {
   WriteFeed feed;
   feed.pieces = {"def"};
@@ -350,7 +380,8 @@ TEST_F(LobStreamTest, WriteCallbackThatStops) {
   EXPECT_EQ(24801, FirstCode(err_));
 }
 
-// decision D13: a CLOB write's amount goes in as bytes and comes back as characters
+// decision D13: a CLOB write's amount goes in as bytes; it comes back in characters, as
+// Oracle's table of amtp units says
 TEST_F(LobStreamTest, ClobWriteTellsCharacters) {
   const std::string& text = MultibyteText();
   ub4 amount = static_cast<ub4>(text.size());
