@@ -155,11 +155,15 @@ TEST_F(LobEditTest, EraseCountsCharacters) {
   EXPECT_EQ(6u, Length(clob_));
 }
 
-// decision LB5: erasing from beyond the end erases nothing and tells 0
+// decision LB5: erasing from beyond the end, or an amount of 0, erases nothing and tells 0
 TEST_F(LobEditTest, EraseBeyondTheEnd) {
   ASSERT_EQ(OCI_SUCCESS, WriteOne(clob_, "abc"));
   ub4 amount = 5;
   ASSERT_EQ(OCI_SUCCESS, OCILobErase(svc_, err_, clob_, &amount, 4));
+  EXPECT_EQ(0u, amount);
+  EXPECT_EQ("abc", ReadAll(clob_));
+  amount = 0;
+  ASSERT_EQ(OCI_SUCCESS, OCILobErase(svc_, err_, clob_, &amount, 1));
   EXPECT_EQ(0u, amount);
   EXPECT_EQ("abc", ReadAll(clob_));
   EXPECT_EQ(OCI_ERROR, OCILobErase(svc_, err_, clob_, &amount, 0));

@@ -62,6 +62,7 @@ TEST_F(LobOpenTest, ReadOnlyOpeningRefusesChanges) {
   EXPECT_EQ("xbc", ReadAll(clob_));
 }
 
+// decision LB15: a LOB opened read-only outside a transaction stays open across one
 TEST_F(LobOpenTest, ReadWriteOpeningNeedsATransaction) {
   ASSERT_EQ(OCI_SUCCESS, SelectLobs(1, false));  // no transaction is open
   EXPECT_EQ(OCI_ERROR, OCILobOpen(svc_, err_, clob_, OCI_LOB_READWRITE));
