@@ -78,6 +78,7 @@ sword OnePiece(OCIError* err, SvcCtx* svc, OCILobLocator* l, const WriteRequest&
     if (r.amount > data.size()) return LessData(err);
     data.resize(static_cast<size_t>(r.amount));
   }
+  if (data.empty()) return OCI_SUCCESS;  // an amount of 0 writes nothing, not even a gap
   sword rc = Apply(err, svc, l, r.append, r.offset, data);
   if (rc == OCI_SUCCESS) Count(data, clob, &out->total_bytes, &out->total_chars);
   return rc;
@@ -138,7 +139,7 @@ sword CallbackPieces(OCIError* err, SvcCtx* svc, OCILobLocator* l, const WriteRe
       l->write = LobPiecewise();
       return IllegalParameter(err);
     }
-    if (len > 0 && buf == nullptr) {
+    if ((len > 0 && buf == nullptr) || len > room) {  // no data, or more than the buffer holds
       l->write = LobPiecewise();
       return IllegalParameter(err);
     }

@@ -348,7 +348,7 @@ TEST_F(LobStreamTest, WriteCallbackSuppliesTheLaterPieces) {
   WriteFeed long_feed;
   long_feed.pieces = {"123", "456"};
   amount = 4;
-  EXPECT_EQ(OCI_ERROR, OCILobWrite(svc_, err_, blob_, &amount, 1, buf, 2, OCI_FIRST_PIECE,
+  EXPECT_EQ(OCI_ERROR, OCILobWrite(svc_, err_, blob_, &amount, 1, buf, 3, OCI_FIRST_PIECE,
                                    &long_feed, WriteCallback, 0, SQLCS_IMPLICIT));
   EXPECT_EQ("ORA-24810: attempting to write more data than indicated", FirstError(err_));
   EXPECT_EQ(1u, long_feed.next);  // refused at the piece that went beyond
@@ -483,6 +483,28 @@ TEST_F(LobStreamTest, Write2CallbackWithABufferOfItsOwn) {
   EXPECT_EQ("start-middle-end", ReadAll(clob_));
   EXPECT_EQ(6u, feed.rooms[0]);  // then the room of the callback's own buffer
   EXPECT_EQ(7u, feed.rooms[1]);
+}
+
+TEST_F(LobStreamTest, OnePieceOfNothingWritesNothing) {
+  ASSERT_EQ(OCI_SUCCESS, WriteOne(clob_, "abc"));
+  char none[1] = {0};
+  ub4 amount = 0;
+  ASSERT_EQ(OCI_SUCCESS, OCILobWrite(svc_, err_, clob_, &amount, 9, none, 0, OCI_ONE_PIECE,
+                                     nullptr, nullptr, 0, SQLCS_IMPLICIT));
+  EXPECT_EQ(0u, amount);
+  EXPECT_EQ("abc", ReadAll(clob_));  // not even the gap before offset 9
+}
+
+// A write callback may not claim more bytes than the buffer it was offered.
+TEST_F(LobStreamTest, WriteCallbackClaimingMoreThanTheBuffer) {
+  WriteFeed feed;
+  feed.pieces = {"toolong"};
+  char buf[8] = "ab";
+  ub4 amount = 0;
+  EXPECT_EQ(OCI_ERROR, OCILobWrite(svc_, err_, blob_, &amount, 1, buf, 2, OCI_FIRST_PIECE, &feed,
+                                   WriteCallback, 0, SQLCS_IMPLICIT));
+  EXPECT_EQ(24801, FirstCode(err_));
+  EXPECT_EQ("", ReadAll(blob_));
 }
 
 TEST_F(LobStreamTest, WriteAppendAddsAtTheEnd) {
