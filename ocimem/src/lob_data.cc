@@ -97,14 +97,16 @@ bool PutDefineBytes(ub2 dty, const OutSlot& o, const std::string& bytes, ub2* rc
   return true;
 }
 
+std::string LobContents(const void* slot, std::uint64_t txn) {
+  const OCILobLocator* l = *static_cast<OCILobLocator* const*>(slot);
+  if (l == nullptr) return std::string();
+  LobLock lock(*l);
+  return Visible(*l, txn);
+}
+
 bool FetchLobData(ub2 dty, const OutSlot& o, const void* slot, std::uint64_t txn, ub2* rc,
                   SqlError* error) {
-  const OCILobLocator* l = *static_cast<OCILobLocator* const*>(slot);
-  std::string bytes;
-  if (l != nullptr) {
-    LobLock lock(*l);
-    bytes = Visible(*l, txn);
-  }
+  std::string bytes = LobContents(slot, txn);
   // decision LB10: an empty LOB comes as an empty value with indicator 0 (it is not NULL)
   return PutDefineBytes(dty, o, bytes, rc, error);
 }

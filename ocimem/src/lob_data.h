@@ -31,6 +31,10 @@ bool LobDataDefineFits(ub2 dty, const ValueType& t);
 bool PutDefineBytes(ub2 dty, const OutSlot& o, const std::string& bytes, ub2* rc,
                     SqlError* error);
 
+// The contents of the not-NULL LOB in `slot` (a slot holding an OCILobLocator*) as
+// transaction `txn` sees them.
+std::string LobContents(const void* slot, std::uint64_t txn);
+
 // Fetches the contents of the not-NULL LOB in `slot`, as transaction `txn` sees them, into
 // a data buffer of type `dty`.
 bool FetchLobData(ub2 dty, const OutSlot& o, const void* slot, std::uint64_t txn, ub2* rc,

@@ -8,6 +8,7 @@
 #include "convert.h"
 #include "instance.h"
 #include "internal.h"
+#include "lob_data.h"
 #include "stmt_exec.h"
 #include "value_slot.h"
 #include "var_block.h"
@@ -127,9 +128,13 @@ bool FetchObject(Env* env, const DefineHandle& d, size_t row, const ValueType& t
 // The session that executed the statement, or nullptr when it has been freed since.
 
 // The bytes a character or binary dynamic define receives for a value.
-bool DynamicBytes(const DefineHandle& d, const ValueType& t, const void* slot, std::string* out,
-                  SqlError* error) {
+bool DynamicBytes(const DefineHandle& d, const ValueType& t, const void* slot, std::uint64_t txn,
+                  std::string* out, SqlError* error) {
   switch (t.kind) {
+    case ValueKind::kLob:
+      if (!LobDataDefineFits(d.dty, t)) break;
+      *out = LobContents(slot, txn);  // a CLOB's text, a BLOB's bytes
+      return true;
     case ValueKind::kNumber:
       *out = NumberText(*static_cast<const OCINumber*>(slot));
       return true;
@@ -146,10 +151,11 @@ bool DynamicBytes(const DefineHandle& d, const ValueType& t, const void* slot, s
       return true;
     }
     default:
-      error->code = 932;
-      error->message = "inconsistent datatypes: expected - got " + TypeName(t);
-      return false;
+      break;
   }
+  error->code = 932;
+  error->message = "inconsistent datatypes: expected - got " + TypeName(t);
+  return false;
 }
 
 bool PiecewiseType(ub2 dty) {
@@ -247,7 +253,7 @@ sword ContinueFetch(StmtHandle* s, OCIError* err) {
           f.offset = 0;
           f.null = *ind == OCI_IND_NULL;
           f.bytes.clear();
-          if (!f.null && !DynamicBytes(*d, p.type, slot, &f.bytes, &error)) {
+          if (!f.null && !DynamicBytes(*d, p.type, slot, txn, &f.bytes, &error)) {
             return fail(error.code, error.message);
           }
         }
