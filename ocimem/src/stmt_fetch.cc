@@ -185,7 +185,7 @@ Session* LiveSession(StmtHandle* s) { return AsSession(s->session); }
 
 // Hands out the value of a dynamic define: through its callback, or piece by piece to the
 // program (OCI_NEED_DATA).
-sword DeliverDynamic(StmtHandle* s, OCIError* err, DefineHandle* d, PendingFetch* f) {
+sword DeliverDynamic(OCIError* err, DefineHandle* d, PendingFetch* f) {
   if (d->ocbfp != nullptr) {
     ub1 piece = OCI_FIRST_PIECE;
     for (;;) {
@@ -208,7 +208,6 @@ sword DeliverDynamic(StmtHandle* s, OCIError* err, DefineHandle* d, PendingFetch
     return OCI_NEED_DATA;
   }
   if (!f->given.given) {
-    s->pending_fetch.reset();
     return Fail(err, 3130, "the buffer for the next piece to be fetched is required");
   }
   GivenPiece g = f->given;
@@ -257,13 +256,14 @@ sword ContinueFetch(StmtHandle* s, OCIError* err) {
             return fail(error.code, error.message);
           }
         }
-        sword rc = DeliverDynamic(s, err, d, &f);
+        sword rc = DeliverDynamic(err, d, &f);
         if (rc == OCI_NEED_DATA) return rc;
-        f.started = false;
         if (rc != OCI_SUCCESS) {
+          // The fetch ends here, and f with it.
           s->pending_fetch.reset();
           return rc;
         }
+        f.started = false;
         continue;
       }
       ub2 rc = 0;
