@@ -23,7 +23,8 @@ foreach(lib varnadp qorvpi coldef ocimem)
 endforeach()
 
 # The in-memory OCI's headers under Oracle's names, beside oci.h.
-foreach(h oci.h orid.h ocimem.h oratypes.h ocidfn.h ociver.h oci1.h oro.h ori.h orl.h ort.h
+foreach(h oci.h ocimem_attr1.h ocimem_attr2.h orid.h ocimem.h oratypes.h ocidfn.h ociver.h oci1.h
+          oro.h ori.h orl.h ort.h
           ociextp.h ociapr.h ociap.h ocixmldb.h oci8dp.h ocixstream.h)
   if(NOT EXISTS ${prefix}/include/varnadp/${h})
     message(FATAL_ERROR "${h} not installed beside oci.h")
