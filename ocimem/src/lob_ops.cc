@@ -110,6 +110,20 @@ sword CheckForm(OCIError* err, const OCILobLocator& l, ub1 csfrm) {
   return OCI_SUCCESS;
 }
 
+sword StreamEntry(const char* function, OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp,
+                  const void* amtp, const void* bufp, std::uint64_t bufl, int buf_position,
+                  ub1 csfrm, SvcCtx** svc, OCILobLocator** l) {
+  sword rc;
+  if (Enter(function, errhp, &rc)) return rc;
+  *svc = AsSvcCtx(svchp);
+  if (*svc == nullptr) return OCI_INVALID_HANDLE;
+  *l = AsLocator(locp);
+  if ((rc = CheckReadable(errhp, *l)) != OCI_SUCCESS) return rc;
+  if (amtp == nullptr) return FailArgument(errhp, 4);
+  if (bufp == nullptr && bufl > 0) return FailArgument(errhp, buf_position);
+  return CheckForm(errhp, **l, csfrm);
+}
+
 void UnitRange(const std::string& content, bool clob, std::uint64_t offset, std::uint64_t amount,
                size_t* start, size_t* end) {
   size_t size = content.size();

@@ -66,6 +66,12 @@ void Overwrite(std::string* content, bool clob, std::uint64_t offset, const std:
 // ORA-24806 when `csfrm` (0 accepted) is not the form of the CLOB or NCLOB.
 sword CheckForm(OCIError* err, const OCILobLocator& l, ub1 csfrm);
 
+// The checks every streaming read and write makes first: the handles, a locator that can
+// be read, the amount pointer (argument 4), the buffer (argument buf_position) and the form.
+sword StreamEntry(const char* function, OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp,
+                  const void* amtp, const void* bufp, std::uint64_t bufl, int buf_position,
+                  ub1 csfrm, SvcCtx** svc, OCILobLocator** l);
+
 // Byte range [*start, *end) of `amount` characters (CLOB) or bytes (BLOB) from the 1-based
 // `offset`, clamped to the contents; amount 0 runs to the end.
 void UnitRange(const std::string& content, bool clob, std::uint64_t offset, std::uint64_t amount,

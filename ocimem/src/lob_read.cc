@@ -151,21 +151,6 @@ sword ReadLob(OCIError* err, SvcCtx* svc, OCILobLocator* l, const ReadRequest& r
   return DeliverToCallback(err, taken, clob, r, out);
 }
 
-// The checks every read makes before reading.
-sword ReadEntry(const char* function, OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp,
-                const void* amtp, const void* bufp, std::uint64_t bufl, int buf_position,
-                ub1 csfrm, SvcCtx** svc, OCILobLocator** l) {
-  sword rc;
-  if (Enter(function, errhp, &rc)) return rc;
-  *svc = AsSvcCtx(svchp);
-  if (*svc == nullptr) return OCI_INVALID_HANDLE;
-  *l = AsLocator(locp);
-  if ((rc = CheckReadable(errhp, *l)) != OCI_SUCCESS) return rc;
-  if (amtp == nullptr) return FailArgument(errhp, 4);
-  if (bufp == nullptr && bufl > 0) return FailArgument(errhp, buf_position);
-  return CheckForm(errhp, **l, csfrm);
-}
-
 }  // namespace
 }  // namespace ocimem
 
@@ -176,7 +161,7 @@ sword OCILobRead(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp, ub4* am
   (void)csid;  // the client character set, UTF-8
   SvcCtx* svc = nullptr;
   OCILobLocator* l = nullptr;
-  sword rc = ReadEntry("OCILobRead", svchp, errhp, locp, amtp, bufp, bufl, 6, csfrm, &svc, &l);
+  sword rc = StreamEntry("OCILobRead", svchp, errhp, locp, amtp, bufp, bufl, 6, csfrm, &svc, &l);
   if (rc != OCI_SUCCESS) return rc;
   ReadResult out;
   if (l->read.open) {  // the next piece of a polling read
@@ -211,7 +196,7 @@ sword OCILobRead2(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp, oraub8
   SvcCtx* svc = nullptr;
   OCILobLocator* l = nullptr;
   sword rc =
-      ReadEntry("OCILobRead2", svchp, errhp, locp, byte_amtp, bufp, bufl, 7, csfrm, &svc, &l);
+      StreamEntry("OCILobRead2", svchp, errhp, locp, byte_amtp, bufp, bufl, 7, csfrm, &svc, &l);
   if (rc != OCI_SUCCESS) return rc;
   bool clob = IsClob(*l);
   ReadResult out;

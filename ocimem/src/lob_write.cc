@@ -198,20 +198,6 @@ sword WriteLob(OCIError* err, SvcCtx* svc, OCILobLocator* l, const WriteRequest&
   return Finish(err, svc, l, out);
 }
 
-sword WriteEntry(const char* function, OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp,
-                 const void* amtp, const void* bufp, std::uint64_t buflen, int buf_position,
-                 ub1 csfrm, SvcCtx** svc, OCILobLocator** l) {
-  sword rc;
-  if (Enter(function, errhp, &rc)) return rc;
-  *svc = AsSvcCtx(svchp);
-  if (*svc == nullptr) return OCI_INVALID_HANDLE;
-  *l = AsLocator(locp);
-  if ((rc = CheckReadable(errhp, *l)) != OCI_SUCCESS) return rc;
-  if (amtp == nullptr) return FailArgument(errhp, 4);
-  if (bufp == nullptr && buflen > 0) return FailArgument(errhp, buf_position);
-  return CheckForm(errhp, **l, csfrm);
-}
-
 // OCILobWrite and OCILobWriteAppend: *amtp in bytes; after the write it holds what was
 // written, in characters (CLOB) or bytes; between the pieces it is left alone.
 sword WriteV1(OCIError* errhp, SvcCtx* svc, OCILobLocator* l, ub4* amtp, WriteRequest r,
@@ -242,7 +228,7 @@ sword OCILobWrite(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp, ub4* a
   (void)csid;  // the client character set, UTF-8
   SvcCtx* svc = nullptr;
   OCILobLocator* l = nullptr;
-  sword rc = WriteEntry("OCILobWrite", svchp, errhp, locp, amtp, bufp, buflen, 6, csfrm, &svc, &l);
+  sword rc = StreamEntry("OCILobWrite", svchp, errhp, locp, amtp, bufp, buflen, 6, csfrm, &svc, &l);
   if (rc != OCI_SUCCESS) return rc;
   WriteRequest r;
   r.offset = offset;
@@ -259,7 +245,7 @@ sword OCILobWriteAppend(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* lobp, 
   SvcCtx* svc = nullptr;
   OCILobLocator* l = nullptr;
   sword rc =
-      WriteEntry("OCILobWriteAppend", svchp, errhp, lobp, amtp, bufp, bufl, 5, csfrm, &svc, &l);
+      StreamEntry("OCILobWriteAppend", svchp, errhp, lobp, amtp, bufp, bufl, 5, csfrm, &svc, &l);
   if (rc != OCI_SUCCESS) return rc;
   WriteRequest r;
   r.append = true;
@@ -276,7 +262,7 @@ sword OCILobWrite2(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp, oraub
   SvcCtx* svc = nullptr;
   OCILobLocator* l = nullptr;
   sword rc =
-      WriteEntry("OCILobWrite2", svchp, errhp, locp, byte_amtp, bufp, buflen, 7, csfrm, &svc, &l);
+      StreamEntry("OCILobWrite2", svchp, errhp, locp, byte_amtp, bufp, buflen, 7, csfrm, &svc, &l);
   if (rc != OCI_SUCCESS) return rc;
   bool clob = IsClob(*l);
   WriteRequest r;
