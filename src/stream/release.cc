@@ -24,37 +24,39 @@ int EqualAsStrncmp(const char* pA, const char* pB, long nLength) {
 }
 
 // The first byte at or after p that is one of the nLeads lead bytes (also
-// marked in abLead), or pEnd: sixteen bytes at a time while they last.
-const char* FindLead(const char* p, const char* pEnd, const unsigned char* abLeads, int nLeads,
-                     const unsigned char* abLead) {
+// marked in abLead), or pEnd: sixteen bytes at a time while they last. The
+// value begins at pBegin (<= p); nothing outside [pBegin, pEnd) is read.
+const char* FindLead(const char* pBegin, const char* p, const char* pEnd,
+                     const unsigned char* abLeads, int nLeads, const unsigned char* abLead) {
 #ifdef __SSE2__
-  if (nLeads > 0) {
+  if (nLeads > 0 && pEnd - pBegin >= 16) {
     __m128i aLead[5];
     for (int k = 0; k < nLeads; ++k) aLead[k] = _mm_set1_epi8(static_cast<char>(abLeads[k]));
-    auto leadBits = [&](const __m128i& block) {
+    auto leadBits = [&](const char* pFrom) {
+      const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(pFrom));
       __m128i any = _mm_cmpeq_epi8(block, aLead[0]);
       for (int k = 1; k < nLeads; ++k) any = _mm_or_si128(any, _mm_cmpeq_epi8(block, aLead[k]));
       return static_cast<unsigned>(_mm_movemask_epi8(any));
     };
     for (; pEnd - p >= 16; p += 16) {
-      const unsigned nBits = leadBits(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)));
+      const unsigned nBits = leadBits(p);
       if (nBits != 0) return p + __builtin_ctz(nBits);
     }
-    // The last few bytes through a copy, so that nothing past the value is read.
+    // The last few bytes: the sixteen that end the value, less those
+    // already looked at.
     if (p < pEnd) {
-      alignas(16) char acTail[16] = {};
       const long nTail = pEnd - p;
-      std::memcpy(acTail, p, static_cast<size_t>(nTail));
-      const unsigned nBits = leadBits(_mm_load_si128(reinterpret_cast<const __m128i*>(acTail))) &
-                             ((1u << nTail) - 1u);
+      const unsigned nBits = leadBits(pEnd - 16) >> (16 - nTail);
       return nBits != 0 ? p + __builtin_ctz(nBits) : pEnd;
     }
     return p;
   }
 #else
+  (void)pBegin;
   (void)abLeads;
   (void)nLeads;
 #endif
+  // Short values byte by byte against the table.
   while (p < pEnd && !abLead[static_cast<unsigned char>(*p)]) ++p;
   return p;
 }
@@ -100,7 +102,7 @@ long CAdp::_WriteStringAddRelease(void* pData, unsigned long nSize, int bEscape)
   const bool bEverywhere = m_bEmptySpecial != 0;
   for (const char* pPos = pBegin; pPos < pEnd; ++pPos) {
     if (!bEverywhere) {
-      pPos = FindLead(pPos, pEnd, m_abLeadBytes, m_nLeadBytes, pLead);
+      pPos = FindLead(pBegin, pPos, pEnd, m_abLeadBytes, m_nLeadBytes, pLead);
       if (pPos == pEnd) break;
     }
     if (!_IsSpecialString(pPos, pEnd)) continue;
