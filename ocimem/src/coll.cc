@@ -70,7 +70,10 @@ unsigned char* OCIColl::NextBlock() {
         if (blocks_.capacity() - blocks_.size() < count) {
           blocks_.reserve(std::max(blocks_.size() + count, 2 * blocks_.capacity()));
         }
-        if (!first) chunks_.reserve(chunks_.size() + 1);
+        // Doubling, as for blocks_: one more each time would copy the list on every chunk.
+        if (!first && chunks_.size() == chunks_.capacity()) {
+          chunks_.reserve(std::max<size_t>(4, 2 * chunks_.capacity()));
+        }
       } catch (const std::bad_alloc&) {
         return nullptr;
       }
