@@ -83,6 +83,26 @@ void AppendSign(std::string& text, int year, bool fill_mode) {
   }
 }
 
+// The ordinal suffix of the number written from `begin`: 1ST, 2ND, 3RD, 11TH, 21ST ... It
+// is in capitals when the element is (DD), in small letters when the element's first or
+// second letter is small (Dd, dd), whatever the case of TH itself. Zero has no ordinal
+// (decision DT16 in docs/ocimem.md).
+int AppendOrdinal(std::string& text, std::size_t begin, const std::string& written) {
+  const std::size_t end = text.size();
+  // The number starts after a sign (SYYYY, SCC) and may have leading zeros.
+  const std::size_t first = text.find_first_not_of("-0 ", begin);
+  if (first == std::string::npos) return kOraTextTooLong;
+  const int tens = end - first > 1 ? text[end - 2] - '0' : 0;
+  const int units = text[end - 1] - '0';
+  const char* suffix = "TH";
+  if (tens != 1 && units == 1) suffix = "ST";
+  if (tens != 1 && units == 2) suffix = "ND";
+  if (tens != 1 && units == 3) suffix = "RD";
+  const bool small = IsLower(written[0]) || (written.size() > 1 && IsLower(written[1]));
+  for (const char* c = suffix; *c != '\0'; ++c) text.push_back(small ? Lower(*c) : *c);
+  return 0;
+}
+
 std::string OffsetText(int offset_minutes) {
   const int magnitude = offset_minutes < 0 ? -offset_minutes : offset_minutes;
   std::string out = offset_minutes < 0 ? "-" : "+";
@@ -138,6 +158,7 @@ int FormatDateTime(const DateMask& mask, const DateTimeFields& v, bool allow_fra
   bool fill = false;
   const int abs_year = v.year < 0 ? -v.year : v.year;
   for (const DateToken& t : mask.tokens) {
+    const std::size_t begin = text.size();
     switch (t.element) {
       case DateElement::Literal:
         if (t.text.size() == 1) {
@@ -267,6 +288,9 @@ int FormatDateTime(const DateMask& mask, const DateTimeFields& v, bool allow_fra
         break;
       }
     }
+    if (t.ordinal) {
+      if (int ora = AppendOrdinal(text, begin, t.text)) return ora;
+    }
   }
   return 0;
 }
@@ -317,7 +341,7 @@ const char* DateErrorText(int ora) {
     case 1867: return "the interval is invalid";
     case 1870: return "the intervals or datetimes are not mutually comparable";
     case 1873: return "the leading precision of the interval is too small";
-    case 1877: return "string is too long for internal buffer";
+    case kOraTextTooLong: return "string is too long for internal buffer";
     case 1878: return "specified field not found in datetime or interval";
     case kOraBadFraction: return "the fractional seconds must be between 0 and 999999999";
     case 1882: return "timezone region not found";

@@ -58,6 +58,7 @@ struct DateToken {
   DateElement element = DateElement::Literal;
   std::string text;  // literal bytes, or the element as written (for its case)
   int digits = 0;    // FF1..FF9 (0 for FF); IYYY..I: 4..1
+  bool ordinal = false;  // a number followed by TH: 1ST, 2nd ... (output only)
 };
 
 // Made by ParseDateMask, which also fills in the facts below so that they are
@@ -151,6 +152,7 @@ constexpr int kOraLiteralMismatch = 1861;
 constexpr int kOraDigitCount = 1862;
 constexpr int kOraZoneHour = 1874;
 constexpr int kOraZoneMinute = 1875;
+constexpr int kOraTextTooLong = 1877;
 constexpr int kOraBadFraction = 1880;
 
 // Returns 0 or kOraDateFormatNotRecognized.

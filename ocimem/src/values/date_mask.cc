@@ -63,6 +63,8 @@ int CheckInputMask(const DateMask& mask, const DateParseOptions& options) {
   bool signed_year = false;
   bool day_of_month = false;
   for (const DateToken& t : mask.tokens) {
+    // Oracle documents the suffixes as valid only for output.
+    if (t.ordinal) return kOraOutputOnlyElement;
     if (t.element == DateElement::Fraction && !options.allow_fraction) {
       return kOraDateFormatNotRecognized;
     }
@@ -108,7 +110,7 @@ int ParseDateMask(std::string_view mask, DateMask* out) {
       const std::size_t close = mask.find('"', pos + 1);
       if (close == std::string_view::npos) return kOraDateFormatNotRecognized;
       result.tokens.push_back({DateElement::Literal,
-                               std::string(mask.substr(pos + 1, close - pos - 1)), 0});
+                               std::string(mask.substr(pos + 1, close - pos - 1)), 0, false});
       pos = close + 1;
       continue;
     }
@@ -116,15 +118,19 @@ int ParseDateMask(std::string_view mask, DateMask* out) {
     for (const ElementName& e : kElements) {
       if (MatchFold(mask, pos, e.name)) {
         const std::size_t len = std::string_view(e.name).size();
-        result.tokens.push_back({e.element, std::string(mask.substr(pos, len)), e.digits});
         pos += len;
+        // TH after a number asks for its English ordinal (Oracle's datetime suffix).
+        const bool ordinal = TakesOrdinal(e.element) && MatchFold(mask, pos, "TH");
+        result.tokens.push_back({e.element, std::string(mask.substr(pos - len, len)), e.digits,
+                                 ordinal});
+        if (ordinal) pos += 2;
         matched = true;
         break;
       }
     }
     if (matched) continue;
     if (IsAlnum(c)) return kOraDateFormatNotRecognized;
-    result.tokens.push_back({DateElement::Literal, std::string(1, c), 0});
+    result.tokens.push_back({DateElement::Literal, std::string(1, c), 0, false});
     ++pos;
   }
   bool has_year = false;

@@ -53,6 +53,20 @@ inline bool IsNumericElement(DateElement e) {
   }
 }
 
+// Numbers that TO_CHAR writes with an ordinal suffix (DDTH, YYYYth, CCth ...).
+inline bool TakesOrdinal(DateElement e) {
+  switch (e) {
+    case DateElement::Fraction: case DateElement::ZoneHour: case DateElement::ZoneMinute:
+      return false;
+    case DateElement::Century: case DateElement::SignedCentury: case DateElement::Quarter:
+    case DateElement::WeekOfYear: case DateElement::WeekOfMonth: case DateElement::IsoWeek:
+    case DateElement::IsoYear:
+      return true;
+    default:
+      return IsNumericElement(e);
+  }
+}
+
 enum class Group { None, Year, Month, Day, Hour, Meridian, Minute, Second, Fraction, Region,
                    Abbr, ZoneHour, ZoneMinute, Era, WeekDay, DayOfYear, Julian, SecondsOfDay };
 inline constexpr int kGroups = 32;  // room for every Group, one bit each in DateMask::fields

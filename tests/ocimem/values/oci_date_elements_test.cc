@@ -134,6 +134,26 @@ const OutCase kOut[] = {
     {"QuotedElementNames", kSat, "\"Day \"DD\" of \"Month", "Day 03 of February "},
     {"QuotedEmpty", kSat, "DD\"\"MM", "0302"},
     {"Punctuation", kSat, "YYYY/MM/DD;HH24,MI.SS", "2001/02/03;04,05.06"},
+    // TH: the English ordinal of the number before it, in the case of that element
+    // (DD upper, Dd and dd lower) whatever the case of TH itself.
+    {"OrdinalUpper", kSat, "DDTH", "03RD"},
+    {"OrdinalCaseOfTheElement", kSat, "DDth", "03RD"},
+    {"OrdinalCapitalElement", kSat, "DdTH", "03rd"},
+    {"OrdinalLowerElement", kSat, "ddth", "03rd"},
+    {"OrdinalFill", {2030, 12, 1, 0, 0, 0}, "fmDdth Month", "1st December"},
+    {"OrdinalFillUpper", {2030, 12, 1, 0, 0, 0}, "fmDDth Month", "1ST December"},
+    {"OrdinalCentury", {2030, 12, 30, 0, 0, 0}, "Ccth \"Century\"", "21st Century"},
+    {"OrdinalOfEveryNumber", {2007, 4, 3, 2, 1, 1}, "FMyyyyTH, mmTH, ddTH, hhTH, miTH, ssTH",
+     "2007th, 4th, 3rd, 2nd, 1st, 1st"},
+    {"OrdinalEleventh", {2001, 2, 11, 0, 0, 0}, "DDTH", "11TH"},
+    {"OrdinalTwelfth", {2001, 2, 12, 0, 0, 0}, "DDTH", "12TH"},
+    {"OrdinalThirteenth", {2001, 2, 13, 0, 0, 0}, "DDTH", "13TH"},
+    {"OrdinalTwentyFirst", {2001, 2, 21, 0, 0, 0}, "DDTH", "21ST"},
+    {"OrdinalTwentySecond", {2001, 2, 22, 0, 0, 0}, "DDTH", "22ND"},
+    {"OrdinalHundredEleventh", {2001, 4, 21, 0, 0, 0}, "DDDTH", "111TH"},
+    {"OrdinalHundredTwentyFirst", {2001, 5, 1, 0, 0, 0}, "DDDTH", "121ST"},
+    {"OrdinalInALongDate", {2024, 3, 1, 0, 0, 0}, "Day, DDth Month YYYY",
+     "Friday   , 01ST March     2024"},
 };
 
 class OciDateElementOut : public OciDateElementTest,
@@ -208,6 +228,19 @@ TEST_F(OciDateElementTest, DefaultTimestampMasks) {
   ASSERT_EQ(OCIDateTimeToText(env_, err_, tz, nullptr, 0, 3, nullptr, 0, &size, buf),
             OCI_SUCCESS);
   EXPECT_EQ(std::string(reinterpret_cast<char*>(buf), size), "03-FEB-01 04.05.06.500 PM -05:00");
+}
+
+// decision DT16 (docs/ocimem.md): TH of a zero is refused, as an Oracle server was seen
+// to refuse ssTH at second 0; TH after an element that is no number is no element.
+TEST_F(OciDateElementTest, OrdinalOfZeroAndOfNames) {
+  std::string text;
+  EXPECT_EQ(DateText({2007, 4, 3, 2, 1, 0}, "ssTH", &text), OCI_ERROR);
+  EXPECT_EQ(LastMessage(), "ORA-01877: string is too long for internal buffer\n");
+  for (const char* mask : {"MonthTH", "DAYTH", "DYTH"}) {
+    SCOPED_TRACE(mask);
+    EXPECT_EQ(DateText(kSat, mask, &text), OCI_ERROR);
+    EXPECT_EQ(LastError(), 1821);
+  }
 }
 
 // Names of days and months are looked up by their number: a stored value

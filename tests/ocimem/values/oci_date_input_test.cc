@@ -178,6 +178,17 @@ TEST_F(OciDateInputTest, OutputOnlyElementsAreRefused) {
   }
 }
 
+// decision DT16 (docs/ocimem.md): the TH suffix is for output only, as Oracle documents;
+// in an input mask it is refused as the output-only elements are.
+TEST_F(OciDateInputTest, OrdinalSuffixIsRefused) {
+  for (const char* mask : {"DDTH-MON-YYYY", "DD-MON-YYYYth"}) {
+    SCOPED_TRACE(mask);
+    OCIDate d{};
+    EXPECT_EQ(Read("03RD-FEB-2001", mask, &d), OCI_ERROR);
+    EXPECT_EQ(LastError(), 1820);
+  }
+}
+
 // What OCIDateToText writes with the new elements, OCIDateFromText reads back.
 TEST_F(OciDateInputTest, WrittenTextReadsBack) {
   const char* const kMasks[] = {"Day, DD Month YYYY AD HH12:MI:SS P.M.", "J SSSSS",
