@@ -100,6 +100,30 @@ void Catalog::PutTable(std::shared_ptr<Table> table) {
   }
 }
 
+void Catalog::PutView(std::shared_ptr<View> view) {
+  CatalogEntry entry;
+  entry.kind = ObjectKind::kView;
+  auto key = std::make_pair(view->schema, view->name);
+  entry.view = std::move(view);
+  last_type_ = nullptr;  // an entry replaced in place may be the one remembered
+  auto [it, inserted] = objects_.insert_or_assign(std::move(key), std::move(entry));
+  if (!inserted) return;
+  try {
+    Index(it);
+  } catch (...) {
+    objects_.erase(it);
+    throw;
+  }
+}
+
+std::vector<View*> Catalog::Views() const {
+  std::vector<View*> views;
+  for (const auto& [key, entry] : objects_) {
+    if (entry.kind == ObjectKind::kView) views.push_back(entry.view.get());
+  }
+  return views;
+}
+
 void Catalog::Remove(const std::string& schema, const std::string& name) {
   auto it = objects_.find(CatalogKeyLess::View(schema, name));
   if (it == objects_.end()) return;

@@ -1,5 +1,5 @@
-// The schema objects of one in-memory database, by (schema, name).  Types and tables share
-// one namespace per schema, as in Oracle.  A TDO that is dropped or replaced stays alive
+// The schema objects of one in-memory database, by (schema, name).  Types, tables and views
+// share one namespace per schema, as in Oracle.  A TDO that is dropped or replaced stays alive
 // (retired) for as long as the database, so hosts and instances holding it stay valid;
 // so does a dropped table.
 #ifndef OCIMEM_SRC_CATALOG_H
@@ -15,15 +15,17 @@
 
 #include "table.h"
 #include "type.h"
+#include "view.h"
 
 namespace ocimem {
 
-enum class ObjectKind { kType, kTable };
+enum class ObjectKind { kType, kTable, kView };
 
 struct CatalogEntry {
   ObjectKind kind = ObjectKind::kType;
   std::shared_ptr<OCIType> type;
   std::shared_ptr<Table> table;
+  std::shared_ptr<View> view;
 };
 
 // Orders the (schema, name) keys as std::pair does, and also compares them with a pair of
@@ -55,6 +57,10 @@ class Catalog {
   void PutType(std::shared_ptr<OCIType> type);
   std::shared_ptr<Table> FindTable(const std::string& schema, const std::string& name) const;
   void PutTable(std::shared_ptr<Table> table);
+  // Adds or replaces the entry of the view's (schema, name).
+  void PutView(std::shared_ptr<View> view);
+  // Every view, for finding those that read a table or view.
+  std::vector<View*> Views() const;
   void Remove(const std::string& schema, const std::string& name);
   // True when another type or a table uses `type`.
   bool HasDependents(const OCIType& type) const;

@@ -25,6 +25,7 @@ void AddDual(Database* db) {
   table->schema = "SYS";
   table->name = "DUAL";
   table->dual = true;
+  table->object_id = db->next_object_id++;
   table->row_type = type;
   table->not_null.push_back(false);
   auto record = std::make_shared<RowRecord>();

@@ -5,6 +5,7 @@
 
 #include "coll.h"
 #include "sql_exec.h"
+#include "view.h"
 
 namespace ocimem {
 namespace {
@@ -118,6 +119,7 @@ bool CreateTable(const ExecContext& ctx, const CreateTableStatement& s, SqlError
       return SetError(error, 22913, "must specify table name for nested table column or attribute");
     }
   }
+  table->object_id = ctx.db->next_object_id++;
   catalog.PutTable(std::move(table));
   return true;
 }
@@ -136,6 +138,7 @@ bool DropTable(const ExecContext& ctx, const DropTableStatement& s, SqlError* er
     }
   }
   catalog.Remove(schema, s.name.name);
+  InvalidateDependents(&catalog, schema, s.name.name);
   return true;
 }
 

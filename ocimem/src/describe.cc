@@ -1,4 +1,4 @@
-// OCIDescribeAny and OCIParamGet for object and collection types and for tables.
+// OCIDescribeAny and OCIParamGet for object and collection types, tables and views.
 #include "describe.h"
 
 #include <cstring>
@@ -95,6 +95,7 @@ sword DescribeAttrGet(const void* target, ub4 target_type, void* attributep, ub4
     case OCI_PTYPE_TYPE_COLL:
       return ValueAttr(*p, attributep, sizep, attrtype, err);
     case OCI_PTYPE_TABLE:
+    case OCI_PTYPE_VIEW:
       return TableAttr(*p, attributep, sizep, attrtype, err);
     case OCI_PTYPE_COL:
       return ColumnAttr(*p, attributep, sizep, attrtype, err);
@@ -118,10 +119,12 @@ sword OCIDescribeAny(OCISvcCtx* svchp, OCIError* errhp, void* objptr, ub4 objnm_
   if (objptr == nullptr) return FailArgument(errhp, 3);
   if (objtyp != OCI_PTYPE_UNK && objtyp != OCI_PTYPE_TYPE && objtyp != OCI_PTYPE_TABLE &&
       objtyp != OCI_PTYPE_VIEW) {
-    return Fail(errhp, 24300, "bad value for mode");  // types and tables are described
+    return Fail(errhp, 24300, "bad value for mode");  // types, tables and views are described
   }
   std::shared_ptr<OCIType> type;
   std::shared_ptr<Table> table;
+  std::unique_ptr<OCIParam> view;  // made while the database is locked
+  bool invalid_view = false;
   std::string given;
   if (objptr_typ == OCI_OTYPE_PTR || objptr_typ == OCI_OTYPE_REF) {
     // A TDO, or a REF to one (OCI_ATTR_REF_TDO).
@@ -147,18 +150,27 @@ sword OCIDescribeAny(OCISvcCtx* svchp, OCIError* errhp, void* objptr, ub4 objnm_
     if (const CatalogEntry* entry = session->db->catalog.Find(schema, name)) {
       if (entry->kind == ObjectKind::kType) {
         type = entry->type;
-      } else {
+      } else if (entry->kind == ObjectKind::kTable) {
         table = entry->table;
+      } else {
+        invalid_view = !entry->view->valid;
+        view = ViewParam(*entry->view);
       }
     }
   } else {
     return FailArgument(errhp, 5);
   }
-  // An object of another kind than the one asked for is not found (there are no views).
-  bool found = type ? objtyp == OCI_PTYPE_UNK || objtyp == OCI_PTYPE_TYPE
-                    : table && (objtyp == OCI_PTYPE_UNK || objtyp == OCI_PTYPE_TABLE);
+  // An object of another kind than the one asked for is not found.
+  bool found = type    ? objtyp == OCI_PTYPE_UNK || objtyp == OCI_PTYPE_TYPE
+               : table ? objtyp == OCI_PTYPE_UNK || objtyp == OCI_PTYPE_TABLE
+                       : view && (objtyp == OCI_PTYPE_UNK || objtyp == OCI_PTYPE_VIEW);
   if (!found) return Fail(errhp, 4043, "object " + given + " does not exist");
-  std::unique_ptr<OCIParam> top = type ? TypeParam(std::move(type)) : TableParam(std::move(table));
+  // A view whose table or view was dropped or replaced is described again only after a
+  // statement has used it (and so recompiled it).
+  if (invalid_view) return Fail(errhp, 24372, "invalid object for describe");
+  std::unique_ptr<OCIParam> top = type    ? TypeParam(std::move(type))
+                                  : table ? TableParam(std::move(table))
+                                          : std::move(view);
   top->top = true;
   d->top = std::move(top);
   return OCI_SUCCESS;

@@ -1,6 +1,6 @@
-// Describing types and tables: OCIDescribeAny fills a describe handle with a tree of
+// Describing types, tables and views: OCIDescribeAny fills a describe handle with a tree of
 // parameter descriptors (the type, the list of its attributes, its collection element; the
-// table and the list of its columns), read with OCIAttrGet(..., OCI_DTYPE_PARAM, ...) and
+// table or view and the list of its columns), read with OCIAttrGet(..., OCI_DTYPE_PARAM, ...) and
 // OCIParamGet.  The parameters belong to the describe handle and go with it or with its
 // next describe.
 #ifndef OCIMEM_SRC_DESCRIBE_H
@@ -15,6 +15,7 @@
 #include "ref.h"
 #include "table.h"
 #include "type.h"
+#include "view.h"
 
 namespace ocimem {
 constexpr ub4 kLiveParam = 0x5041524dU;
@@ -23,15 +24,18 @@ constexpr ub4 kLiveParam = 0x5041524dU;
 struct OCIParam {
   OCIMEM_RECYCLED(OCIParam)
   ub4 live = ocimem::kLiveParam;
-  // OCI_PTYPE_TYPE, _LIST, _TYPE_ATTR, _TYPE_COLL, _TABLE or _COL
+  // OCI_PTYPE_TYPE, _LIST, _TYPE_ATTR, _TYPE_COLL, _TABLE, _VIEW or _COL
   ub1 ptype = OCI_PTYPE_UNK;
   bool top = false;  // the describe handle's own parameter (OCI_ATTR_OBJ_NAME, _OBJ_SCHEMA)
   // OCI_PTYPE_TYPE: the type described.
   std::shared_ptr<OCIType> type;
   // OCI_PTYPE_TABLE: the table described.
   std::shared_ptr<ocimem::Table> table;
+  // OCI_PTYPE_VIEW: the view's columns as described (a recompile makes new ones).
+  std::shared_ptr<const ocimem::ViewColumns> view_columns;
+  ub4 object_id = 0;  // OCI_PTYPE_TABLE and _VIEW: OCI_ATTR_OBJID
   // OCI_PTYPE_TYPE_ATTR, _TYPE_COLL and _COL: the attribute's, element's or column's value
-  // type, kept alive by the type or table parameter above them.
+  // type, kept alive by the type, table or view parameter above them.
   const ocimem::ValueType* value = nullptr;
   bool nullable = true;  // OCI_PTYPE_COL: OCI_ATTR_IS_NULL
   std::string name;  // std::string keeps a writable NUL after the text, as callers expect
@@ -39,10 +43,10 @@ struct OCIParam {
   std::string type_name;  // an attribute's named or REF type
   ub4 num_elems = 0;      // a VARRAY element: the limit
   std::vector<std::unique_ptr<OCIParam>> items;  // OCI_PTYPE_LIST: attributes or columns
-  OCIParam* list = nullptr;     // OCI_PTYPE_TYPE: its attributes; _TABLE: its columns
+  OCIParam* list = nullptr;     // OCI_PTYPE_TYPE: its attributes; _TABLE, _VIEW: its columns
   OCIParam* methods = nullptr;  // OCI_PTYPE_TYPE: its methods (an empty list)
   OCIParam* element = nullptr;  // OCI_PTYPE_TYPE of a collection
-  std::vector<std::unique_ptr<OCIParam>> owned;  // lists and element of a type or table
+  std::vector<std::unique_ptr<OCIParam>> owned;  // lists and element of a type, table or view
   mutable std::unique_ptr<OCIRef> ref_tdo;       // OCI_ATTR_REF_TDO, made when first asked
 };
 
@@ -60,9 +64,11 @@ OCIParam* AsParam(const void* p);
 
 // The parameter of an attribute, element or column of value type `v`.
 std::unique_ptr<OCIParam> ValueParam(ub1 ptype, const ValueType& v, const std::string& name);
-// The parameter tree of a type, and of a table (describe_table.cc).
+// The parameter tree of a type, and of a table or view (describe_table.cc; a view's is made
+// under the database mutex).
 std::unique_ptr<OCIParam> TypeParam(std::shared_ptr<OCIType> type);
 std::unique_ptr<OCIParam> TableParam(std::shared_ptr<Table> table);
+std::unique_ptr<OCIParam> ViewParam(const View& view);
 
 // OCIAttrGet on a describe handle or a parameter descriptor.
 sword DescribeAttrGet(const void* target, ub4 target_type, void* attributep, ub4* sizep,

@@ -40,6 +40,7 @@ void Precision(const ValueType& v, ub1* precision, sb1* scale);
 // The getters of each parameter kind.
 sword TypeAttr(const OCIParam& p, void* attributep, ub4* sizep, ub4 attrtype, OCIError* err);
 sword ValueAttr(const OCIParam& p, void* attributep, ub4* sizep, ub4 attrtype, OCIError* err);
+// Tables and views share one getter: Oracle lists their attributes together.
 sword TableAttr(const OCIParam& p, void* attributep, ub4* sizep, ub4 attrtype, OCIError* err);
 sword ColumnAttr(const OCIParam& p, void* attributep, ub4* sizep, ub4 attrtype, OCIError* err);
 

@@ -1,5 +1,6 @@
-// Describing tables (OCI_PTYPE_TABLE) and their columns (OCI_PTYPE_COL).  An object table
-// shows the attributes of its type as its columns, as Oracle's describe does.
+// Describing tables (OCI_PTYPE_TABLE), views (OCI_PTYPE_VIEW) and their columns
+// (OCI_PTYPE_COL).  An object table shows the attributes of its type as its columns, as
+// Oracle's describe does; a view's columns answer as a table's.
 #include "describe_attr.h"
 
 namespace ocimem {
@@ -39,28 +40,57 @@ std::unique_ptr<OCIParam> TableParam(std::shared_ptr<Table> table) {
   }
   top->list = list.get();
   top->owned.push_back(std::move(list));
+  top->object_id = table->object_id;
   top->table = std::move(table);
   return top;
 }
 
+std::unique_ptr<OCIParam> ViewParam(const View& view) {
+  auto top = std::make_unique<OCIParam>();
+  top->ptype = OCI_PTYPE_VIEW;
+  top->name = view.name;
+  top->schema = view.schema;
+  top->object_id = view.object_id;
+  top->view_columns = view.columns;
+  auto list = std::make_unique<OCIParam>();
+  list->ptype = OCI_PTYPE_LIST;
+  for (const ViewColumn& c : *top->view_columns) {
+    auto column = ValueParam(OCI_PTYPE_COL, c.type, c.name);
+    column->nullable = c.nullable;
+    list->items.push_back(std::move(column));
+  }
+  top->list = list.get();
+  top->owned.push_back(std::move(list));
+  return top;
+}
+
 sword TableAttr(const OCIParam& p, void* attributep, ub4* sizep, ub4 attrtype, OCIError* err) {
-  const Table& t = *p.table;
+  // ocimem's views are never object views, and have neither storage nor a type.
+  const Table* t = p.ptype == OCI_PTYPE_TABLE ? p.table.get() : nullptr;
+  const bool typed = t != nullptr && t->object_table;
   switch (attrtype) {
+    case OCI_ATTR_OBJID:
+      return PutAttr<ub4>(attributep, sizep, p.object_id);
     case OCI_ATTR_NUM_COLS:
-      return PutAttr<ub2>(attributep, sizep, static_cast<ub2>(t.columns().size()));
+      return PutAttr<ub2>(attributep, sizep, static_cast<ub2>(p.list->items.size()));
     case OCI_ATTR_LIST_COLUMNS:
       return PutAttr<OCIParam*>(attributep, sizep, p.list);
     case OCI_ATTR_IS_TYPED:
-      return PutAttr<ub1>(attributep, sizep, t.object_table ? ub1{1} : ub1{0});
-    case OCI_ATTR_REF_TDO:
-      // The type of an object table; a relational table has none.
-      if (!t.object_table) return IllegalAttribute(err);
-      return PutRefTdo(p, t.row_type, attributep, sizep, err);
+      return PutAttr<ub1>(attributep, sizep, typed ? ub1{1} : ub1{0});
     case OCI_ATTR_IS_TEMPORARY:
+      return PutAttr<ub1>(attributep, sizep, 0);
+    case OCI_ATTR_DURATION:
+      // Only a temporary table has a duration.
+      return PutAttr<OCIDuration>(attributep, sizep, OCI_DURATION_NULL);
+    case OCI_ATTR_REF_TDO:
+      // The type of an object table; a relational table or a view has none.
+      if (!typed) return IllegalAttribute(err);
+      return PutRefTdo(p, t->row_type, attributep, sizep, err);
     case OCI_ATTR_CLUSTERED:
     case OCI_ATTR_PARTITIONED:
     case OCI_ATTR_INDEX_ONLY:
-      // Tables are ordinary heap tables: CREATE TABLE takes none of these options.
+      // Tables only, and ordinary heap tables: CREATE TABLE takes none of these options.
+      if (t == nullptr) return IllegalAttribute(err);
       return PutAttr<ub1>(attributep, sizep, 0);
     default:
       return IllegalAttribute(err);

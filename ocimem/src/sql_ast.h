@@ -148,6 +148,7 @@ struct InsertStatement {
 struct SelectItem {
   bool star = false;
   Expr expr;
+  std::string alias;  // the column alias written after the item, or empty
 };
 
 struct SelectStatement {
@@ -170,6 +171,18 @@ struct DeleteStatement {
   std::vector<ReturningClause> returning;
 };
 
+// CREATE [OR REPLACE] VIEW name [(column, ...)] AS query
+struct CreateViewStatement {
+  bool or_replace = false;
+  QualifiedName name;
+  std::vector<std::string> columns;  // the column list, or empty
+  SelectStatement query;
+};
+
+struct DropViewStatement {
+  QualifiedName name;
+};
+
 // ALTER SESSION SET name = value ...
 struct AlterSessionStatement {
   struct Setting {
@@ -184,9 +197,10 @@ struct CommitStatement {};
 struct RollbackStatement {};
 
 using Statement = std::variant<CreateTypeStatement, DropTypeStatement, CreateTableStatement,
-                               DropTableStatement, InsertStatement, SelectStatement,
-                               UpdateStatement, DeleteStatement, CommitStatement,
-                               RollbackStatement, AlterSessionStatement>;
+                               DropTableStatement, CreateViewStatement, DropViewStatement,
+                               InsertStatement, SelectStatement, UpdateStatement,
+                               DeleteStatement, CommitStatement, RollbackStatement,
+                               AlterSessionStatement>;
 
 }  // namespace ocimem
 

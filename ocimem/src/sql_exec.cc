@@ -3,6 +3,7 @@
 #include <mutex>
 
 #include "lob_ops.h"
+#include "view.h"
 
 namespace ocimem {
 namespace {
@@ -24,6 +25,10 @@ bool ExecuteStatement(const ExecContext& ctx, const Statement& statement, ExecRe
     return CreateTable(ctx, *s, error);
   }
   if (const auto* s = std::get_if<DropTableStatement>(&statement)) return DropTable(ctx, *s, error);
+  if (const auto* s = std::get_if<CreateViewStatement>(&statement)) {
+    return CreateView(ctx, *s, error);
+  }
+  if (const auto* s = std::get_if<DropViewStatement>(&statement)) return DropView(ctx, *s, error);
   if (const auto* s = std::get_if<AlterSessionStatement>(&statement)) {
     return AlterSession(ctx, *s, error);
   }
@@ -37,16 +42,21 @@ bool ExecuteStatement(const ExecContext& ctx, const Statement& statement, ExecRe
     return true;
   }
   std::lock_guard<std::mutex> lock(ctx.db->mutex);
-  if (const auto* s = std::get_if<InsertStatement>(&statement)) {
+  // A statement on a view runs on the view's base table.
+  Statement on_base;
+  bool on_view = false;
+  if (!RewriteOnView(ctx, statement, &on_base, &on_view, error)) return false;
+  const Statement& run = on_view ? on_base : statement;
+  if (const auto* s = std::get_if<InsertStatement>(&run)) {
     return ExecuteInsert(ctx, *s, result, error);
   }
-  if (const auto* s = std::get_if<SelectStatement>(&statement)) {
+  if (const auto* s = std::get_if<SelectStatement>(&run)) {
     return ExecuteSelect(ctx, *s, result, error);
   }
-  if (const auto* s = std::get_if<UpdateStatement>(&statement)) {
+  if (const auto* s = std::get_if<UpdateStatement>(&run)) {
     return ExecuteUpdate(ctx, *s, result, error);
   }
-  if (const auto* s = std::get_if<DeleteStatement>(&statement)) {
+  if (const auto* s = std::get_if<DeleteStatement>(&run)) {
     return ExecuteDelete(ctx, *s, result, error);
   }
   return SetError(error, 900, "invalid SQL statement");

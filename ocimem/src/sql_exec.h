@@ -39,6 +39,9 @@ bool CreateType(const ExecContext& ctx, const CreateTypeStatement& s, SqlError* 
 bool DropType(const ExecContext& ctx, const DropTypeStatement& s, SqlError* error);
 bool CreateTable(const ExecContext& ctx, const CreateTableStatement& s, SqlError* error);
 bool DropTable(const ExecContext& ctx, const DropTableStatement& s, SqlError* error);
+// View DDL (ddl_view.cc); each locks the database.
+bool CreateView(const ExecContext& ctx, const CreateViewStatement& s, SqlError* error);
+bool DropView(const ExecContext& ctx, const DropViewStatement& s, SqlError* error);
 // ALTER SESSION SET (alter_session.cc).
 bool AlterSession(const ExecContext& ctx, const AlterSessionStatement& s, SqlError* error);
 // Turns a written data type into a slot type, looking named types up in the catalog
@@ -46,7 +49,7 @@ bool AlterSession(const ExecContext& ctx, const AlterSessionStatement& s, SqlErr
 bool ResolveType(const ExecContext& ctx, const DataTypeSpec& decl, const std::string& own_schema,
                  const std::string& own_name, ValueType* out, SqlError* error);
 
-// DML (dml.cc) and queries (query.cc); the caller holds the database mutex.
+// DML (dml.cc) and queries (query.cc) on tables; the caller holds the database mutex.
 bool ExecuteInsert(const ExecContext& ctx, const InsertStatement& s, ExecResult* result,
                    SqlError* error);
 bool ExecuteSelect(const ExecContext& ctx, const SelectStatement& s, ExecResult* result,

@@ -158,6 +158,7 @@ bool Parser::ParseStatement(Statement* out, SqlError* error) {
       if (Peek().IsWord("BODY")) return Fail(900, "invalid SQL statement");
       return ParseCreateType(out, or_replace);
     }
+    if (AcceptWord("VIEW")) return ParseCreateView(out, or_replace);
     if (!or_replace && AcceptWord("TABLE")) return ParseCreateTable(out);
     return Fail(901, "invalid CREATE command");
   }
@@ -167,6 +168,7 @@ bool Parser::ParseStatement(Statement* out, SqlError* error) {
       return ParseDropType(out);
     }
     if (AcceptWord("TABLE")) return ParseDropTable(out);
+    if (AcceptWord("VIEW")) return ParseDropView(out);
     return Fail(950, "invalid DROP option");
   }
   if (AcceptWord("ALTER")) {

@@ -56,8 +56,11 @@ class Parser {
   bool ParseTableConstraint(CreateTableStatement* s);
   bool ParseNestedStorage(CreateTableStatement* s);
   bool ParseDropTable(Statement* out);
+  bool ParseCreateView(Statement* out, bool or_replace);
+  bool ParseDropView(Statement* out);
   bool ParseInsert(Statement* out);
   bool ParseSelect(Statement* out);
+  bool ParseQuery(SelectStatement* out);
   bool ParseUpdate(Statement* out);
   bool ParseDelete(Statement* out);
   bool ParseTableRef(TableRef* out, bool allow_alias);

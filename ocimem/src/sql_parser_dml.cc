@@ -1,5 +1,5 @@
-// The parser's table DDL, DML and query forms (the statement dispatch and the type DDL are
-// in sql_parser.cc).
+// The parser's table and view DDL, DML and query forms (the statement dispatch and the type
+// DDL are in sql_parser.cc).
 #include "sql_parser.h"
 
 #include <string>
@@ -13,7 +13,7 @@ bool IsClauseWord(const Token& t) {
   static const char* const kWords[] = {"FROM", "WHERE", "FOR", "SET", "VALUES", "AND", "OR",
                                        "ORDER", "GROUP", "UNION", "HAVING", "CONNECT",
                                        "START", "NESTED", "INTERSECT", "MINUS", "RETURNING",
-                                       "RETURN"};
+                                       "RETURN", "WITH"};
   for (const char* w : kWords) {
     if (t.IsWord(w)) return true;
   }
@@ -115,6 +115,37 @@ bool Parser::ParseDropTable(Statement* out) {
   if (!ParseQualifiedName(&s.name)) return false;
   if (AcceptWord("CASCADE") && !ExpectWord("CONSTRAINTS")) return false;
   AcceptWord("PURGE");
+  if (!ExpectEnd(933)) return false;
+  *out = std::move(s);
+  return true;
+}
+
+bool Parser::ParseCreateView(Statement* out, bool or_replace) {
+  CreateViewStatement s;
+  s.or_replace = or_replace;
+  if (!ParseQualifiedName(&s.name)) return false;
+  if (AcceptSymbol("(")) {
+    do {
+      std::string column;
+      if (!ParseIdentifier(&column)) return false;
+      s.columns.push_back(std::move(column));
+    } while (AcceptSymbol(","));
+    if (!ExpectSymbol(")")) return false;
+  }
+  if (!ExpectWord("AS")) return false;
+  if (!AcceptWord("SELECT")) return Fail(928, "missing SELECT keyword");
+  if (!ParseQuery(&s.query)) return false;
+  // A view is stored, so its query cannot take values from the program.
+  if (binds_ > 0) return Fail(1027, "bind variables not allowed for data definition operations");
+  if (!ExpectEnd(933)) return false;
+  *out = std::move(s);
+  return true;
+}
+
+bool Parser::ParseDropView(Statement* out) {
+  DropViewStatement s;
+  if (!ParseQualifiedName(&s.name)) return false;
+  if (AcceptWord("CASCADE") && !ExpectWord("CONSTRAINTS")) return false;
   if (!ExpectEnd(933)) return false;
   *out = std::move(s);
   return true;
@@ -271,8 +302,8 @@ bool Parser::ParseInsert(Statement* out) {
   return true;
 }
 
-bool Parser::ParseSelect(Statement* out) {
-  SelectStatement s;
+// The select list, FROM and WHERE of a query (after SELECT).
+bool Parser::ParseQuery(SelectStatement* out) {
   do {
     SelectItem item;
     if (AcceptSymbol("*")) {
@@ -286,12 +317,22 @@ bool Parser::ParseSelect(Statement* out) {
     } else {
       if (Peek().IsWord("FROM")) return Fail(936, "missing expression");
       if (!ParseValue(&item.expr)) return false;
+      if (AcceptWord("AS")) {
+        if (!ParseIdentifier(&item.alias)) return false;
+      } else if (Peek().IsIdentifier() && !IsClauseWord(Peek())) {
+        item.alias = Next().text;
+      }
     }
-    s.items.push_back(std::move(item));
+    out->items.push_back(std::move(item));
   } while (AcceptSymbol(","));
   if (!AcceptWord("FROM")) return Fail(923, "FROM keyword not found where expected");
-  if (!ParseTableRef(&s.table, true)) return false;
-  if (!ParseWhere(&s.where)) return false;
+  if (!ParseTableRef(&out->table, true)) return false;
+  return ParseWhere(&out->where);
+}
+
+bool Parser::ParseSelect(Statement* out) {
+  SelectStatement s;
+  if (!ParseQuery(&s)) return false;
   if (AcceptWord("FOR")) {
     if (!ExpectWord("UPDATE")) return false;
     s.for_update = true;

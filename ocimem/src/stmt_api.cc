@@ -20,7 +20,9 @@ bool IsDdl(const Statement& s) {
   return std::holds_alternative<CreateTypeStatement>(s) ||
          std::holds_alternative<DropTypeStatement>(s) ||
          std::holds_alternative<CreateTableStatement>(s) ||
-         std::holds_alternative<DropTableStatement>(s);
+         std::holds_alternative<DropTableStatement>(s) ||
+         std::holds_alternative<CreateViewStatement>(s) ||
+         std::holds_alternative<DropViewStatement>(s);
 }
 
 }  // namespace

@@ -55,6 +55,7 @@ struct Table {
   std::string name;
   bool object_table = false;
   bool dual = false;
+  ub4 object_id = 0;  // OCI_ATTR_OBJID
   std::shared_ptr<OCIType> row_type;
   std::vector<bool> not_null;               // per column (attribute of the row type)
   std::vector<size_t> primary_key;          // column positions, empty = none
