@@ -159,8 +159,8 @@ TEST_F(DescribeTableTest, ObjectKindsAreToldApart) {
   EXPECT_EQ(OCI_PTYPE_TABLE, Attr<ub1>(Describe("T", OCI_PTYPE_UNK), OCI_ATTR_PTYPE));
   EXPECT_EQ(OCI_PTYPE_TYPE, Attr<ub1>(Describe("ADDR_T", OCI_PTYPE_UNK), OCI_ATTR_PTYPE));
   EXPECT_EQ(1, Attr<ub2>(Describe("SCOTT.T", OCI_PTYPE_TABLE), OCI_ATTR_NUM_COLS));
-  // decision DS1: a name of another kind than the one asked for is not found; ocimem has no
-  // views, so OCI_PTYPE_VIEW finds nothing.
+  // decision DS1: a name of another kind than the one asked for is not found (a table asked
+  // for as a view included).
   EXPECT_EQ(OCI_ERROR, DescribeAs("T", OCI_PTYPE_TYPE));
   EXPECT_EQ("ORA-04043: object T does not exist", FirstError(err_));
   EXPECT_EQ(OCI_ERROR, DescribeAs("ADDR_T", OCI_PTYPE_TABLE));
