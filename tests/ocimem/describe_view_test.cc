@@ -1,6 +1,8 @@
 // OCIDescribeAny of views: the view parameter, its column list and every column attribute
 // (answered as for a table's column), the attributes only tables have, views over object
 // tables and over other views, replaced views and views made invalid.
+#include <cstring>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -300,6 +302,42 @@ TEST_F(DescribeViewTest, TablesAnswerObjectNumberAndDuration) {
   const ub4 id2 = Attr<ub4>(Describe("T2", OCI_PTYPE_TABLE), OCI_ATTR_OBJID);
   EXPECT_NE(0u, id1);
   EXPECT_NE(id1, id2);  // decision VW1
+}
+
+// Every attribute number on the table and view parameters: the attributes docs/ocimem.md
+// lists answer, every other number gives ORA-24315 and writes nothing; a view's column
+// answers exactly the numbers a table's column answers.
+TEST_F(DescribeViewTest, ParametersAnswerTheirListedAttributesOnly) {
+  MustExec("CREATE TABLE T (ID NUMBER, NAME VARCHAR2(5))");
+  MustExec("CREATE VIEW V AS SELECT name, id FROM t");
+  OCIDescribe* table_dsc = nullptr;
+  ASSERT_EQ(OCI_SUCCESS, OCIHandleAlloc(env_, reinterpret_cast<void**>(&table_dsc),
+                                        OCI_HTYPE_DESCRIBE, 0, nullptr));
+  OCIParam* table = Describe("T", OCI_PTYPE_TABLE, table_dsc);
+  OCIParam* view = Describe("V", OCI_PTYPE_VIEW);
+  const std::set<ub4> shared = {OCI_ATTR_PTYPE,     OCI_ATTR_OBJ_NAME,    OCI_ATTR_OBJ_SCHEMA,
+                                OCI_ATTR_OBJID,     OCI_ATTR_NUM_COLS,    OCI_ATTR_LIST_COLUMNS,
+                                OCI_ATTR_IS_TYPED,  OCI_ATTR_IS_TEMPORARY, OCI_ATTR_DURATION};
+  std::set<ub4> table_only = shared;
+  table_only.insert({OCI_ATTR_CLUSTERED, OCI_ATTR_PARTITIONED, OCI_ATTR_INDEX_ONLY});
+  // Whether `p` answers `attr`; a refusal must be ORA-24315 and leave the buffer alone.
+  auto answers = [&](OCIParam* p, ub4 attr) {
+    unsigned char buffer[64];
+    std::memset(buffer, 0xA5, sizeof buffer);
+    ub4 size = 0;
+    if (OCIAttrGet(p, OCI_DTYPE_PARAM, buffer, &size, attr, err_) == OCI_SUCCESS) return true;
+    EXPECT_EQ(24315, FirstCode(err_)) << attr;
+    for (unsigned char b : buffer) EXPECT_EQ(0xA5, b) << attr;
+    return false;
+  };
+  OCIParam* table_column = Item(Columns(table), 1);
+  OCIParam* view_column = Item(Columns(view), 2);
+  for (ub4 attr = 0; attr <= 2100; ++attr) {
+    EXPECT_EQ(table_only.count(attr) != 0, answers(table, attr)) << "table " << attr;
+    EXPECT_EQ(shared.count(attr) != 0, answers(view, attr)) << "view " << attr;
+    EXPECT_EQ(answers(table_column, attr), answers(view_column, attr)) << "column " << attr;
+  }
+  EXPECT_EQ(OCI_SUCCESS, OCIHandleFree(table_dsc, OCI_HTYPE_DESCRIBE));
 }
 
 }  // namespace
