@@ -9,7 +9,7 @@
 #include <new>
 #include <vector>
 
-#include "../value_descriptors.h"
+#include "objects/value_descriptors.h"
 #include "calendar.h"
 #include "descriptor.h"
 

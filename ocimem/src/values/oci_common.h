@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "../same_bytes.h"
+#include "session/same_bytes.h"
 #include "date_format.h"
 #include "datetime.h"
 #include "oci.h"

@@ -2,7 +2,7 @@
 #include <cstring>
 #include <string>
 
-#include "../internal.h"
+#include "session/internal.h"
 #include "calendar.h"
 #include "date_format.h"
 #include "oci_common.h"

@@ -1,7 +1,7 @@
 // OCIDate arithmetic and comparison, and the system date.
 #include <ctime>
 
-#include "../internal.h"
+#include "session/internal.h"
 #include "calendar.h"
 #include "datetime_arith.h"
 #include "oci_common.h"

@@ -2,7 +2,7 @@
 #include <initializer_list>
 #include <string>
 
-#include "../internal.h"
+#include "session/internal.h"
 #include "calendar.h"
 #include "date_format.h"
 #include "datetime.h"

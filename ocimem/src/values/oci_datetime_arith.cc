@@ -3,7 +3,7 @@
 // moved and compared as instants, values without a zone by their own fields.
 #include <ctime>
 
-#include "../internal.h"
+#include "session/internal.h"
 #include "datetime_arith.h"
 #include "datetime_kinds.h"
 #include "descriptor.h"

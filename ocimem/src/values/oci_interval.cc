@@ -1,7 +1,7 @@
 // OCIInterval entry points over the descriptors of descriptors.cc.
 #include <string>
 
-#include "../internal.h"
+#include "session/internal.h"
 #include "descriptor.h"
 #include "interval_text.h"
 #include "oci_common.h"

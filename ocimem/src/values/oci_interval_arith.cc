@@ -1,7 +1,7 @@
 // OCIInterval addition, subtraction and comparison. Both operands and the
 // result must be of one kind: YEAR TO MONTH with YEAR TO MONTH, DAY TO SECOND
 // with DAY TO SECOND.
-#include "../internal.h"
+#include "session/internal.h"
 #include "datetime_arith.h"
 #include "descriptor.h"
 #include "interval_text.h"

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "../internal.h"
+#include "session/internal.h"
 #include "number.h"
 #include "number_format.h"
 #include "oci_common.h"

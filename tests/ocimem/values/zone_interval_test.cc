@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "../../../ocimem/src/value_descriptors.h"
+#include "objects/value_descriptors.h"
 #include "calendar.h"
 #include "datetime.h"
 #include "descriptor.h"

@@ -1,0 +1,146 @@
+#include "collections/var_block.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <mutex>
+#include <unordered_set>
+
+#include "session/handles.h"
+#include "objects/instance.h"
+
+namespace ocimem {
+namespace {
+
+constexpr ub4 kLiveVar = 0x56415242U;
+constexpr ub4 kStandalone = 1;
+constexpr ub4 kLoose = 2;  // allocated by a call given a NULL value: owned by `owner`
+
+struct VarPrefix {
+  ub4 live;
+  ub4 flags;
+  ub4 capacity;  // bytes of room after the length word, NUL excluded
+  ub4 reserved;
+  Env* owner;    // kLoose: the environment that frees it if nobody else does
+  void* unused;
+};
+static_assert(sizeof(VarPrefix) == 32, "keeps the value 16-byte aligned");
+
+VarPrefix* PrefixOf(const void* value) {
+  return reinterpret_cast<VarPrefix*>(static_cast<unsigned char*>(const_cast<void*>(value)) -
+                                      sizeof(VarPrefix));
+}
+
+// Room every block has at least, so that a short value assigned to a new (empty) value
+// fits where it is: prefix, length word, 27 bytes and the NUL make 64 bytes.
+constexpr ub4 kMinCapacity = 27;
+
+void* Allocate(ub4 capacity) {
+  if (capacity < kMinCapacity) capacity = kMinCapacity;
+  size_t bytes = sizeof(VarPrefix) + kVarLengthSize + size_t{capacity} + 1;
+  auto* block = static_cast<unsigned char*>(std::malloc(bytes));
+  if (block == nullptr) return nullptr;
+  auto* prefix = reinterpret_cast<VarPrefix*>(block);
+  prefix->live = kLiveVar;
+  prefix->flags = 0;
+  prefix->capacity = capacity;
+  prefix->reserved = 0;
+  prefix->owner = nullptr;
+  prefix->unused = nullptr;
+  return block + sizeof(VarPrefix);
+}
+
+void SetLength(void* value, ub4 length) {
+  std::memcpy(value, &length, sizeof length);
+  VarBytes(value)[length] = '\0';
+}
+
+}  // namespace
+
+void* NewVarBlock(const void* bytes, ub4 length) {
+  void* value = Allocate(length);
+  if (value == nullptr) return nullptr;
+  if (bytes != nullptr && length > 0) std::memcpy(VarBytes(value), bytes, length);
+  SetLength(value, length);
+  return value;
+}
+
+void FreeVarBlock(void* value) {
+  if (value == nullptr) return;
+  VarPrefix* prefix = PrefixOf(value);
+  if ((prefix->flags & kLoose) != 0) {
+    std::lock_guard<std::mutex> lock(prefix->owner->registry_mutex);
+    prefix->owner->loose_values.erase(value);
+  }
+  prefix->live = 0;
+  std::free(prefix);
+}
+
+void FreeLooseValues(Env* env) {
+  std::unordered_set<void*> values;
+  {
+    std::lock_guard<std::mutex> lock(env->registry_mutex);
+    values.swap(env->loose_values);
+  }
+  for (void* value : values) {
+    PrefixOf(value)->flags &= ~kLoose;
+    FreeVarBlock(value);
+  }
+}
+
+ub4 VarLength(const void* value) {
+  ub4 length;
+  std::memcpy(&length, value, sizeof length);
+  return length;
+}
+
+unsigned char* VarBytes(const void* value) {
+  return static_cast<unsigned char*>(const_cast<void*>(value)) + kVarLengthSize;
+}
+
+void MarkStandalone(void* value, bool standalone) {
+  VarPrefix* prefix = PrefixOf(value);
+  prefix->flags = standalone ? (prefix->flags | kStandalone) : (prefix->flags & ~kStandalone);
+}
+
+bool ResizeVarBlock(Env* env, ub4 length, void** value) {
+  if (*value != nullptr && PrefixOf(*value)->capacity >= length) {
+    SetLength(*value, length);
+    return true;
+  }
+  void* fresh = Allocate(length);
+  if (fresh == nullptr) return false;
+  SetLength(fresh, length);
+  void* old = *value;
+  // A value made here from nothing, or moved from one that was, belongs to the environment
+  // until it is freed: a caller's own OCIString* variable is never freed by anyone else.
+  Env* owner = old == nullptr ? env
+               : (PrefixOf(old)->flags & kLoose) != 0 ? PrefixOf(old)->owner
+                                                      : nullptr;
+  if (owner != nullptr) {
+    std::lock_guard<std::mutex> lock(owner->registry_mutex);
+    owner->loose_values.insert(fresh);
+    PrefixOf(fresh)->flags |= kLoose;
+    PrefixOf(fresh)->owner = owner;
+  }
+  if (old != nullptr) {
+    if ((PrefixOf(old)->flags & kStandalone) != 0) {
+      MarkStandalone(fresh, true);
+      RekeyInstance(env, old, fresh);
+    }
+    FreeVarBlock(old);
+  }
+  *value = fresh;
+  return true;
+}
+
+bool AssignVarBlock(Env* env, const void* bytes, ub4 length, void** value) {
+  if (*value != nullptr && bytes != nullptr && VarBytes(*value) == bytes) {
+    SetLength(*value, length);  // assigning a value's own bytes to itself
+    return true;
+  }
+  if (!ResizeVarBlock(env, length, value)) return false;
+  if (length > 0) std::memmove(VarBytes(*value), bytes, length);
+  return true;
+}
+
+}  // namespace ocimem

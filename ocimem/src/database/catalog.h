@@ -1,0 +1,88 @@
+// The schema objects of one in-memory database, by (schema, name).  Types, tables and views
+// share one namespace per schema, as in Oracle.  A TDO that is dropped or replaced stays alive
+// (retired) for as long as the database, so hosts and instances holding it stay valid;
+// so does a dropped table.
+#ifndef OCIMEM_SRC_DATABASE_CATALOG_H
+#define OCIMEM_SRC_DATABASE_CATALOG_H
+
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "database/table.h"
+#include "objects/type.h"
+#include "database/view.h"
+
+namespace ocimem {
+
+enum class ObjectKind { kType, kTable, kView };
+
+struct CatalogEntry {
+  ObjectKind kind = ObjectKind::kType;
+  std::shared_ptr<OCIType> type;
+  std::shared_ptr<Table> table;
+  std::shared_ptr<View> view;
+};
+
+// Orders the (schema, name) keys as std::pair does, and also compares them with a pair of
+// views, so that a lookup needs no string of its own.
+struct CatalogKeyLess {
+  using is_transparent = void;
+  using Key = std::pair<std::string, std::string>;
+  using View = std::pair<std::string_view, std::string_view>;
+  static View AsView(const Key& k) { return View(k.first, k.second); }
+  bool operator()(const Key& a, const Key& b) const { return a < b; }
+  bool operator()(const Key& a, const View& b) const { return AsView(a) < b; }
+  bool operator()(const View& a, const Key& b) const { return a < AsView(b); }
+};
+
+class Catalog {
+ public:
+  Catalog() = default;
+  // index_ points into objects_: a copy would point into the original.
+  Catalog(const Catalog&) = delete;
+  Catalog& operator=(const Catalog&) = delete;
+
+  const CatalogEntry* Find(std::string_view schema, std::string_view name) const;
+  std::shared_ptr<OCIType> FindType(const std::string& schema, const std::string& name) const;
+  // The type's descriptor without taking a reference: it lives as long as the database
+  // (a dropped or replaced type is retired, not freed).  Remembers the entry it found for
+  // the next call, so the caller must hold the database's mutex, as for any change.
+  OCIType* FindTypeRaw(std::string_view schema, std::string_view name) const;
+  // Adds or replaces the entry of the type's (schema, name).
+  void PutType(std::shared_ptr<OCIType> type);
+  std::shared_ptr<Table> FindTable(const std::string& schema, const std::string& name) const;
+  void PutTable(std::shared_ptr<Table> table);
+  // Adds or replaces the entry of the view's (schema, name).
+  void PutView(std::shared_ptr<View> view);
+  // Every view, for finding those that read a table or view.
+  std::vector<View*> Views() const;
+  void Remove(const std::string& schema, const std::string& name);
+  // True when another type or a table uses `type`.
+  bool HasDependents(const OCIType& type) const;
+
+ private:
+  using Objects = std::map<std::pair<std::string, std::string>, CatalogEntry, CatalogKeyLess>;
+  static std::size_t Hash(std::string_view schema, std::string_view name);
+  void Index(Objects::iterator it);
+  void Unindex(Objects::iterator it);
+
+  Objects objects_;
+  // The entries of objects_ by the hash of their (schema, name), so that a lookup costs
+  // one hash and, as a rule, one comparison (map nodes stay put until erased).
+  std::unordered_multimap<std::size_t, Objects::iterator> index_;
+  // The entry FindTypeRaw found last (hosts look one element type up for every element);
+  // forgotten by every change of objects_.
+  mutable const Objects::value_type* last_type_ = nullptr;
+  std::vector<std::shared_ptr<OCIType>> retired_;
+  // Dropped tables stay until the database goes: open transactions may still list rows.
+  std::vector<std::shared_ptr<Table>> retired_tables_;
+};
+
+}  // namespace ocimem
+
+#endif  // OCIMEM_SRC_DATABASE_CATALOG_H

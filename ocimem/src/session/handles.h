@@ -1,0 +1,171 @@
+// Handles of the environment tree.  Every handle starts with a tag (a live marker and
+// its OCI_HTYPE_ value) so that a handle of the wrong kind is answered with
+// OCI_INVALID_HANDLE instead of being used.  An environment owns every handle, descriptor
+// and standalone instance made from it and releases them when it is freed.
+#ifndef OCIMEM_SRC_SESSION_HANDLES_H
+#define OCIMEM_SRC_SESSION_HANDLES_H
+
+#include <cstddef>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <mutex>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "oci.h"
+#include "session/recycle.h"
+#include "session/session_nls.h"
+
+namespace ocimem {
+
+constexpr ub4 kLiveHandle = 0x4f43494dU;
+
+struct Env;
+struct Database;
+struct Instance;
+struct Transaction;
+
+struct Handle {
+  Handle(ub4 handle_type, Env* owner) : type(handle_type), env(owner) {}
+  Handle(const Handle&) = delete;
+  Handle& operator=(const Handle&) = delete;
+  virtual ~Handle() { live = 0; }
+  // Recycled memory (recycle.h); the live tag is cleared by a raw write, as a destroyed
+  // handle is no Handle any more.
+  static void* operator new(std::size_t size) {
+    void* p = RecycledAlloc(size);
+    if (p == nullptr) throw std::bad_alloc();
+    return p;
+  }
+  static void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return RecycledAlloc(size);
+  }
+  static void operator delete(void* p) noexcept;
+  static void operator delete(void* p, const std::nothrow_t&) noexcept { operator delete(p); }
+
+  ub4 live = kLiveHandle;
+  ub4 type;
+  Env* env;
+  std::unique_ptr<unsigned char[]> user_memory;
+};
+
+struct ErrorRecord {
+  sb4 code;
+  std::string text;  // "ORA-NNNNN: message"
+};
+
+struct ErrorHandle : Handle {
+  explicit ErrorHandle(Env* owner) : Handle(OCI_HTYPE_ERROR, owner) {}
+  std::vector<ErrorRecord> records;
+};
+
+// Byte offset of Handle::live in every handle (Handle::type follows it).
+inline std::size_t HandleTagOffset() {
+  static const std::size_t offset = [] {
+    ErrorHandle probe(nullptr);
+    return static_cast<std::size_t>(reinterpret_cast<const unsigned char*>(&probe.live) -
+                                    reinterpret_cast<const unsigned char*>(
+                                        static_cast<Handle*>(&probe)));
+  }();
+  return offset;
+}
+
+// Reads live and type straight from memory: a stale pointer to a freed handle holds no
+// object that could be accessed as one.
+inline void ReadHandleTag(const void* p, ub4* live, ub4* type) {
+  ub4 tag[2];
+  std::memcpy(tag, static_cast<const unsigned char*>(p) + HandleTagOffset(), sizeof tag);
+  *live = tag[0];
+  *type = tag[1];
+}
+
+inline void Handle::operator delete(void* p) noexcept {
+  if (p != nullptr) {
+    const ub4 dead = 0;
+    std::memcpy(static_cast<unsigned char*>(p) + HandleTagOffset(), &dead, sizeof dead);
+  }
+  RecycledFree(p);
+}
+
+// The handle behind `p` when it is a live handle of `type`, else nullptr.
+template <typename T>
+T* AsHandle(const void* p, ub4 type) {
+  if (p == nullptr) return nullptr;
+  ub4 live = 0;
+  ub4 actual = 0;
+  ReadHandleTag(p, &live, &actual);
+  if (live != kLiveHandle || actual != type) return nullptr;
+  return static_cast<T*>(static_cast<Handle*>(const_cast<void*>(p)));
+}
+
+struct Server : Handle {
+  explicit Server(Env* owner) : Handle(OCI_HTYPE_SERVER, owner) {}
+  std::shared_ptr<Database> db;  // set while attached
+};
+
+struct Session : Handle {
+  explicit Session(Env* owner);
+  // Rolls back a transaction still open.
+  ~Session() override;
+  std::string username;
+  std::string password;
+  bool has_username = false;
+  bool has_password = false;
+  std::shared_ptr<Database> db;  // set while the session is begun
+  std::string schema;            // default schema of the begun session
+  std::unique_ptr<Transaction> txn;  // open transaction (id 0 when none)
+  std::shared_ptr<const SessionNls> nls = DefaultNls();  // replaced whole by ALTER SESSION
+};
+
+struct SvcCtx : Handle {
+  explicit SvcCtx(Env* owner) : Handle(OCI_HTYPE_SVCCTX, owner) {}
+  Server* server = nullptr;
+  Session* session = nullptr;
+  bool from_logon = false;  // made by OCILogon/OCILogon2: owns server and session
+
+  // The server and session set, or nullptr when none is set or the caller has freed the
+  // handle since (a freed handle's memory stays readable, see recycle.h).
+  Server* LiveServer() const;
+  Session* LiveSession() const;
+};
+
+
+struct Env : Handle {
+  explicit Env(ub4 create_mode);
+  ~Env() override;
+
+  ub4 mode;
+  bool object_mode;
+  bool new_not_null = false;
+  std::string session_time_zone;
+  std::vector<ErrorRecord> records;  // diagnostics of OCIEnvCreate, read with OCI_HTYPE_ENV
+
+  // Guards the registries below; an OCI_THREADED environment may be shared by threads.
+  std::mutex registry_mutex;
+  std::unordered_set<Handle*> handles;
+  std::unordered_map<void*, ub4> descriptors;  // OCIDescriptorAlloc'd: address -> OCI_DTYPE_
+  std::unordered_map<void*, std::unique_ptr<Instance>> instances;
+  // Null structs that OCIObjectFree(..., OCI_OBJECTFREE_NONULL) left to the caller.
+  std::vector<void*> kept_null_structs;
+  // Strings and raws that OCIStringAssignText & co. allocated for a NULL value.
+  std::unordered_set<void*> loose_values;
+
+  void Adopt(Handle* h);
+  // Destroys a child handle (and what it owns).  False when it is not ours.
+  bool Release(Handle* h);
+};
+
+inline Env* AsEnv(const void* p) { return AsHandle<Env>(p, OCI_HTYPE_ENV); }
+inline ErrorHandle* AsError(const void* p) { return AsHandle<ErrorHandle>(p, OCI_HTYPE_ERROR); }
+inline SvcCtx* AsSvcCtx(const void* p) { return AsHandle<SvcCtx>(p, OCI_HTYPE_SVCCTX); }
+inline Server* AsServer(const void* p) { return AsHandle<Server>(p, OCI_HTYPE_SERVER); }
+inline Session* AsSession(const void* p) { return AsHandle<Session>(p, OCI_HTYPE_SESSION); }
+inline Server* SvcCtx::LiveServer() const { return AsServer(server); }
+inline Session* SvcCtx::LiveSession() const { return AsSession(session); }
+
+}  // namespace ocimem
+
+#endif  // OCIMEM_SRC_SESSION_HANDLES_H

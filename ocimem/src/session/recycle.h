@@ -1,0 +1,39 @@
+// Memory for the objects callers hold by address (handles, collections, iterators, LOB
+// locators).  A freed block is kept for the next object of the same size instead of going
+// back to the system allocator, with its live tag cleared, so that a stale pointer a caller
+// passes in later reads "not alive" and is refused, instead of reading freed memory.
+#ifndef OCIMEM_SRC_SESSION_RECYCLE_H
+#define OCIMEM_SRC_SESSION_RECYCLE_H
+
+#include <cstddef>
+#include <new>
+
+namespace ocimem {
+
+// nullptr when out of memory.
+void* RecycledAlloc(std::size_t size) noexcept;
+// `p` from RecycledAlloc, or nullptr.
+void RecycledFree(void* p) noexcept;
+
+}  // namespace ocimem
+
+// Class-specific allocation for a type with a `live` tag.  The tag is cleared here rather
+// than in the destructor, where the compiler may drop the store as dead.
+#define OCIMEM_RECYCLED(Type)                                                        \
+  static void* operator new(std::size_t size) {                                      \
+    void* p = ::ocimem::RecycledAlloc(size);                                         \
+    if (p == nullptr) throw std::bad_alloc();                                        \
+    return p;                                                                        \
+  }                                                                                  \
+  static void* operator new(std::size_t size, const std::nothrow_t&) noexcept {      \
+    return ::ocimem::RecycledAlloc(size);                                            \
+  }                                                                                  \
+  static void operator delete(void* p) noexcept {                                    \
+    if (p != nullptr) static_cast<Type*>(p)->live = 0;                               \
+    ::ocimem::RecycledFree(p);                                                       \
+  }                                                                                  \
+  static void operator delete(void* p, const std::nothrow_t&) noexcept {             \
+    Type::operator delete(p);                                                        \
+  }
+
+#endif  // OCIMEM_SRC_SESSION_RECYCLE_H

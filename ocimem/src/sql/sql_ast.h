@@ -1,0 +1,207 @@
+// Parsed SQL statements.  Each statement form is one struct; Statement holds whichever
+// was parsed.  Names are kept as stored (unquoted ones already upper-cased).
+#ifndef OCIMEM_SRC_SQL_SQL_AST_H
+#define OCIMEM_SRC_SQL_SQL_AST_H
+
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "oci.h"
+
+namespace ocimem {
+
+struct QualifiedName {
+  std::string schema;  // empty: the session's schema
+  std::string name;
+};
+
+// A data type as written in DDL, before named types are looked up.
+struct DataTypeSpec {
+  enum class Base {
+    kVarchar2,
+    kChar,
+    kNVarchar2,
+    kNChar,
+    kNumber,
+    kInteger,
+    kSmallint,
+    kFloat,
+    kDecimal,
+    kReal,
+    kDoublePrecision,
+    kDate,
+    kTimestamp,
+    kTimestampTz,
+    kTimestampLtz,
+    kIntervalYm,
+    kIntervalDs,
+    kRaw,
+    kClob,
+    kNClob,
+    kBlob,
+    kBfile,
+    kRef,
+    kNamed,  // an object or collection type
+  };
+  Base base = Base::kNumber;
+  ub4 length = 0;
+  bool char_semantics = false;
+  sb2 precision = 0;
+  sb1 scale = 0;
+  bool has_precision = false;
+  ub1 leading_precision = 2;
+  ub1 fraction_precision = 6;
+  QualifiedName named;  // kNamed and kRef
+};
+
+struct AttributeSpec {
+  std::string name;
+  DataTypeSpec type;
+};
+
+struct CreateTypeStatement {
+  enum class Form { kObject, kTable, kVarray };
+  bool or_replace = false;
+  bool force = false;
+  QualifiedName name;
+  Form form = Form::kObject;
+  std::vector<AttributeSpec> attributes;  // kObject
+  bool final = true;
+  DataTypeSpec element;  // kTable, kVarray
+  sb4 limit = 0;         // kVarray
+};
+
+struct DropTypeStatement {
+  QualifiedName name;
+  bool force = false;
+};
+
+struct ColumnSpec {
+  std::string name;
+  DataTypeSpec type;
+  bool not_null = false;
+  bool primary_key = false;
+  std::string constraint_name;  // CONSTRAINT name before PRIMARY KEY / NOT NULL
+};
+
+struct NestedStorage {
+  std::string column;  // or COLUMN_VALUE
+  std::string storage;
+};
+
+// CREATE TABLE name OF type [(constraints)] or CREATE TABLE name (columns, constraints).
+struct CreateTableStatement {
+  QualifiedName name;
+  bool object_table = false;
+  QualifiedName of_type;
+  std::vector<ColumnSpec> columns;       // relational; for an object table: constraints only
+  std::vector<std::string> primary_key;  // table-level PRIMARY KEY (cols)
+  std::string primary_key_name;
+  std::vector<NestedStorage> nested;
+};
+
+struct DropTableStatement {
+  QualifiedName name;
+};
+
+// An operand: a literal, a bind variable, a column, VALUE(alias), EMPTY_CLOB()/EMPTY_BLOB(),
+// or a type constructor type(value, ...).
+struct Expr {
+  enum class Kind {
+    kNull, kNumber, kString, kBind, kEmptyClob, kEmptyBlob, kColumn, kValue, kConstructor,
+    kSessionTimeZone, kDbTimeZone,
+  };
+  Kind kind = Kind::kNull;
+  std::string text;       // number or string literal, bind name (upper case), column name
+  std::string qualifier;  // alias or table of a column; the alias of VALUE()
+  size_t bind = 0;        // occurrence number of a bind variable in the statement
+  size_t offset = 0;      // in the statement text
+  QualifiedName type;     // of a constructor
+  std::vector<Expr> args;  // of a constructor
+};
+
+struct Condition {
+  Expr column;
+  Expr value;
+};
+
+struct TableRef {
+  QualifiedName name;
+  std::string alias;
+};
+
+// RETURNING expr, ... INTO :bind, ... of INSERT, UPDATE and DELETE.
+struct ReturningClause {
+  std::vector<Expr> items;
+  std::vector<Expr> into;  // kBind
+};
+
+struct InsertStatement {
+  TableRef table;
+  bool has_columns = false;
+  std::vector<Expr> columns;  // kColumn
+  std::vector<Expr> values;
+  std::vector<ReturningClause> returning;  // at most one
+};
+
+struct SelectItem {
+  bool star = false;
+  Expr expr;
+  std::string alias;  // the column alias written after the item, or empty
+};
+
+struct SelectStatement {
+  std::vector<SelectItem> items;
+  TableRef table;
+  std::vector<Condition> where;
+  bool for_update = false;
+};
+
+struct UpdateStatement {
+  TableRef table;
+  std::vector<std::pair<Expr, Expr>> sets;  // column, value
+  std::vector<Condition> where;
+  std::vector<ReturningClause> returning;
+};
+
+struct DeleteStatement {
+  TableRef table;
+  std::vector<Condition> where;
+  std::vector<ReturningClause> returning;
+};
+
+// CREATE [OR REPLACE] VIEW name [(column, ...)] AS query
+struct CreateViewStatement {
+  bool or_replace = false;
+  QualifiedName name;
+  std::vector<std::string> columns;  // the column list, or empty
+  SelectStatement query;
+};
+
+struct DropViewStatement {
+  QualifiedName name;
+};
+
+// ALTER SESSION SET name = value ...
+struct AlterSessionStatement {
+  struct Setting {
+    std::string name;   // upper case
+    std::string value;  // a string literal's text, or a word upper-cased
+    bool quoted = false;
+  };
+  std::vector<Setting> settings;
+};
+
+struct CommitStatement {};
+struct RollbackStatement {};
+
+using Statement = std::variant<CreateTypeStatement, DropTypeStatement, CreateTableStatement,
+                               DropTableStatement, CreateViewStatement, DropViewStatement,
+                               InsertStatement, SelectStatement, UpdateStatement,
+                               DeleteStatement, CommitStatement, RollbackStatement,
+                               AlterSessionStatement>;
+
+}  // namespace ocimem
+
+#endif  // OCIMEM_SRC_SQL_SQL_AST_H

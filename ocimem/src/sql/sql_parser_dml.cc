@@ -1,0 +1,408 @@
+// The parser's table and view DDL, DML and query forms (the statement dispatch and the type
+// DDL are in sql_parser.cc).
+#include "sql/sql_parser.h"
+
+#include <string>
+
+namespace ocimem {
+
+namespace {
+
+// Words that end a table reference or a select item instead of being taken as an alias.
+bool IsClauseWord(const Token& t) {
+  static const char* const kWords[] = {"FROM", "WHERE", "FOR", "SET", "VALUES", "AND", "OR",
+                                       "ORDER", "GROUP", "UNION", "HAVING", "CONNECT",
+                                       "START", "NESTED", "INTERSECT", "MINUS", "RETURNING",
+                                       "RETURN", "WITH"};
+  for (const char* w : kWords) {
+    if (t.IsWord(w)) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+bool Parser::ParseCreateTable(Statement* out) {
+  CreateTableStatement s;
+  if (!ParseQualifiedName(&s.name)) return false;
+  if (AcceptWord("OF")) {
+    s.object_table = true;
+    if (!ParseQualifiedName(&s.of_type)) return false;
+    if (AcceptSymbol("(")) {
+      do {
+        if (Peek().IsWord("CONSTRAINT") || Peek().IsWord("PRIMARY")) {
+          if (!ParseTableConstraint(&s)) return false;
+        } else {
+          ColumnSpec c;
+          if (!ParseIdentifier(&c.name) || !ParseColumnConstraints(&c)) return false;
+          s.columns.push_back(std::move(c));
+        }
+      } while (AcceptSymbol(","));
+      if (!ExpectSymbol(")")) return false;
+    }
+  } else {
+    if (!ExpectSymbol("(")) return false;
+    do {
+      if (Peek().IsWord("CONSTRAINT") || Peek().IsWord("PRIMARY")) {
+        if (!ParseTableConstraint(&s)) return false;
+        continue;
+      }
+      ColumnSpec c;
+      if (!ParseIdentifier(&c.name) || !ParseDataType(&c.type) || !ParseColumnConstraints(&c)) {
+        return false;
+      }
+      s.columns.push_back(std::move(c));
+    } while (AcceptSymbol(","));
+    if (!ExpectSymbol(")")) return false;
+  }
+  while (Peek().IsWord("NESTED")) {
+    if (!ParseNestedStorage(&s)) return false;
+  }
+  if (!ExpectEnd(922)) return false;
+  *out = std::move(s);
+  return true;
+}
+
+bool Parser::ParseColumnConstraints(ColumnSpec* column) {
+  for (;;) {
+    std::string name;
+    // A named constraint of a kind the engine does not keep (UNIQUE, CHECK,
+    // REFERENCES) ends the column like an unnamed one, so both are refused alike.
+    if (AcceptWord("CONSTRAINT") && !ParseIdentifier(&name)) return false;
+    if (AcceptWord("NOT")) {
+      if (!ExpectWord("NULL")) return false;
+      column->not_null = true;
+    } else if (AcceptWord("NULL")) {
+      column->not_null = false;
+    } else if (AcceptWord("PRIMARY")) {
+      if (!ExpectWord("KEY")) return false;
+      column->primary_key = true;
+      if (!name.empty()) column->constraint_name = name;
+    } else {
+      return true;
+    }
+  }
+}
+
+bool Parser::ParseTableConstraint(CreateTableStatement* s) {
+  std::string name;
+  if (AcceptWord("CONSTRAINT") && !ParseIdentifier(&name)) return false;
+  if (!ExpectWord("PRIMARY") || !ExpectWord("KEY") || !ExpectSymbol("(")) return false;
+  if (!s->primary_key.empty()) return Fail(2260, "table can have only one primary key");
+  do {
+    std::string column;
+    if (!ParseIdentifier(&column)) return false;
+    s->primary_key.push_back(std::move(column));
+  } while (AcceptSymbol(","));
+  s->primary_key_name = name;
+  return ExpectSymbol(")");
+}
+
+bool Parser::ParseNestedStorage(CreateTableStatement* s) {
+  Next();  // NESTED
+  if (!ExpectWord("TABLE")) return false;
+  NestedStorage n;
+  if (!ParseIdentifier(&n.column) || !ExpectWord("STORE") || !ExpectWord("AS") ||
+      !ParseIdentifier(&n.storage)) {
+    return false;
+  }
+  s->nested.push_back(std::move(n));
+  return true;
+}
+
+bool Parser::ParseDropTable(Statement* out) {
+  DropTableStatement s;
+  if (!ParseQualifiedName(&s.name)) return false;
+  if (AcceptWord("CASCADE") && !ExpectWord("CONSTRAINTS")) return false;
+  AcceptWord("PURGE");
+  if (!ExpectEnd(933)) return false;
+  *out = std::move(s);
+  return true;
+}
+
+bool Parser::ParseCreateView(Statement* out, bool or_replace) {
+  CreateViewStatement s;
+  s.or_replace = or_replace;
+  if (!ParseQualifiedName(&s.name)) return false;
+  if (AcceptSymbol("(")) {
+    do {
+      std::string column;
+      if (!ParseIdentifier(&column)) return false;
+      s.columns.push_back(std::move(column));
+    } while (AcceptSymbol(","));
+    if (!ExpectSymbol(")")) return false;
+  }
+  if (!ExpectWord("AS")) return false;
+  if (!AcceptWord("SELECT")) return Fail(928, "missing SELECT keyword");
+  if (!ParseQuery(&s.query)) return false;
+  // A view is stored, so its query cannot take values from the program.
+  if (binds_ > 0) return Fail(1027, "bind variables not allowed for data definition operations");
+  if (!ExpectEnd(933)) return false;
+  *out = std::move(s);
+  return true;
+}
+
+bool Parser::ParseDropView(Statement* out) {
+  DropViewStatement s;
+  if (!ParseQualifiedName(&s.name)) return false;
+  if (AcceptWord("CASCADE") && !ExpectWord("CONSTRAINTS")) return false;
+  if (!ExpectEnd(933)) return false;
+  *out = std::move(s);
+  return true;
+}
+
+bool Parser::ParseTableRef(TableRef* out, bool allow_alias) {
+  if (Peek().kind == TokenKind::kEnd) return Fail(903, "invalid table name");
+  if (!Peek().IsIdentifier()) return Fail(903, "invalid table name");
+  if (!ParseQualifiedName(&out->name)) return false;
+  if (allow_alias && Peek().IsIdentifier() && !IsClauseWord(Peek())) out->alias = Next().text;
+  return true;
+}
+
+bool Parser::ParseColumnRef(Expr* out) {
+  out->offset = Peek().offset;
+  std::string first;
+  if (!ParseIdentifier(&first)) return false;
+  out->kind = Expr::Kind::kColumn;
+  if (AcceptSymbol(".")) {
+    out->qualifier = std::move(first);
+    return ParseIdentifier(&out->text);
+  }
+  out->text = std::move(first);
+  return true;
+}
+
+bool Parser::ParseValue(Expr* out) {
+  const Token& t = Peek();
+  out->offset = t.offset;
+  if (t.kind == TokenKind::kNumber) {
+    out->kind = Expr::Kind::kNumber;
+    out->text = Next().text;
+    return true;
+  }
+  if ((t.IsSymbol("-") || t.IsSymbol("+")) && Peek(1).kind == TokenKind::kNumber) {
+    bool negative = t.IsSymbol("-");
+    Next();
+    out->kind = Expr::Kind::kNumber;
+    out->text = (negative ? "-" : "") + Next().text;
+    return true;
+  }
+  if (t.kind == TokenKind::kString) {
+    out->kind = Expr::Kind::kString;
+    out->text = Next().text;
+    return true;
+  }
+  if (t.kind == TokenKind::kBind) {
+    out->kind = Expr::Kind::kBind;
+    out->text = UpperBindName(Next().text);
+    out->bind = binds_++;
+    return true;
+  }
+  if (t.IsWord("NULL")) {
+    Next();
+    out->kind = Expr::Kind::kNull;
+    return true;
+  }
+  if ((t.IsWord("EMPTY_CLOB") || t.IsWord("EMPTY_BLOB")) && Peek(1).IsSymbol("(")) {
+    out->kind = t.IsWord("EMPTY_CLOB") ? Expr::Kind::kEmptyClob : Expr::Kind::kEmptyBlob;
+    Next();
+    Next();
+    return ExpectSymbol(")");
+  }
+  if (t.IsWord("SESSIONTIMEZONE") || t.IsWord("DBTIMEZONE")) {
+    out->kind = t.IsWord("DBTIMEZONE") ? Expr::Kind::kDbTimeZone : Expr::Kind::kSessionTimeZone;
+    Next();
+    return true;
+  }
+  if (t.IsWord("VALUE") && Peek(1).IsSymbol("(")) {
+    Next();
+    Next();
+    out->kind = Expr::Kind::kValue;
+    if (!ParseIdentifier(&out->qualifier)) return false;
+    return ExpectSymbol(")");
+  }
+  if (t.IsIdentifier() && !IsClauseWord(t)) {
+    bool constructor = Peek(1).IsSymbol("(") ||
+                       (Peek(1).IsSymbol(".") && Peek(2).IsIdentifier() && Peek(3).IsSymbol("("));
+    if (!constructor) return ParseColumnRef(out);
+    out->kind = Expr::Kind::kConstructor;
+    if (!ParseQualifiedName(&out->type)) return false;
+    Next();  // (
+    if (AcceptSymbol(")")) return true;
+    if (nesting_ == kMaxConstructorNesting) {
+      return Fail(36, "maximum number of recursive SQL levels (" +
+                          std::to_string(kMaxConstructorNesting) + ") exceeded");
+    }
+    ++nesting_;
+    bool ok = true;
+    do {
+      Expr arg;
+      ok = ParseValue(&arg);
+      if (ok && (arg.kind == Expr::Kind::kValue || arg.kind == Expr::Kind::kColumn)) {
+        ok = Fail(984, "column not allowed here");
+      }
+      if (!ok) break;
+      out->args.push_back(std::move(arg));
+    } while (AcceptSymbol(","));
+    --nesting_;
+    return ok && ExpectSymbol(")");
+  }
+  return Fail(936, "missing expression");
+}
+
+bool Parser::ParseWhere(std::vector<Condition>* out) {
+  if (!AcceptWord("WHERE")) return true;
+  do {
+    Expr left;
+    Expr right;
+    if (!ParseValue(&left)) return false;
+    if (!AcceptSymbol("=")) return Fail(920, "invalid relational operator");
+    if (!ParseValue(&right)) return false;
+    Condition c;
+    if (left.kind == Expr::Kind::kColumn || right.kind != Expr::Kind::kColumn) {
+      c.column = std::move(left);
+      c.value = std::move(right);
+    } else {
+      c.column = std::move(right);
+      c.value = std::move(left);
+    }
+    out->push_back(std::move(c));
+  } while (AcceptWord("AND"));
+  return true;
+}
+
+bool Parser::ParseInsert(Statement* out) {
+  InsertStatement s;
+  if (!AcceptWord("INTO")) return Fail(925, "missing INTO keyword");
+  if (!ParseTableRef(&s.table, true)) return false;
+  if (AcceptSymbol("(")) {
+    s.has_columns = true;
+    do {
+      Expr c;
+      if (!ParseColumnRef(&c)) return false;
+      s.columns.push_back(std::move(c));
+    } while (AcceptSymbol(","));
+    if (!ExpectSymbol(")")) return false;
+  }
+  if (!AcceptWord("VALUES")) {
+    if (Peek().IsWord("SELECT")) return Fail(900, "invalid SQL statement");
+    return Fail(926, "missing VALUES keyword");
+  }
+  if (!ExpectSymbol("(")) return false;
+  do {
+    Expr v;
+    if (!ParseValue(&v)) return false;
+    if (v.kind == Expr::Kind::kValue) return Fail(904, "\"VALUE\": invalid identifier");
+    s.values.push_back(std::move(v));
+  } while (AcceptSymbol(","));
+  if (!ExpectSymbol(")")) return false;
+  if (!ParseReturning(&s.returning)) return false;
+  if (!ExpectEnd(933)) return false;
+  *out = std::move(s);
+  return true;
+}
+
+// The select list, FROM and WHERE of a query (after SELECT).
+bool Parser::ParseQuery(SelectStatement* out) {
+  do {
+    SelectItem item;
+    if (AcceptSymbol("*")) {
+      item.star = true;
+    } else if (Peek().IsIdentifier() && Peek(1).IsSymbol(".") && Peek(2).IsSymbol("*")) {
+      item.star = true;
+      item.expr.qualifier = Next().text;
+      item.expr.offset = Peek().offset;
+      Next();
+      Next();
+    } else {
+      if (Peek().IsWord("FROM")) return Fail(936, "missing expression");
+      if (!ParseValue(&item.expr)) return false;
+      if (AcceptWord("AS")) {
+        if (!ParseIdentifier(&item.alias)) return false;
+      } else if (Peek().IsIdentifier() && !IsClauseWord(Peek())) {
+        item.alias = Next().text;
+      }
+    }
+    out->items.push_back(std::move(item));
+  } while (AcceptSymbol(","));
+  if (!AcceptWord("FROM")) return Fail(923, "FROM keyword not found where expected");
+  if (!ParseTableRef(&out->table, true)) return false;
+  return ParseWhere(&out->where);
+}
+
+bool Parser::ParseSelect(Statement* out) {
+  SelectStatement s;
+  if (!ParseQuery(&s)) return false;
+  if (AcceptWord("FOR")) {
+    if (!ExpectWord("UPDATE")) return false;
+    s.for_update = true;
+    if (AcceptWord("OF")) {
+      do {
+        Expr c;
+        if (!ParseColumnRef(&c)) return false;
+      } while (AcceptSymbol(","));
+    }
+    AcceptWord("NOWAIT");
+  }
+  if (!ExpectEnd(933)) return false;
+  *out = std::move(s);
+  return true;
+}
+
+bool Parser::ParseUpdate(Statement* out) {
+  UpdateStatement s;
+  if (!ParseTableRef(&s.table, true)) return false;
+  if (!AcceptWord("SET")) return Fail(971, "missing SET keyword");
+  do {
+    Expr column;
+    Expr value;
+    if (!ParseColumnRef(&column)) return false;
+    if (!AcceptSymbol("=")) return Fail(927, "missing equal sign");
+    if (!ParseValue(&value)) return false;
+    s.sets.emplace_back(std::move(column), std::move(value));
+  } while (AcceptSymbol(","));
+  if (!ParseWhere(&s.where)) return false;
+  if (!ParseReturning(&s.returning)) return false;
+  if (!ExpectEnd(933)) return false;
+  *out = std::move(s);
+  return true;
+}
+
+bool Parser::ParseDelete(Statement* out) {
+  DeleteStatement s;
+  AcceptWord("FROM");
+  if (!ParseTableRef(&s.table, true)) return false;
+  if (!ParseWhere(&s.where)) return false;
+  if (!ParseReturning(&s.returning)) return false;
+  if (!ExpectEnd(933)) return false;
+  *out = std::move(s);
+  return true;
+}
+
+// {RETURN | RETURNING} expr, ... INTO :bind, ...
+bool Parser::ParseReturning(std::vector<ReturningClause>* out) {
+  if (!AcceptWord("RETURNING") && !AcceptWord("RETURN")) return true;
+  ReturningClause r;
+  do {
+    Expr e;
+    if (Peek().IsWord("INTO")) return Fail(936, "missing expression");
+    if (!ParseValue(&e)) return false;
+    if (e.kind == Expr::Kind::kConstructor || e.kind == Expr::Kind::kValue) {
+      return Fail(936, "missing expression");
+    }
+    r.items.push_back(std::move(e));
+  } while (AcceptSymbol(","));
+  if (!AcceptWord("INTO")) return Fail(925, "missing INTO keyword");
+  do {
+    if (Peek().kind != TokenKind::kBind) return Fail(1745, "invalid host/bind variable name");
+    Expr e;
+    if (!ParseValue(&e)) return false;
+    r.into.push_back(std::move(e));
+  } while (AcceptSymbol(","));
+  if (r.into.size() < r.items.size()) return Fail(947, "not enough values");
+  if (r.into.size() > r.items.size()) return Fail(913, "too many values");
+  out->push_back(std::move(r));
+  return true;
+}
+
+}  // namespace ocimem

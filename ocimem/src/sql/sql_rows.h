@@ -1,0 +1,79 @@
+// Row access shared by DML and queries: tables and columns by name, values of expressions,
+// the rows a WHERE clause selects, and row locks of the session's transaction.  Callers
+// hold the database mutex.
+#ifndef OCIMEM_SRC_SQL_SQL_ROWS_H
+#define OCIMEM_SRC_SQL_SQL_ROWS_H
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "statements/convert.h"
+#include "sql/sql_exec.h"
+
+namespace ocimem {
+
+inline unsigned char* SlotAt(const RowData& row, const Attribute& a) {
+  return static_cast<unsigned char*>(row.value) + a.offset;
+}
+inline OCIInd* IndAt(const RowData& row, size_t ind_offset) {
+  return reinterpret_cast<OCIInd*>(reinterpret_cast<unsigned char*>(row.ind) + ind_offset);
+}
+
+// The object type of a table's rows as a slot type.
+ValueType RowValueType(const Table& table);
+
+// ORA-00054.
+bool Busy(SqlError* error);
+
+// The session's open transaction (0: none), and one opened when there is none.
+std::uint64_t CurrentTxn(const ExecContext& ctx);
+std::uint64_t EnsureTxn(const ExecContext& ctx);
+// Locks a row for the session's transaction (the caller checked that nobody else holds it).
+void LockRecord(const ExecContext& ctx, const std::shared_ptr<RowRecord>& record);
+
+bool ResolveTable(const ExecContext& ctx, const TableRef& ref, Table** out, SqlError* error);
+// Column position of a column reference, checking its qualifier (the alias, or the table
+// name when the statement gave no alias).
+bool ResolveColumn(const Table& table, const TableRef& ref, const Expr& e, size_t* out,
+                   SqlError* error);
+// The value of a literal or bind variable.
+bool Evaluate(const ExecContext& ctx, const Expr& e, Value* out, SqlError* error);
+
+// The bind of occurrence `occurrence` (0-based) of the statement's bind variables.
+BindHandle* BindForOccurrence(const StmtHandle& stmt, size_t occurrence);
+
+// A select-list or RETURNING item: a column, VALUE(alias) or a literal.
+bool ProjectItem(const ExecContext& ctx, const Table& table, const TableRef& ref, const Expr& e,
+                 Projection* out, SqlError* error);
+// The RETURNING items of a DML statement (none when it has no RETURNING clause).
+bool ProjectReturning(const ExecContext& ctx, const Table& table, const TableRef& ref,
+                      const std::vector<ReturningClause>& returning, ExecResult* result,
+                      SqlError* error);
+
+struct PreparedCondition {
+  size_t column = 0;   // static_cast<size_t>(-1): literal = literal
+  bool never = false;  // compares with NULL: no row qualifies
+  std::string key;     // the compared value as index text
+};
+
+bool PrepareWhere(const ExecContext& ctx, const Table& table, const TableRef& ref,
+                  const std::vector<Condition>& where, std::vector<PreparedCondition>* out,
+                  SqlError* error);
+
+struct Found {
+  std::shared_ptr<RowRecord> record;
+  std::shared_ptr<RowData> row;  // the version the session sees
+};
+
+// Rows the session sees that satisfy the conditions, through the key index when the
+// conditions fix the whole primary key.
+std::vector<Found> FindRows(const ExecContext& ctx, Table* table,
+                            const std::vector<PreparedCondition>& conds);
+// ORA-00054 when another transaction holds one of the rows.
+bool CheckLocks(const ExecContext& ctx, const std::vector<Found>& rows, SqlError* error);
+
+}  // namespace ocimem
+
+#endif  // OCIMEM_SRC_SQL_SQL_ROWS_H
