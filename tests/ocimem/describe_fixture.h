@@ -9,6 +9,21 @@
 
 namespace ocimem_test {
 
+// What a column parameter answers (table and view columns alike).
+struct ColumnCase {
+  const char* name;
+  ub2 data_type;
+  ub2 data_size;
+  ub1 precision;
+  sb1 scale;
+  ub1 is_null;
+  const char* type_name;  // of object and collection columns, in schema SCOTT
+  ub1 char_used;
+  ub2 char_size;
+  ub1 charset_form;
+  ub2 charset_id;
+};
+
 class DescribeFixture : public OciTest {
  protected:
   void SetUp() override {
@@ -71,6 +86,26 @@ class DescribeFixture : public OciTest {
   }
 
   OCIDescribe* dsc_ = nullptr;
+  // Every attribute of the column parameter `col` against `c`.
+  void ExpectColumn(OCIParam* col, const ColumnCase& c) {
+    EXPECT_EQ(OCI_PTYPE_COL, Attr<ub1>(col, OCI_ATTR_PTYPE));
+    EXPECT_EQ(c.name, TextAttr(col, OCI_ATTR_NAME));
+    EXPECT_EQ(c.data_type, Attr<ub2>(col, OCI_ATTR_DATA_TYPE));
+    EXPECT_EQ(c.data_size, Attr<ub2>(col, OCI_ATTR_DATA_SIZE));
+    EXPECT_EQ(c.precision, Attr<ub1>(col, OCI_ATTR_PRECISION));
+    EXPECT_EQ(c.scale, Attr<sb1>(col, OCI_ATTR_SCALE));
+    EXPECT_EQ(c.is_null, Attr<ub1>(col, OCI_ATTR_IS_NULL));
+    EXPECT_EQ(c.type_name, TextAttr(col, OCI_ATTR_TYPE_NAME));
+    EXPECT_EQ(*c.type_name != '\0' ? "SCOTT" : "", TextAttr(col, OCI_ATTR_SCHEMA_NAME));
+    EXPECT_EQ(c.char_used, Attr<ub1>(col, OCI_ATTR_CHAR_USED));
+    EXPECT_EQ(c.char_size, Attr<ub2>(col, OCI_ATTR_CHAR_SIZE));
+    EXPECT_EQ(c.charset_form, Attr<ub1>(col, OCI_ATTR_CHARSET_FORM));
+    EXPECT_EQ(c.charset_id, Attr<ub2>(col, OCI_ATTR_CHARSET_ID));
+    EXPECT_EQ(0, Attr<ub1>(col, OCI_ATTR_INVISIBLE_COL));
+    // decision DS8: TYPECODE and NUM_ELEMS belong to type attributes and elements, not columns.
+    EXPECT_EQ(24315, AttrError(col, OCI_ATTR_TYPECODE));
+    EXPECT_EQ(24315, AttrError(col, OCI_ATTR_NUM_ELEMS));
+  }
 };
 
 }  // namespace ocimem_test

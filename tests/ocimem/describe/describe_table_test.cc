@@ -17,20 +17,6 @@ class DescribeTableTest : public DescribeFixture {
   OCIParam* Columns(OCIParam* table) { return Attr<OCIParam*>(table, OCI_ATTR_LIST_COLUMNS); }
 };
 
-struct ColumnCase {
-  const char* name;
-  ub2 data_type;
-  ub2 data_size;
-  ub1 precision;
-  sb1 scale;
-  ub1 is_null;
-  const char* type_name;
-  ub1 char_used;
-  ub2 char_size;
-  ub1 charset_form;
-  ub2 charset_id;
-};
-
 // decisions DS6, DS7, DS9: DATA_TYPE of a column is Oracle's internal code (180..183 and 231 for datetime
 // and interval columns, 111 for REF, 108 for object and collection columns); DATA_SIZE,
 // PRECISION and SCALE are those of a type attribute of the same type (0 bytes for LOB, REF,
@@ -80,23 +66,7 @@ TEST_F(DescribeTableTest, RelationalTableReportsEveryColumn) {
     OCIParam* col = Item(list, pos);
     ASSERT_NE(nullptr, col);
     SCOPED_TRACE(c.name);
-    EXPECT_EQ(OCI_PTYPE_COL, Attr<ub1>(col, OCI_ATTR_PTYPE));
-    EXPECT_EQ(c.name, TextAttr(col, OCI_ATTR_NAME));
-    EXPECT_EQ(c.data_type, Attr<ub2>(col, OCI_ATTR_DATA_TYPE));
-    EXPECT_EQ(c.data_size, Attr<ub2>(col, OCI_ATTR_DATA_SIZE));
-    EXPECT_EQ(c.precision, Attr<ub1>(col, OCI_ATTR_PRECISION));
-    EXPECT_EQ(c.scale, Attr<sb1>(col, OCI_ATTR_SCALE));
-    EXPECT_EQ(c.is_null, Attr<ub1>(col, OCI_ATTR_IS_NULL));
-    EXPECT_EQ(c.type_name, TextAttr(col, OCI_ATTR_TYPE_NAME));
-    EXPECT_EQ(*c.type_name != '\0' ? "SCOTT" : "", TextAttr(col, OCI_ATTR_SCHEMA_NAME));
-    EXPECT_EQ(c.char_used, Attr<ub1>(col, OCI_ATTR_CHAR_USED));
-    EXPECT_EQ(c.char_size, Attr<ub2>(col, OCI_ATTR_CHAR_SIZE));
-    EXPECT_EQ(c.charset_form, Attr<ub1>(col, OCI_ATTR_CHARSET_FORM));
-    EXPECT_EQ(c.charset_id, Attr<ub2>(col, OCI_ATTR_CHARSET_ID));
-    EXPECT_EQ(0, Attr<ub1>(col, OCI_ATTR_INVISIBLE_COL));
-    // decision DS8: TYPECODE and NUM_ELEMS belong to type attributes and elements, not columns.
-    EXPECT_EQ(24315, AttrError(col, OCI_ATTR_TYPECODE));
-    EXPECT_EQ(24315, AttrError(col, OCI_ATTR_NUM_ELEMS));
+    ExpectColumn(col, c);
   }
   void* past = nullptr;
   EXPECT_EQ(OCI_NO_DATA, OCIParamGet(list, OCI_DTYPE_PARAM, err_, &past, count + 1u));

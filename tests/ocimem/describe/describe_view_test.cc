@@ -29,23 +29,9 @@ class DescribeViewTest : public DescribeFixture {
   }
 };
 
-struct ViewColumnCase {
-  const char* name;
-  ub2 data_type;
-  ub2 data_size;
-  ub1 precision;
-  sb1 scale;
-  ub1 is_null;
-  const char* type_name;
-  ub1 char_used;
-  ub2 char_size;
-  ub1 charset_form;
-  ub2 charset_id;
-};
-
 // decisions DS6, DS7, DS9 as for the columns of a table: a view's columns are described
 // exactly as the table columns they read.
-const ViewColumnCase kViewColumns[] = {
+const ColumnCase kViewColumns[] = {
     {"ID", 2, 22, 10, 0, 0, "", 0, 0, 0, 0},
     {"LABEL", 1, 80, 0, 0, 0, "", 1, 20, 1, 873},
     {"CODE", 96, 3, 0, 0, 1, "", 0, 3, 1, 873},
@@ -79,27 +65,11 @@ TEST_F(DescribeViewTest, ViewColumnsAnswerAsTheTableColumnsTheyRead) {
                                         OCI_HTYPE_DESCRIBE, 0, nullptr));
   OCIParam* table_list = Columns(Describe("ITEMS", OCI_PTYPE_TABLE, table_dsc));
   for (ub4 pos = 1; pos <= count; ++pos) {
-    const ViewColumnCase& c = kViewColumns[pos - 1];
+    const ColumnCase& c = kViewColumns[pos - 1];
     SCOPED_TRACE(c.name);
     OCIParam* col = Item(list, pos);
     ASSERT_NE(nullptr, col);
-    EXPECT_EQ(OCI_PTYPE_COL, Attr<ub1>(col, OCI_ATTR_PTYPE));
-    EXPECT_EQ(c.name, TextAttr(col, OCI_ATTR_NAME));
-    EXPECT_EQ(c.data_type, Attr<ub2>(col, OCI_ATTR_DATA_TYPE));
-    EXPECT_EQ(c.data_size, Attr<ub2>(col, OCI_ATTR_DATA_SIZE));
-    EXPECT_EQ(c.precision, Attr<ub1>(col, OCI_ATTR_PRECISION));
-    EXPECT_EQ(c.scale, Attr<sb1>(col, OCI_ATTR_SCALE));
-    EXPECT_EQ(c.is_null, Attr<ub1>(col, OCI_ATTR_IS_NULL));
-    EXPECT_EQ(c.type_name, TextAttr(col, OCI_ATTR_TYPE_NAME));
-    EXPECT_EQ(*c.type_name != '\0' ? "SCOTT" : "", TextAttr(col, OCI_ATTR_SCHEMA_NAME));
-    EXPECT_EQ(c.char_used, Attr<ub1>(col, OCI_ATTR_CHAR_USED));
-    EXPECT_EQ(c.char_size, Attr<ub2>(col, OCI_ATTR_CHAR_SIZE));
-    EXPECT_EQ(c.charset_form, Attr<ub1>(col, OCI_ATTR_CHARSET_FORM));
-    EXPECT_EQ(c.charset_id, Attr<ub2>(col, OCI_ATTR_CHARSET_ID));
-    EXPECT_EQ(0, Attr<ub1>(col, OCI_ATTR_INVISIBLE_COL));
-    // decision DS8, as for a table's columns.
-    EXPECT_EQ(24315, AttrError(col, OCI_ATTR_TYPECODE));
-    EXPECT_EQ(24315, AttrError(col, OCI_ATTR_NUM_ELEMS));
+    ExpectColumn(col, c);
     // The same answers as the table's column at the same place.
     OCIParam* base = Item(table_list, pos);
     for (ub4 attr : {OCI_ATTR_DATA_TYPE, OCI_ATTR_DATA_SIZE, OCI_ATTR_CHAR_SIZE,
