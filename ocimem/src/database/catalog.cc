@@ -116,6 +116,27 @@ void Catalog::PutView(std::shared_ptr<View> view) {
   }
 }
 
+void Catalog::PutSequence(std::shared_ptr<Sequence> sequence) {
+  CatalogEntry entry;
+  entry.kind = ObjectKind::kSequence;
+  auto key = std::make_pair(sequence->schema, sequence->name);
+  entry.sequence = std::move(sequence);
+  auto [it, inserted] = objects_.emplace(std::move(key), std::move(entry));
+  if (!inserted) return;
+  try {
+    Index(it);
+  } catch (...) {
+    objects_.erase(it);
+    throw;
+  }
+}
+
+Sequence* Catalog::FindSequence(std::string_view schema, std::string_view name) const {
+  const CatalogEntry* e = Find(schema, name);
+  if (e == nullptr || e->kind != ObjectKind::kSequence) return nullptr;
+  return e->sequence.get();
+}
+
 std::vector<View*> Catalog::Views() const {
   std::vector<View*> views;
   for (const auto& [key, entry] : objects_) {

@@ -1,5 +1,5 @@
-// The schema objects of one in-memory database, by (schema, name).  Types, tables and views
-// share one namespace per schema, as in Oracle.  A TDO that is dropped or replaced stays alive
+// The schema objects of one in-memory database, by (schema, name).  Types, tables, views and
+// sequences share one namespace per schema, as in Oracle.  A TDO that is dropped or replaced stays alive
 // (retired) for as long as the database, so hosts and instances holding it stay valid;
 // so does a dropped table.
 #ifndef OCIMEM_SRC_DATABASE_CATALOG_H
@@ -13,19 +13,21 @@
 #include <utility>
 #include <vector>
 
+#include "database/sequence.h"
 #include "database/table.h"
 #include "objects/type.h"
 #include "database/view.h"
 
 namespace ocimem {
 
-enum class ObjectKind { kType, kTable, kView };
+enum class ObjectKind { kType, kTable, kView, kSequence };
 
 struct CatalogEntry {
   ObjectKind kind = ObjectKind::kType;
   std::shared_ptr<OCIType> type;
   std::shared_ptr<Table> table;
   std::shared_ptr<View> view;
+  std::shared_ptr<Sequence> sequence;
 };
 
 // Orders the (schema, name) keys as std::pair does, and also compares them with a pair of
@@ -59,6 +61,9 @@ class Catalog {
   void PutTable(std::shared_ptr<Table> table);
   // Adds or replaces the entry of the view's (schema, name).
   void PutView(std::shared_ptr<View> view);
+  // Adds a sequence under a (schema, name) no object uses.
+  void PutSequence(std::shared_ptr<Sequence> sequence);
+  Sequence* FindSequence(std::string_view schema, std::string_view name) const;
   // Every view, for finding those that read a table or view.
   std::vector<View*> Views() const;
   void Remove(const std::string& schema, const std::string& name);

@@ -24,6 +24,7 @@ struct Database {
   std::uint64_t next_txn = 1;
   std::uint64_t next_constraint = 7131;  // numbers of system-named constraints
   ub4 next_object_id = 1;                // OCI_ATTR_OBJID of tables and views, in creation order
+  std::uint64_t next_sequence = 1;       // Sequence::id, in creation order
 };
 
 // Ends the session's open transaction (rolls it back); locks the database itself.

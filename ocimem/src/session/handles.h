@@ -6,7 +6,9 @@
 #define OCIMEM_SRC_SESSION_HANDLES_H
 
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
+#include <map>
 #include <memory>
 #include <new>
 #include <mutex>
@@ -118,6 +120,8 @@ struct Session : Handle {
   std::string schema;            // default schema of the begun session
   std::unique_ptr<Transaction> txn;  // open transaction (id 0 when none)
   std::shared_ptr<const SessionNls> nls = DefaultNls();  // replaced whole by ALTER SESSION
+  // CURRVAL of each sequence (by Sequence::id) that NEXTVAL has used in this session.
+  std::map<std::uint64_t, std::string> currvals;
 };
 
 struct SvcCtx : Handle {

@@ -182,6 +182,10 @@ bool ExecuteInsert(const ExecContext& ctx, const InsertStatement& s, ExecResult*
     for (size_t i = 0; i < columns.size(); ++i) targets.push_back(i);
   }
   std::vector<Value> values(s.values.size());
+  ctx.row_nextvals.clear();
+  for (const Expr& e : s.values) {
+    if (!AdvanceSequences(ctx, e, error)) return false;
+  }
   for (size_t i = 0; i < s.values.size(); ++i) {
     if (s.values[i].kind == Expr::Kind::kConstructor) continue;  // built where stored
     if (!Evaluate(ctx, s.values[i], &values[i], error)) return false;
@@ -261,7 +265,10 @@ bool ExecuteUpdate(const ExecContext& ctx, const UpdateStatement& s, ExecResult*
       return SetError(error, 936, "missing expression");
     }
     Value v;
-    if (set.second.kind != Expr::Kind::kConstructor && !Evaluate(ctx, set.second, &v, error)) {
+    // Sequence values are taken row by row below.
+    if (!SequencesExist(ctx, set.second, error)) return false;
+    if (set.second.kind != Expr::Kind::kConstructor && !HasSequence(set.second) &&
+        !Evaluate(ctx, set.second, &v, error)) {
       return false;
     }
     values.push_back(std::move(v));
@@ -276,6 +283,17 @@ bool ExecuteUpdate(const ExecContext& ctx, const UpdateStatement& s, ExecResult*
   for (const Found& f : found) {
     std::shared_ptr<RowData> row = CopyRow(*f.row);
     if (!row) return SetError(error, 4030, "out of process memory");
+    ctx.row_nextvals.clear();
+    for (size_t i = 0; i < targets.size(); ++i) {
+      if (!AdvanceSequences(ctx, s.sets[i].second, error)) return false;
+    }
+    for (size_t i = 0; i < targets.size(); ++i) {
+      const Expr& e = s.sets[i].second;
+      if (e.kind != Expr::Kind::kConstructor && HasSequence(e) &&
+          !Evaluate(ctx, e, &values[i], error)) {
+        return false;
+      }
+    }
     for (size_t i = 0; i < targets.size(); ++i) {
       const Attribute& a = columns[targets[i]];
       if (!StoreColumn(ctx, s.sets[i].second, values[i], a.type, SlotAt(*row, a),

@@ -12,6 +12,66 @@ bool SetError(SqlError* error, int code, std::string message) {
   return false;
 }
 
+// A literal's value as the one column of a row of its own.
+bool LiteralProjection(const Value& v, Projection* out, SqlError* error) {
+  auto type = std::make_shared<OCIType>();
+  Attribute a;
+  a.name = "LITERAL";
+  if (v.kind == Value::Kind::kNumber) {
+    a.type.kind = ValueKind::kNumber;
+    a.type.typecode = OCI_TYPECODE_NUMBER;
+    a.type.scale = -127;
+  } else if (v.kind == Value::Kind::kText || v.kind == Value::Kind::kNull) {
+    a.type.kind = ValueKind::kString;
+    a.type.typecode = OCI_TYPECODE_VARCHAR2;
+    a.type.charset_form = SQLCS_IMPLICIT;
+  } else if (v.kind == Value::Kind::kDate) {
+    a.type.kind = ValueKind::kDate;
+    a.type.typecode = OCI_TYPECODE_DATE;
+  } else if (v.kind == Value::Kind::kRaw) {
+    a.type.kind = ValueKind::kRaw;
+    a.type.typecode = OCI_TYPECODE_RAW;
+  } else {
+    return SetError(error, 932, "inconsistent datatypes: expected - got " + ValueKindName(v));
+  }
+  type->attributes.push_back(a);
+  type->Layout();
+  out->literal = true;
+  out->literal_row = NewRow(type);
+  if (!out->literal_row) return SetError(error, 4030, "out of process memory");
+  const Attribute& la = type->attributes[0];
+  RowData& row = *out->literal_row;
+  if (!StoreValue(v, la.type, SlotAt(row, la), IndAt(row, la.ind_offset), Target(), error)) {
+    return false;
+  }
+  out->type = la.type;
+  out->offset = la.offset;
+  out->ind_offset = la.ind_offset;
+  return true;
+}
+
+// The values of the NEXTVAL and CURRVAL items (`items`, at `positions` of the cursor's),
+// row by row: each row advances a sequence once.
+bool FillSequenceItems(const ExecContext& ctx, const std::vector<const Expr*>& items,
+                       const std::vector<size_t>& positions, Cursor* cursor, SqlError* error) {
+  for (size_t r = 0; r < cursor->rows.size(); ++r) {
+    ctx.row_nextvals.clear();
+    for (const Expr* e : items) {
+      if (!AdvanceSequences(ctx, *e, error)) return false;
+    }
+    for (size_t i = 0; i < items.size(); ++i) {
+      Value v;
+      Projection literal;
+      if (!Evaluate(ctx, *items[i], &v, error) || !LiteralProjection(v, &literal, error)) {
+        return false;
+      }
+      cursor->items[positions[i]].per_row.push_back(std::move(literal.literal_row));
+    }
+  }
+  ctx.row_nextvals.clear();
+  return true;
+}
+
 }  // namespace
 
 bool ProjectItem(const ExecContext& ctx, const Table& table, const TableRef& ref, const Expr& e,
@@ -28,42 +88,19 @@ bool ProjectItem(const ExecContext& ctx, const Table& table, const TableRef& ref
       return SetError(error, 904, "\"" + e.qualifier + "\": invalid identifier");
     }
     out->type = RowValueType(table);
+  } else if (e.kind == Expr::Kind::kSequence) {
+    // Its values come row by row once the rows are found (FillSequenceItems).
+    const std::string& schema = e.type.schema.empty() ? ctx.schema : e.type.schema;
+    if (ctx.db->catalog.FindSequence(schema, e.type.name) == nullptr) {
+      return SetError(error, 2289, "sequence does not exist");
+    }
+    out->type.kind = ValueKind::kNumber;
+    out->type.typecode = OCI_TYPECODE_NUMBER;
+    out->type.scale = -127;
   } else {
     Value v;
     if (!Evaluate(ctx, e, &v, error)) return false;
-    auto type = std::make_shared<OCIType>();
-    Attribute a;
-    a.name = "LITERAL";
-    if (v.kind == Value::Kind::kNumber) {
-      a.type.kind = ValueKind::kNumber;
-      a.type.typecode = OCI_TYPECODE_NUMBER;
-      a.type.scale = -127;
-    } else if (v.kind == Value::Kind::kText || v.kind == Value::Kind::kNull) {
-      a.type.kind = ValueKind::kString;
-      a.type.typecode = OCI_TYPECODE_VARCHAR2;
-      a.type.charset_form = SQLCS_IMPLICIT;
-    } else if (v.kind == Value::Kind::kDate) {
-      a.type.kind = ValueKind::kDate;
-      a.type.typecode = OCI_TYPECODE_DATE;
-    } else if (v.kind == Value::Kind::kRaw) {
-      a.type.kind = ValueKind::kRaw;
-      a.type.typecode = OCI_TYPECODE_RAW;
-    } else {
-      return SetError(error, 932, "inconsistent datatypes: expected - got " + ValueKindName(v));
-    }
-    type->attributes.push_back(a);
-    type->Layout();
-    out->literal = true;
-    out->literal_row = NewRow(type);
-    if (!out->literal_row) return SetError(error, 4030, "out of process memory");
-    const Attribute& la = type->attributes[0];
-    RowData& row = *out->literal_row;
-    if (!StoreValue(v, la.type, SlotAt(row, la), IndAt(row, la.ind_offset), Target(), error)) {
-      return false;
-    }
-    out->type = la.type;
-    out->offset = la.offset;
-    out->ind_offset = la.ind_offset;
+    return LiteralProjection(v, out, error);
   }
   return true;
 }
@@ -74,6 +111,8 @@ bool ExecuteSelect(const ExecContext& ctx, const SelectStatement& s, ExecResult*
   if (!ResolveTable(ctx, s.table, &table, error)) return false;
   auto cursor = std::make_unique<Cursor>();
   const std::vector<Attribute>& columns = table->columns();
+  std::vector<const Expr*> sequence_items;
+  std::vector<size_t> sequence_positions;
   for (const SelectItem& item : s.items) {
     if (item.star) {
       if (!item.expr.qualifier.empty()) {
@@ -92,6 +131,10 @@ bool ExecuteSelect(const ExecContext& ctx, const SelectStatement& s, ExecResult*
     }
     Projection p;
     if (!ProjectItem(ctx, *table, s.table, item.expr, &p, error)) return false;
+    if (item.expr.kind == Expr::Kind::kSequence) {
+      sequence_items.push_back(&item.expr);
+      sequence_positions.push_back(cursor->items.size());
+    }
     cursor->items.push_back(std::move(p));
   }
   std::vector<PreparedCondition> conds;
@@ -107,6 +150,9 @@ bool ExecuteSelect(const ExecContext& ctx, const SelectStatement& s, ExecResult*
   }
   cursor->rows.reserve(found.size());
   for (Found& f : found) cursor->rows.push_back(std::move(f.row));
+  if (!FillSequenceItems(ctx, sequence_items, sequence_positions, cursor.get(), error)) {
+    return false;
+  }
   result->cursor = std::move(cursor);
   return true;
 }

@@ -110,14 +110,15 @@ struct DropTableStatement {
 struct Expr {
   enum class Kind {
     kNull, kNumber, kString, kBind, kEmptyClob, kEmptyBlob, kColumn, kValue, kConstructor,
-    kSessionTimeZone, kDbTimeZone,
+    kSessionTimeZone, kDbTimeZone, kSequence,
   };
   Kind kind = Kind::kNull;
-  std::string text;       // number or string literal, bind name (upper case), column name
+  std::string text;       // number or string literal, bind name (upper case), column name,
+                          // NEXTVAL or CURRVAL of a sequence
   std::string qualifier;  // alias or table of a column; the alias of VALUE()
   size_t bind = 0;        // occurrence number of a bind variable in the statement
   size_t offset = 0;      // in the statement text
-  QualifiedName type;     // of a constructor
+  QualifiedName type;     // of a constructor; the sequence of NEXTVAL and CURRVAL
   std::vector<Expr> args;  // of a constructor
 };
 
@@ -193,6 +194,25 @@ struct AlterSessionStatement {
   std::vector<Setting> settings;
 };
 
+// CREATE SEQUENCE name [option ...]; numbers are kept as written (sign and digits).
+struct CreateSequenceStatement {
+  QualifiedName name;
+  std::string start, increment, min_value, max_value, cache;  // empty: not given
+  bool no_min = false;
+  bool no_max = false;
+  bool cycle = false;
+  bool no_cache = false;
+  bool order = false;
+};
+
+struct DropSequenceStatement {
+  QualifiedName name;
+};
+
+struct TruncateTableStatement {
+  QualifiedName name;
+};
+
 struct CommitStatement {};
 struct RollbackStatement {};
 
@@ -200,7 +220,8 @@ using Statement = std::variant<CreateTypeStatement, DropTypeStatement, CreateTab
                                DropTableStatement, CreateViewStatement, DropViewStatement,
                                InsertStatement, SelectStatement, UpdateStatement,
                                DeleteStatement, CommitStatement, RollbackStatement,
-                               AlterSessionStatement>;
+                               AlterSessionStatement, CreateSequenceStatement,
+                               DropSequenceStatement, TruncateTableStatement>;
 
 }  // namespace ocimem
 

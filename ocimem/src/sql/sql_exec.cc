@@ -29,6 +29,15 @@ bool ExecuteStatement(const ExecContext& ctx, const Statement& statement, ExecRe
     return CreateView(ctx, *s, error);
   }
   if (const auto* s = std::get_if<DropViewStatement>(&statement)) return DropView(ctx, *s, error);
+  if (const auto* s = std::get_if<CreateSequenceStatement>(&statement)) {
+    return CreateSequence(ctx, *s, error);
+  }
+  if (const auto* s = std::get_if<DropSequenceStatement>(&statement)) {
+    return DropSequence(ctx, *s, error);
+  }
+  if (const auto* s = std::get_if<TruncateTableStatement>(&statement)) {
+    return TruncateTable(ctx, *s, error);
+  }
   if (const auto* s = std::get_if<AlterSessionStatement>(&statement)) {
     return AlterSession(ctx, *s, error);
   }
@@ -42,6 +51,7 @@ bool ExecuteStatement(const ExecContext& ctx, const Statement& statement, ExecRe
     return true;
   }
   std::lock_guard<std::mutex> lock(ctx.db->mutex);
+  ctx.row_nextvals.clear();
   // A statement on a view runs on the view's base table.
   Statement on_base;
   bool on_view = false;

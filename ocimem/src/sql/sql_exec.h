@@ -2,6 +2,8 @@
 #ifndef OCIMEM_SRC_SQL_SQL_EXEC_H
 #define OCIMEM_SRC_SQL_SQL_EXEC_H
 
+#include <cstdint>
+#include <map>
 #include <memory>
 #include <string>
 
@@ -19,6 +21,8 @@ struct ExecContext {
   Session* session = nullptr;
   StmtHandle* stmt = nullptr;  // its binds are the statement's bind variables
   size_t iteration = 0;        // element of array binds used
+  // NEXTVAL of each sequence (by Sequence::id) in the row being made.
+  mutable std::map<std::uint64_t, std::string> row_nextvals;
 };
 
 struct ExecResult {
@@ -42,6 +46,10 @@ bool DropTable(const ExecContext& ctx, const DropTableStatement& s, SqlError* er
 // View DDL (ddl_view.cc); each locks the database.
 bool CreateView(const ExecContext& ctx, const CreateViewStatement& s, SqlError* error);
 bool DropView(const ExecContext& ctx, const DropViewStatement& s, SqlError* error);
+// Sequence DDL and TRUNCATE TABLE (ddl_sequence.cc); each locks the database.
+bool CreateSequence(const ExecContext& ctx, const CreateSequenceStatement& s, SqlError* error);
+bool DropSequence(const ExecContext& ctx, const DropSequenceStatement& s, SqlError* error);
+bool TruncateTable(const ExecContext& ctx, const TruncateTableStatement& s, SqlError* error);
 // ALTER SESSION SET (alter_session.cc).
 bool AlterSession(const ExecContext& ctx, const AlterSessionStatement& s, SqlError* error);
 // Turns a written data type into a slot type, looking named types up in the catalog

@@ -159,6 +159,7 @@ bool Parser::ParseStatement(Statement* out, SqlError* error) {
       return ParseCreateType(out, or_replace);
     }
     if (AcceptWord("VIEW")) return ParseCreateView(out, or_replace);
+    if (!or_replace && AcceptWord("SEQUENCE")) return ParseCreateSequence(out);
     if (!or_replace && AcceptWord("TABLE")) return ParseCreateTable(out);
     return Fail(901, "invalid CREATE command");
   }
@@ -169,12 +170,14 @@ bool Parser::ParseStatement(Statement* out, SqlError* error) {
     }
     if (AcceptWord("TABLE")) return ParseDropTable(out);
     if (AcceptWord("VIEW")) return ParseDropView(out);
+    if (AcceptWord("SEQUENCE")) return ParseDropSequence(out);
     return Fail(950, "invalid DROP option");
   }
   if (AcceptWord("ALTER")) {
     if (!AcceptWord("SESSION")) return Fail(940, "invalid ALTER command");
     return ParseAlterSession(out);
   }
+  if (AcceptWord("TRUNCATE")) return ParseTruncate(out);
   if (AcceptWord("INSERT")) return ParseInsert(out);
   if (AcceptWord("SELECT")) return ParseSelect(out);
   if (AcceptWord("UPDATE")) return ParseUpdate(out);

@@ -69,6 +69,13 @@ class Parser {
   bool ParseColumnRef(Expr* out);
   bool ParseValue(Expr* out);
   bool ParseDropType(Statement* out);
+  bool ParseSequenceNumber(std::string* out);
+  bool ParseCreateSequence(Statement* out);
+  bool ParseDropSequence(Statement* out);
+  bool ParseTruncate(Statement* out);
+  bool AtSequenceRef() const;
+  bool ParseSequenceRef(Expr* out);
+  bool SequenceNotAllowed() { return Fail(2287, "sequence number not allowed here"); }
   bool ParseDataType(DataTypeSpec* out);
   bool ParseCharLength(DataTypeSpec* out, bool required, ub4 max);
   bool ParseOptionalPrecision(ub1 default_value, ub1* out);

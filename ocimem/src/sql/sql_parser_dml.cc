@@ -135,6 +135,9 @@ bool Parser::ParseCreateView(Statement* out, bool or_replace) {
   if (!ExpectWord("AS")) return false;
   if (!AcceptWord("SELECT")) return Fail(928, "missing SELECT keyword");
   if (!ParseQuery(&s.query)) return false;
+  for (const SelectItem& item : s.query.items) {
+    if (item.expr.kind == Expr::Kind::kSequence) return SequenceNotAllowed();
+  }
   // A view is stored, so its query cannot take values from the program.
   if (binds_ > 0) return Fail(1027, "bind variables not allowed for data definition operations");
   if (!ExpectEnd(933)) return false;
@@ -221,6 +224,7 @@ bool Parser::ParseValue(Expr* out) {
     if (!ParseIdentifier(&out->qualifier)) return false;
     return ExpectSymbol(")");
   }
+  if (AtSequenceRef()) return ParseSequenceRef(out);
   if (t.IsIdentifier() && !IsClauseWord(t)) {
     bool constructor = Peek(1).IsSymbol("(") ||
                        (Peek(1).IsSymbol(".") && Peek(2).IsIdentifier() && Peek(3).IsSymbol("("));
@@ -258,6 +262,9 @@ bool Parser::ParseWhere(std::vector<Condition>* out) {
     if (!ParseValue(&left)) return false;
     if (!AcceptSymbol("=")) return Fail(920, "invalid relational operator");
     if (!ParseValue(&right)) return false;
+    if (left.kind == Expr::Kind::kSequence || right.kind == Expr::Kind::kSequence) {
+      return SequenceNotAllowed();
+    }
     Condition c;
     if (left.kind == Expr::Kind::kColumn || right.kind != Expr::Kind::kColumn) {
       c.column = std::move(left);
@@ -390,6 +397,8 @@ bool Parser::ParseReturning(std::vector<ReturningClause>* out) {
     if (e.kind == Expr::Kind::kConstructor || e.kind == Expr::Kind::kValue) {
       return Fail(936, "missing expression");
     }
+    // decision SQ2: RETURNING takes no sequence values.
+    if (e.kind == Expr::Kind::kSequence) return SequenceNotAllowed();
     r.items.push_back(std::move(e));
   } while (AcceptSymbol(","));
   if (!AcceptWord("INTO")) return Fail(925, "missing INTO keyword");

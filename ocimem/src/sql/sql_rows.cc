@@ -112,6 +112,7 @@ bool Evaluate(const ExecContext& ctx, const Expr& e, Value* out, SqlError* error
                     "inconsistent datatypes: expected - got " +
                         (e.type.schema.empty() ? ctx.schema : e.type.schema) + "." + e.type.name);
   }
+  if (e.kind == Expr::Kind::kSequence) return SequenceValue(ctx, e, out, error);
   if (e.kind == Expr::Kind::kBind) {
     const BindHandle* b = BindForOccurrence(*ctx.stmt, e.bind);
     if (b == nullptr) return SetError(error, 1008, "not all variables bound");

@@ -41,6 +41,14 @@ bool ResolveColumn(const Table& table, const TableRef& ref, const Expr& e, size_
 // The value of a literal or bind variable.
 bool Evaluate(const ExecContext& ctx, const Expr& e, Value* out, SqlError* error);
 
+// NEXTVAL and CURRVAL (sequence_ref.cc).  A statement clears ctx.row_nextvals before each
+// row it makes, then advances the sequences of the row's values before evaluating any.
+bool HasSequence(const Expr& e);
+// ORA-02289 when a sequence `e` names does not exist.
+bool SequencesExist(const ExecContext& ctx, const Expr& e, SqlError* error);
+bool AdvanceSequences(const ExecContext& ctx, const Expr& e, SqlError* error);
+bool SequenceValue(const ExecContext& ctx, const Expr& e, Value* out, SqlError* error);
+
 // The bind of occurrence `occurrence` (0-based) of the statement's bind variables.
 BindHandle* BindForOccurrence(const StmtHandle& stmt, size_t occurrence);
 

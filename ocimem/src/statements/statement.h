@@ -83,6 +83,8 @@ struct Projection {
   size_t ind_offset = 0;  // of its null information in the row's null struct
   bool literal = false;
   std::shared_ptr<RowData> literal_row;  // holds a literal as the one column of a row
+  // A sequence value (NEXTVAL, CURRVAL): one literal row for each row of the query.
+  std::vector<std::shared_ptr<RowData>> per_row;
 };
 
 struct Cursor {

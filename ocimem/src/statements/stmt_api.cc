@@ -22,7 +22,10 @@ bool IsDdl(const Statement& s) {
          std::holds_alternative<CreateTableStatement>(s) ||
          std::holds_alternative<DropTableStatement>(s) ||
          std::holds_alternative<CreateViewStatement>(s) ||
-         std::holds_alternative<DropViewStatement>(s);
+         std::holds_alternative<DropViewStatement>(s) ||
+         std::holds_alternative<CreateSequenceStatement>(s) ||
+         std::holds_alternative<DropSequenceStatement>(s) ||
+         std::holds_alternative<TruncateTableStatement>(s);
 }
 
 }  // namespace

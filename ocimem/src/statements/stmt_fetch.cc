@@ -236,7 +236,8 @@ sword ContinueFetch(StmtHandle* s, OCIError* err) {
     for (; f.define < s->defines.size(); ++f.define) {
       DefineHandle* d = s->defines[f.define].get();
       const Projection& p = c.items[d->position - 1];
-      const RowData& source = p.literal ? *p.literal_row : row;
+      const RowData& source =
+          !p.per_row.empty() ? *p.per_row[c.next] : p.literal ? *p.literal_row : row;
       auto* slot = static_cast<unsigned char*>(source.value) + p.offset;
       auto* ind =
           reinterpret_cast<OCIInd*>(reinterpret_cast<unsigned char*>(source.ind) + p.ind_offset);
