@@ -84,6 +84,13 @@ bool Parser::ParseTruncate(Statement* out) {
   }
   TruncateTableStatement s;
   if (!ParseQualifiedName(&s.name)) return false;
+  // Storage means nothing in memory: {DROP [ALL] | REUSE} STORAGE is taken and has no effect.
+  if (AcceptWord("DROP")) {
+    AcceptWord("ALL");
+    if (!ExpectWord("STORAGE")) return false;
+  } else if (AcceptWord("REUSE") && !ExpectWord("STORAGE")) {
+    return false;
+  }
   if (!ExpectEnd(933)) return false;
   *out = std::move(s);
   return true;
