@@ -145,6 +145,12 @@ TEST_F(SequenceTest, SequenceDdlCommitsTheOpenTransaction) {
   EXPECT_EQ((Rows{"1", "2"}), Column("select id from t"));
 }
 
+TEST_F(SequenceTest, AlterSequenceIsNotRunAndGivesOra00940) {
+  MustExec("create sequence s");
+  EXPECT_EQ("ORA-00940: invalid ALTER command", ErrorOf("alter sequence s increment by 2"));
+  EXPECT_EQ((Rows{"1", "2"}), Next("s", 2));
+}
+
 struct BadSequence {
   const char* sql;
   sb4 code;

@@ -80,6 +80,17 @@ TEST_F(TruncateTest, AnOpenQueryKeepsTheRowsItFound) {
   EXPECT_EQ("1", std::string(buf));
 }
 
+TEST_F(TruncateTest, StatementTypeIsUnknown) {
+  // decision SQ4: Oracle's statement types have none for TRUNCATE.
+  OCIStmt* stmt = Prepare("truncate table t");
+  ub2 type = 99;
+  ASSERT_EQ(OCI_SUCCESS,
+            OCIAttrGet(stmt, OCI_HTYPE_STMT, &type, nullptr, OCI_ATTR_STMT_TYPE, err_));
+  EXPECT_EQ(OCI_STMT_UNKNOWN, type);
+  ASSERT_EQ(OCI_SUCCESS, Execute(stmt)) << FirstError(err_);
+  EXPECT_EQ((Rows{}), Column("select id from t"));
+}
+
 TEST_F(TruncateTest, UnknownTableGivesOra00942) {
   EXPECT_EQ("ORA-00942: table or view does not exist", ErrorOf("truncate table nosuch"));
   EXPECT_EQ(942, ExecError("truncate table other.t"));
