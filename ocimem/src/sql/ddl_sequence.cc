@@ -90,7 +90,8 @@ bool CreateSequence(const ExecContext& ctx, const CreateSequenceStatement& s, Sq
   } else if (seq->cache <= 1) {
     return SetError(error, 4010, "the number of values to CACHE must be greater than 1");
   } else if (s.cycle &&
-             seq->cache > (seq->max_value - seq->min_value + step - 1) / step) {
+             seq->cache >= (seq->max_value - seq->min_value + step - 1) / step) {
+    // Oracle: CACHE must be less than (MAXVALUE - MINVALUE) / ABS(INCREMENT).
     return SetError(error, 4013, "number to CACHE must be less than one cycle");
   }
   std::lock_guard<std::mutex> lock(ctx.db->mutex);

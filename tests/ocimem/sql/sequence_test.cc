@@ -92,6 +92,14 @@ TEST_F(SequenceTest, CycleWrapsToAGivenMinValue) {
   EXPECT_EQ((Rows{"100", "150", "200", "0"}), Next("s", 4));
 }
 
+TEST_F(SequenceTest, CycleTakesACacheSmallerThanOneCycle) {
+  // (MAXVALUE - MINVALUE) / INCREMENT is 10 here.
+  MustExec("create sequence s maxvalue 11 cycle cache 9");
+  EXPECT_EQ((Rows{"1"}), Next("s", 1));
+  MustExec("create sequence s2 maxvalue 22 increment by 5 cycle cache 4");
+  EXPECT_EQ((Rows{"1", "6"}), Next("s2", 2));
+}
+
 TEST_F(SequenceTest, DescendingCycleWrapsToMaxValue) {
   MustExec("create sequence s start with 2 increment by -1 minvalue 1 maxvalue 3 cycle nocache");
   EXPECT_EQ((Rows{"2", "1", "3", "2"}), Next("s", 4));
@@ -184,6 +192,8 @@ INSTANTIATE_TEST_SUITE_P(
         BadSequence{"create sequence s increment by -1 cycle", 4014},
         BadSequence{"create sequence s cache 1", 4010},
         BadSequence{"create sequence s maxvalue 10 cycle", 4013},
+        BadSequence{"create sequence s maxvalue 10 cycle cache 9", 4013},
+        BadSequence{"create sequence s maxvalue 21 increment by 5 cycle cache 4", 4013},
         // decision SQ1: an option given twice, or contradicted, is refused.
         BadSequence{"create sequence s start with 1 start with 2", 922},
         BadSequence{"create sequence s minvalue 1 nominvalue", 922},

@@ -194,6 +194,8 @@ TEST_F(SequenceUseTest, ThroughAView) {
   MustExec("insert into v values (s.nextval, 'a')");
   EXPECT_EQ((Rows{"1|a"}), Pairs("select note from t"));
   EXPECT_EQ((Rows{"2"}), Column("select s.nextval from v"));
+  MustExec("update v set id = s.nextval where id = 1");
+  EXPECT_EQ((Rows{"3|a"}), Pairs("select note from t"));
 }
 
 }  // namespace
