@@ -84,11 +84,7 @@ std::shared_ptr<Table> Catalog::FindTable(const std::string& schema,
   return e->table;
 }
 
-void Catalog::PutTable(std::shared_ptr<Table> table) {
-  CatalogEntry entry;
-  entry.kind = ObjectKind::kTable;
-  auto key = std::make_pair(table->schema, table->name);
-  entry.table = std::move(table);
+void Catalog::Put(std::pair<std::string, std::string> key, CatalogEntry entry) {
   last_type_ = nullptr;  // an entry replaced in place may be the one remembered
   auto [it, inserted] = objects_.insert_or_assign(std::move(key), std::move(entry));
   if (!inserted) return;
@@ -98,6 +94,14 @@ void Catalog::PutTable(std::shared_ptr<Table> table) {
     objects_.erase(it);
     throw;
   }
+}
+
+void Catalog::PutTable(std::shared_ptr<Table> table) {
+  CatalogEntry entry;
+  entry.kind = ObjectKind::kTable;
+  auto key = std::make_pair(table->schema, table->name);
+  entry.table = std::move(table);
+  Put(std::move(key), std::move(entry));
 }
 
 void Catalog::PutView(std::shared_ptr<View> view) {
@@ -105,15 +109,7 @@ void Catalog::PutView(std::shared_ptr<View> view) {
   entry.kind = ObjectKind::kView;
   auto key = std::make_pair(view->schema, view->name);
   entry.view = std::move(view);
-  last_type_ = nullptr;  // an entry replaced in place may be the one remembered
-  auto [it, inserted] = objects_.insert_or_assign(std::move(key), std::move(entry));
-  if (!inserted) return;
-  try {
-    Index(it);
-  } catch (...) {
-    objects_.erase(it);
-    throw;
-  }
+  Put(std::move(key), std::move(entry));
 }
 
 void Catalog::PutSequence(std::shared_ptr<Sequence> sequence) {
@@ -121,14 +117,7 @@ void Catalog::PutSequence(std::shared_ptr<Sequence> sequence) {
   entry.kind = ObjectKind::kSequence;
   auto key = std::make_pair(sequence->schema, sequence->name);
   entry.sequence = std::move(sequence);
-  auto [it, inserted] = objects_.emplace(std::move(key), std::move(entry));
-  if (!inserted) return;
-  try {
-    Index(it);
-  } catch (...) {
-    objects_.erase(it);
-    throw;
-  }
+  Put(std::move(key), std::move(entry));
 }
 
 Sequence* Catalog::FindSequence(std::string_view schema, std::string_view name) const {

@@ -74,6 +74,8 @@ class Catalog {
   using Objects = std::map<std::pair<std::string, std::string>, CatalogEntry, CatalogKeyLess>;
   static std::size_t Hash(std::string_view schema, std::string_view name);
   void Index(Objects::iterator it);
+  // Adds an entry, or replaces the one of the same name (tables and views made again).
+  void Put(std::pair<std::string, std::string> key, CatalogEntry entry);
   void Unindex(Objects::iterator it);
 
   Objects objects_;
