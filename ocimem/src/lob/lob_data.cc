@@ -8,12 +8,6 @@
 namespace ocimem {
 namespace {
 
-bool SetError(SqlError* error, int code, std::string message) {
-  error->code = code;
-  error->message = std::move(message);
-  return false;
-}
-
 bool Unreasonable(SqlError* error) {
   return SetError(error, 1460, "unimplemented or unreasonable conversion requested");
 }

@@ -11,12 +11,6 @@
 namespace ocimem {
 namespace {
 
-bool SetError(SqlError* error, int code, std::string message) {
-  error->code = code;
-  error->message = std::move(message);
-  return false;
-}
-
 bool SetFormat(const AlterSessionStatement::Setting& setting, std::string* format,
                SqlError* error) {
   const values::DateMask* mask = nullptr;

@@ -7,12 +7,6 @@
 namespace ocimem {
 namespace {
 
-bool SetError(SqlError* error, int code, std::string message) {
-  error->code = code;
-  error->message = std::move(message);
-  return false;
-}
-
 // An option's integer as written: at most 28 digits, 27 when negative (INCREMENT: 28).
 bool OptionNumber(const std::string& text, const char* option, size_t negative_digits,
                   SequenceNumber* out, SqlError* error) {

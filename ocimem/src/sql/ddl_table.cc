@@ -10,12 +10,6 @@
 namespace ocimem {
 namespace {
 
-bool SetError(SqlError* error, int code, std::string message) {
-  error->code = code;
-  error->message = std::move(message);
-  return false;
-}
-
 std::string SchemaOf(const ExecContext& ctx, const QualifiedName& name) {
   return name.schema.empty() ? ctx.schema : name.schema;
 }

@@ -7,12 +7,6 @@
 namespace ocimem {
 namespace {
 
-bool SetError(SqlError* error, int code, std::string message) {
-  error->code = code;
-  error->message = std::move(message);
-  return false;
-}
-
 std::string SchemaOf(const std::string& own, const QualifiedName& name) {
   return name.schema.empty() ? own : name.schema;
 }

@@ -12,12 +12,6 @@
 namespace ocimem {
 namespace {
 
-bool SetError(SqlError* error, int code, std::string message) {
-  error->code = code;
-  error->message = std::move(message);
-  return false;
-}
-
 bool StoreLoose(const ExecContext& ctx, const Expr& e, const ValueType& t, void* slot, OCIInd* ind,
                 SqlError* error);
 

@@ -6,12 +6,6 @@
 namespace ocimem {
 namespace {
 
-bool SetError(SqlError* error, int code, std::string message) {
-  error->code = code;
-  error->message = std::move(message);
-  return false;
-}
-
 // A literal's value as the one column of a row of its own.
 bool LiteralProjection(const Value& v, Projection* out, SqlError* error) {
   auto type = std::make_shared<OCIType>();

@@ -6,12 +6,6 @@
 namespace ocimem {
 namespace {
 
-bool SetError(SqlError* error, int code, std::string message) {
-  error->code = code;
-  error->message = std::move(message);
-  return false;
-}
-
 bool FindSequence(const ExecContext& ctx, const Expr& e, Sequence** out, SqlError* error) {
   const std::string& schema = e.type.schema.empty() ? ctx.schema : e.type.schema;
   *out = ctx.db->catalog.FindSequence(schema, e.type.name);

@@ -6,16 +6,6 @@
 #include "database/view.h"
 
 namespace ocimem {
-namespace {
-
-bool SetError(SqlError* error, int code, std::string message) {
-  error->code = code;
-  error->message = std::move(message);
-  return false;
-}
-
-}  // namespace
-
 bool ExecuteStatement(const ExecContext& ctx, const Statement& statement, ExecResult* result,
                       SqlError* error) {
   if (const auto* s = std::get_if<CreateTypeStatement>(&statement))

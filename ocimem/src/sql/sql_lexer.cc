@@ -10,12 +10,6 @@ bool IsIdentPart(unsigned char c) {
   return std::isalnum(c) != 0 || c == '_' || c == '$' || c == '#' || c >= 0x80;
 }
 
-bool SetError(SqlError* error, int code, std::string message) {
-  error->code = code;
-  error->message = std::move(message);
-  return false;
-}
-
 }  // namespace
 
 bool Tokenize(std::string_view sql, std::vector<Token>* tokens, SqlError* error) {

@@ -5,6 +5,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace ocimem {
@@ -14,6 +15,14 @@ struct SqlError {
   int code = 0;
   std::string message;
 };
+
+// Records ORA-`code` with its message in *error and returns false, so that a failing step
+// reads `return SetError(error, ...)`.
+inline bool SetError(SqlError* error, int code, std::string message) {
+  error->code = code;
+  error->message = std::move(message);
+  return false;
+}
 
 enum class TokenKind {
   kIdentifier,        // unquoted, text upper-cased

@@ -10,12 +10,6 @@
 namespace ocimem {
 namespace {
 
-bool SetError(SqlError* error, int code, std::string message) {
-  error->code = code;
-  error->message = std::move(message);
-  return false;
-}
-
 bool InvalidIdentifier(SqlError* error, const Expr& e) {
   std::string shown =
       e.qualifier.empty() ? "\"" + e.text + "\"" : "\"" + e.qualifier + "\".\"" + e.text + "\"";

@@ -9,12 +9,6 @@
 namespace ocimem {
 namespace {
 
-bool SetError(SqlError* error, int code, std::string message) {
-  error->code = code;
-  error->message = std::move(message);
-  return false;
-}
-
 bool VirtualColumn(SqlError* error) {
   return SetError(error, 1733, "virtual column not allowed here");
 }

@@ -24,12 +24,6 @@ namespace {
 using values::Decimal;
 using values::NumberError;
 
-bool SetError(SqlError* error, int code, std::string message) {
-  error->code = code;
-  error->message = std::move(message);
-  return false;
-}
-
 bool EncodeDecimal(const Decimal& d, OCINumber* out) {
   std::memset(out, 0, sizeof *out);
   return values::EncodeNumber(d, out->OCINumberPart) == NumberError::None;

@@ -22,12 +22,6 @@ namespace {
 using values::Decimal;
 using values::NumberError;
 
-bool SetError(SqlError* error, int code, std::string message) {
-  error->code = code;
-  error->message = std::move(message);
-  return false;
-}
-
 bool Inconsistent(SqlError* error, const std::string& expected, const std::string& got) {
   return SetError(error, 932, "inconsistent datatypes: expected " + expected + " got " + got);
 }

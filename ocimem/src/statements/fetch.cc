@@ -16,12 +16,6 @@ namespace {
 
 using values::Decimal;
 
-bool SetError(SqlError* error, int code, std::string message) {
-  error->code = code;
-  error->message = std::move(message);
-  return false;
-}
-
 template <typename T>
 bool PutInteger(T v, unsigned char* p) {
   std::memcpy(p, &v, sizeof v);
