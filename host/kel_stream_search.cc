@@ -94,6 +94,39 @@ bool CKelStream::Impl::MatchAt(size_t nSegmentIndex, unsigned long nOffsetIn,
   return true;
 }
 
+#ifdef __SSE2__
+namespace {
+
+// The first position below nScan, in steps of sixteen, whose byte is one of
+// the N first bytes and where MatchHere accepts a string; nScan rounded down
+// to sixteen when none is. With N fixed the first bytes stay in registers
+// and the compares unroll.
+template <int N, typename MatchHere>
+inline unsigned long ScanBlocks(const unsigned char* pFrom, unsigned long nScan,
+                                const unsigned char* abFirst, MatchHere&& matchHere,
+                                bool& bFound) {
+  __m128i aFirst[N];
+  for (int k = 0; k < N; ++k) aFirst[k] = _mm_set1_epi8(static_cast<char>(abFirst[k]));
+  unsigned long nAt = 0;
+  for (; nAt + 16 <= nScan; nAt += 16) {
+    const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(pFrom + nAt));
+    __m128i any = _mm_cmpeq_epi8(block, aFirst[0]);
+    for (int k = 1; k < N; ++k) any = _mm_or_si128(any, _mm_cmpeq_epi8(block, aFirst[k]));
+    for (unsigned nBits = static_cast<unsigned>(_mm_movemask_epi8(any)); nBits != 0;
+         nBits &= nBits - 1) {
+      const unsigned long nHit = nAt + static_cast<unsigned long>(__builtin_ctz(nBits));
+      if (matchHere(nHit)) {
+        bFound = true;
+        return nHit;
+      }
+    }
+  }
+  return nAt;
+}
+
+}  // namespace
+#endif
+
 long CKelStream::Impl::ShortScan(const char** ppszStrings, const int* pnLengths,
                                  int& nIndex) const {
   if (nPosition >= nTotal) return -1;
@@ -131,18 +164,16 @@ long CKelStream::Impl::ShortScan(const char** ppszStrings, const int* pnLengths,
 #ifdef __SSE2__
   // Sixteen bytes at a time: a bit for each byte that is some string's
   // first byte.
-  __m128i aFirst[kFewStrings];
-  for (int k = 0; k < nCount; ++k) aFirst[k] = _mm_set1_epi8(static_cast<char>(abFirst[k]));
-  for (; nAt + 16 <= nScan; nAt += 16) {
-    const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(pFrom + nAt));
-    __m128i any = _mm_cmpeq_epi8(block, aFirst[0]);
-    for (int k = 1; k < nCount; ++k) any = _mm_or_si128(any, _mm_cmpeq_epi8(block, aFirst[k]));
-    for (unsigned nBits = static_cast<unsigned>(_mm_movemask_epi8(any)); nBits != 0;
-         nBits &= nBits - 1) {
-      const unsigned long nHit = nAt + static_cast<unsigned long>(__builtin_ctz(nBits));
-      if (matchAt(nHit)) return static_cast<long>(nHit);
-    }
+  bool bFound = false;
+  switch (nCount) {
+    case 1: nAt = ScanBlocks<1>(pFrom, nScan, abFirst, matchAt, bFound); break;
+    case 2: nAt = ScanBlocks<2>(pFrom, nScan, abFirst, matchAt, bFound); break;
+    case 3: nAt = ScanBlocks<3>(pFrom, nScan, abFirst, matchAt, bFound); break;
+    case 4: nAt = ScanBlocks<4>(pFrom, nScan, abFirst, matchAt, bFound); break;
+    case 5: nAt = ScanBlocks<5>(pFrom, nScan, abFirst, matchAt, bFound); break;
+    default: nAt = ScanBlocks<kFewStrings>(pFrom, nScan, abFirst, matchAt, bFound); break;
   }
+  if (bFound) return static_cast<long>(nAt);
 #endif
   for (; nAt < nScan; ++nAt) {
     if (matchAt(nAt)) return static_cast<long>(nAt);

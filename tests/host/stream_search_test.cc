@@ -251,6 +251,39 @@ TEST(KelStreamSearch, AgreesWithReferenceOnRandomData) {
   }
 }
 
+// The quick look at the next bytes of a page handles one to six strings,
+// each count on its own path: every count, on one large page, with fields
+// long enough to fill several sixteen-byte blocks.
+TEST(KelStreamSearch, AgreesWithReferenceForEachStringCount) {
+  Lcg rng(4242);
+  const char kAlphabet[] = "ab|?'\r\n+:";
+  for (int nStrings = 1; nStrings <= 7; ++nStrings) {
+    for (int round = 0; round < 600; ++round) {
+      std::string data(rng.Below(120), '\0');
+      for (char& ch : data) {
+        unsigned int n = rng.Below(60);
+        ch = n < 9 ? kAlphabet[n] : 'v';
+      }
+      std::vector<std::string> needles(static_cast<size_t>(nStrings));
+      for (std::string& needle : needles) {
+        needle.resize(1 + rng.Below(3));
+        for (char& ch : needle) ch = kAlphabet[rng.Below(9)];
+      }
+      NeedleList list(needles);
+      CKelStream stream(0, nullptr, nullptr, 0);
+      Put(stream, data);
+      size_t nFrom = rng.Below(static_cast<unsigned int>(data.size() + 1));
+      stream.Seek(static_cast<long>(nFrom), 0);
+      int nExpectedIndex = 0;
+      long nExpected = ReferenceLength(data, nFrom, list, nExpectedIndex);
+      int nIndex = 42;
+      ASSERT_EQ(nExpected, Measure(stream, list, nIndex))
+          << nStrings << " strings, round " << round;
+      ASSERT_EQ(nExpectedIndex, nIndex) << nStrings << " strings, round " << round;
+    }
+  }
+}
+
 // Same comparison with more distinct first bytes than the memchr path takes.
 TEST(KelStreamSearch, AgreesWithReferenceWithManyFirstBytes) {
   Lcg rng(99);
