@@ -5,6 +5,7 @@
 #include <ctime>
 
 #include "calendar.h"
+#include "date_fixed.h"
 #include "date_fields.h"
 #include "date_text.h"
 
@@ -151,6 +152,7 @@ void PinClockForTesting(int year, int month) {
 
 int FormatDateTime(const DateMask& mask, const DateTimeFields& v, bool allow_fraction, int fsprec,
                    const ZoneOutput* zone, std::string* out) {
+  if (mask.fixed && FormatFixed(mask, v, allow_fraction, fsprec, out)) return 0;
   // Written straight into `out`, whose buffer a caller may reuse.
   std::string& text = *out;
   text.clear();

@@ -75,6 +75,9 @@ struct DateMask {
   // The mask asks for exact input (FX) before its first element: leading
   // blanks of the input are then not skipped.
   bool exact_from_start = false;
+  // Only fixed-width numeric elements and punctuation (date_fixed.h): the common values
+  // are written and read without the general machinery.
+  bool fixed = false;
 };
 
 struct DateTimeFields {

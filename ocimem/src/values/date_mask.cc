@@ -1,6 +1,7 @@
 // Datetime masks split into elements, and the checks Oracle makes of a mask
 // before it reads any text with it.
 #include "date_format.h"
+#include "date_fixed.h"
 #include "date_text.h"
 
 namespace ocimem::values {
@@ -158,6 +159,7 @@ int ParseDateMask(std::string_view mask, DateMask* out) {
     result.input_error[k] = CheckInputMask(result, options);
   }
   if (!has_year || !has_month) result.needs_clock = true;
+  result.fixed = IsFixedMask(result);
   *out = std::move(result);
   return 0;
 }

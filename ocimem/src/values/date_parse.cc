@@ -4,6 +4,7 @@
 #include <initializer_list>
 
 #include "date_fields.h"
+#include "date_fixed.h"
 #include "date_resolve.h"
 #include "date_text.h"
 
@@ -432,6 +433,10 @@ int ParseDateTime(std::string_view text, const DateMask& mask, const DateParseOp
                   DateTimeFields* value, ZoneInput* zone) {
   if (int rc = mask.input_error[(options.allow_fraction ? 1 : 0) | (options.allow_zone ? 2 : 0)]) {
     return rc;
+  }
+  if (mask.fixed && ParseFixed(text, mask, value)) {
+    if (zone != nullptr) *zone = ZoneInput();
+    return 0;
   }
   Reader r{text, 0};
   if (!mask.exact_from_start) {
