@@ -102,13 +102,12 @@ namespace {
 // '-', integer digits without leading zeros, fraction digits without trailing
 // zeros, "0" when both are empty, the point whenever the model has one.
 int FormatPlain(bool negative, const char* value_digits, long digits, int exponent,
-                const NumberModel& model, char* buf, std::size_t room) {
-  if (!model.plain_fill) return -1;
+                long int_positions, long frac_positions, bool has_point, char* buf,
+                std::size_t room) {
   const bool zero = digits == 0;
-  const long frac_positions = static_cast<long>(model.fraction.size());
   const long int_digits = zero ? 0 : std::max(0, exponent);
-  if (!zero && exponent + frac_positions < digits) return -1;             // rounds
-  if (int_digits > static_cast<long>(model.integer.size())) return -1;  // overflow
+  if (!zero && exponent + frac_positions < digits) return -1;  // rounds
+  if (int_digits > int_positions) return -1;                   // overflow
   auto digit_at = [value_digits, digits](long index) {
     return index >= 0 && index < digits ? value_digits[index] : '0';
   };
@@ -119,7 +118,7 @@ int FormatPlain(bool negative, const char* value_digits, long digits, int expone
   const bool lone_zero = int_digits == 0 && frac_digits == 0;
   const std::size_t length = (negative ? 1 : 0) +
                              static_cast<std::size_t>(lone_zero ? 1 : int_digits) +
-                             (model.has_point ? 1 : 0) + static_cast<std::size_t>(frac_digits);
+                             (has_point ? 1 : 0) + static_cast<std::size_t>(frac_digits);
   if (length + 1 > room) return -1;
   char* p = buf;
   if (negative) *p++ = '-';
@@ -129,7 +128,7 @@ int FormatPlain(bool negative, const char* value_digits, long digits, int expone
   if (int_given > 0) std::memcpy(p, value_digits, static_cast<std::size_t>(int_given));
   p += int_given;
   for (long i = int_given; i < int_digits; ++i) *p++ = '0';
-  if (model.has_point) *p++ = '.';
+  if (has_point) *p++ = '.';
   // Fraction digits: zeros down to the first digit of a value below 0.1, then its digits.
   const long frac_zeros = std::min(frac_digits, std::max(0L, -static_cast<long>(exponent)));
   for (long j = 0; j < frac_zeros; ++j) *p++ = '0';
@@ -144,14 +143,41 @@ int FormatPlain(bool negative, const char* value_digits, long digits, int expone
 
 int FormatNumberPlain(const Decimal& value, const NumberModel& model, char* buf,
                       std::size_t room) {
+  if (!model.plain_fill) return -1;
   return FormatPlain(value.negative, value.digits.data(), static_cast<long>(value.digits.size()),
-                     value.exponent, model, buf, room);
+                     value.exponent, static_cast<long>(model.integer.size()),
+                     static_cast<long>(model.fraction.size()), model.has_point, buf, room);
 }
 
 int FormatNumberPlain(const DecimalDigits& value, const NumberModel& model, char* buf,
                       std::size_t room) {
-  return FormatPlain(value.negative, value.Digits(), value.count, value.exponent, model, buf,
-                     room);
+  if (!model.plain_fill) return -1;
+  return FormatPlain(value.negative, value.Digits(), value.count, value.exponent,
+                     static_cast<long>(model.integer.size()),
+                     static_cast<long>(model.fraction.size()), model.has_point, buf, room);
+}
+
+bool PlainMaskShape(std::string_view mask, PlainShape* out) {
+  const std::size_t n = mask.size();
+  if (n < 2 || Upper(mask[0]) != 'F' || Upper(mask[1]) != 'M') return false;
+  std::size_t pos = 2;
+  while (pos < n && mask[pos] == '9') ++pos;
+  out->int_positions = static_cast<long>(pos - 2);
+  out->has_point = pos < n && mask[pos] == '.';
+  if (!out->has_point) {
+    out->frac_positions = 0;
+    return pos == n;
+  }
+  const std::size_t point = ++pos;
+  while (pos < n && mask[pos] == '9') ++pos;
+  out->frac_positions = static_cast<long>(pos - point);
+  return pos == n;
+}
+
+int FormatNumberPlain(const DecimalDigits& value, const PlainShape& shape, char* buf,
+                      std::size_t room) {
+  return FormatPlain(value.negative, value.Digits(), value.count, value.exponent,
+                     shape.int_positions, shape.frac_positions, shape.has_point, buf, room);
 }
 
 int FormatNumber(const Decimal& value, const NumberModel& model, std::string* out) {

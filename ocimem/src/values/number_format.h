@@ -48,6 +48,19 @@ int FormatNumberPlain(const Decimal& value, const NumberModel& model, char* buf,
 int FormatNumberPlain(const DecimalDigits& value, const NumberModel& model, char* buf,
                       std::size_t room);
 
+// The positions of a plain fill-mode mask read straight from its text: "FM" (any case),
+// '9's, and optionally '.' and more '9's, which ParseNumberModel reads as a plain_fill
+// model with these positions. False for every other mask.
+struct PlainShape {
+  long int_positions = 0;
+  long frac_positions = 0;
+  bool has_point = false;
+};
+bool PlainMaskShape(std::string_view mask, PlainShape* out);
+// FormatNumberPlain for the model of such a mask, without the model.
+int FormatNumberPlain(const DecimalDigits& value, const PlainShape& shape, char* buf,
+                      std::size_t room);
+
 // Returns 0 or kOraInvalidInput; the result is not yet range-checked.
 int ParseNumber(std::string_view text, const NumberModel& model, Decimal* out);
 

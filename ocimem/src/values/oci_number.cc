@@ -169,6 +169,18 @@ sword OCINumberToText(OCIError* err, const OCINumber* number, const oratext* fmt
     return FailInvalidNumber(err, 2);
   }
   const std::string_view mask = View(fmt, fmt_length);
+  // The masks a host builds from a column's precision and scale ("FM99999.99") are read
+  // from their text; their values mostly need neither a model nor rounding.
+  ocimem::values::PlainShape shape;
+  if (ocimem::values::PlainMaskShape(mask, &shape)) {
+    const int plain = ocimem::values::FormatNumberPlain(digits, shape,
+                                                        reinterpret_cast<char*>(buf), *buf_size);
+    if (plain >= 0) {
+      buf[plain] = '\0';
+      *buf_size = static_cast<ub4>(plain);
+      return OCI_SUCCESS;
+    }
+  }
   const ocimem::values::NumberModel* model = nullptr;
   if (CachedNumberModel(mask, &model) != 0) {
     return ocimem::Fail(err, ocimem::values::kOraInvalidFormat,
