@@ -443,10 +443,10 @@ void BM_AdapterReadNotes(benchmark::State& state) { AdapterRead(state, false); }
 void BM_RapidJsonParseOrders(benchmark::State& state) { JsonParse(state, P().orderLines); }
 void BM_RapidJsonParseNotes(benchmark::State& state) { JsonParse(state, P().noteLines); }
 
-BENCHMARK(BM_AdapterReadOrders);
-BENCHMARK(BM_RapidJsonParseOrders)->ArgName("reuse")->Arg(1)->Arg(0);
-BENCHMARK(BM_AdapterReadNotes);
-BENCHMARK(BM_RapidJsonParseNotes)->ArgName("reuse")->Arg(1)->Arg(0);
+BENCHMARK(BM_AdapterReadOrders)->Apply(FixedIterations);
+BENCHMARK(BM_RapidJsonParseOrders)->ArgName("reuse")->Arg(1)->Arg(0)->Apply(FixedIterations);
+BENCHMARK(BM_AdapterReadNotes)->Apply(FixedIterations);
+BENCHMARK(BM_RapidJsonParseNotes)->ArgName("reuse")->Arg(1)->Arg(0)->Apply(FixedIterations);
 BENCHMARK(BM_AdapterReadOrderBatch)
     ->Arg(kObjects)
     ->Arg(kBatchOrders)

@@ -356,10 +356,10 @@ void BM_AdapterNotes(benchmark::State& state) { AdapterWrite(state, false); }
 void BM_RapidJsonOrders(benchmark::State& state) { JsonWrite(state, PlainOrders()); }
 void BM_RapidJsonNotes(benchmark::State& state) { JsonWrite(state, PlainNotes()); }
 
-BENCHMARK(BM_AdapterOrders);
-BENCHMARK(BM_RapidJsonOrders);
-BENCHMARK(BM_AdapterNotes);
-BENCHMARK(BM_RapidJsonNotes);
+BENCHMARK(BM_AdapterOrders)->Apply(FixedIterations);
+BENCHMARK(BM_RapidJsonOrders)->Apply(FixedIterations);
+BENCHMARK(BM_AdapterNotes)->Apply(FixedIterations);
+BENCHMARK(BM_RapidJsonNotes)->Apply(FixedIterations);
 
 }  // namespace
 

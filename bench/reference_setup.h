@@ -9,6 +9,7 @@
 #ifndef VARNADP_BENCH_REFERENCE_SETUP_H
 #define VARNADP_BENCH_REFERENCE_SETUP_H
 
+#include <benchmark/benchmark.h>
 #include <rapidjson/document.h>
 
 #include <cerrno>
@@ -42,6 +43,16 @@ inline bool g_bCounting = false;
 inline unsigned long g_nAllocs = 0;
 inline void CountAlloc() {
   if (g_bCounting) ++g_nAllocs;
+}
+
+// For a profiler: with VARNADP_BENCH_ITERATIONS=N in the environment, a
+// benchmark given this (->Apply(FixedIterations)) runs exactly N iterations,
+// so that two runs differ by whole cycles over the records.
+inline void FixedIterations(benchmark::internal::Benchmark* b) {
+  if (const char* psz = std::getenv("VARNADP_BENCH_ITERATIONS")) {
+    const long n = std::atol(psz);
+    if (n > 0) b->Iterations(n);
+  }
 }
 }  // namespace refbench
 

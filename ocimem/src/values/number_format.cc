@@ -1,6 +1,7 @@
 #include "number_format.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 
 namespace ocimem::values {
@@ -157,11 +158,31 @@ int FormatNumberPlain(const DecimalDigits& value, const NumberModel& model, char
                      static_cast<long>(model.fraction.size()), model.has_point, buf, room);
 }
 
+namespace {
+
+// The position of the first byte from `pos` that is not '9' (n when there is none),
+// eight bytes at a time.
+std::size_t SkipNines(std::string_view text, std::size_t pos) {
+  const std::size_t n = text.size();
+#if defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+  constexpr std::uint64_t kNines = 0x3939393939393939ULL;
+  for (; pos + 8 <= n; pos += 8) {
+    std::uint64_t word;
+    std::memcpy(&word, text.data() + pos, sizeof word);
+    const std::uint64_t diff = word ^ kNines;
+    if (diff != 0) return pos + static_cast<std::size_t>(__builtin_ctzll(diff)) / 8;
+  }
+#endif
+  while (pos < n && text[pos] == '9') ++pos;
+  return pos;
+}
+
+}  // namespace
+
 bool PlainMaskShape(std::string_view mask, PlainShape* out) {
   const std::size_t n = mask.size();
   if (n < 2 || Upper(mask[0]) != 'F' || Upper(mask[1]) != 'M') return false;
-  std::size_t pos = 2;
-  while (pos < n && mask[pos] == '9') ++pos;
+  std::size_t pos = SkipNines(mask, 2);
   out->int_positions = static_cast<long>(pos - 2);
   out->has_point = pos < n && mask[pos] == '.';
   if (!out->has_point) {
@@ -169,7 +190,7 @@ bool PlainMaskShape(std::string_view mask, PlainShape* out) {
     return pos == n;
   }
   const std::size_t point = ++pos;
-  while (pos < n && mask[pos] == '9') ++pos;
+  pos = SkipNines(mask, pos);
   out->frac_positions = static_cast<long>(pos - point);
   return pos == n;
 }

@@ -64,6 +64,31 @@ TEST(NumberPlainShape, AgreesWithTheModelOnEveryShortMask) {
   EXPECT_EQ(recognised, 4 * (1 + 2 + 3 + 4 + 5));
 }
 
+// Long masks, read eight bytes at a time: every count of nines up to 45 on both sides of
+// the point, and each of them with one nine turned into a zero, which no plain mask has.
+TEST(NumberPlainShape, ReadsLongMasksAndRefusesAZeroAnywhere) {
+  for (int whole = 0; whole <= 45; ++whole) {
+    for (int fraction = -1; fraction <= 45; ++fraction) {
+      std::string mask = "FM" + std::string(static_cast<std::size_t>(whole), '9');
+      if (fraction >= 0) mask += "." + std::string(static_cast<std::size_t>(fraction), '9');
+      PlainShape shape;
+      ASSERT_TRUE(ocimem::values::PlainMaskShape(mask, &shape)) << mask;
+      EXPECT_EQ(shape.int_positions, whole) << mask;
+      EXPECT_EQ(shape.frac_positions, fraction < 0 ? 0 : fraction) << mask;
+      EXPECT_EQ(shape.has_point, fraction >= 0) << mask;
+      for (std::size_t k = 2; k < mask.size(); ++k) {
+        if (mask[k] != '9') continue;
+        std::string zero = mask;
+        zero[k] = '0';
+        ASSERT_FALSE(ocimem::values::PlainMaskShape(zero, &shape)) << zero;
+        NumberModel model;
+        ASSERT_EQ(ocimem::values::ParseNumberModel(zero, &model), 0) << zero;
+        ASSERT_FALSE(model.plain_fill) << zero;
+      }
+    }
+  }
+}
+
 // Random values (integers, fractions, tiny and huge magnitudes, both signs, zero) through
 // both ways of the same masks: the same length (or the same refusal) and the same text.
 TEST(NumberPlainShape, WritesAsTheModelOnRandomValues) {
