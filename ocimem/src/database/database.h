@@ -7,7 +7,9 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <string>
+#include <utility>
 
 #include "database/catalog.h"
 #include "session/handles.h"
@@ -23,6 +25,8 @@ struct Database {
   Catalog catalog;
   std::uint64_t next_txn = 1;
   std::uint64_t next_constraint = 7131;  // numbers of system-named constraints
+  // (schema, name) of every constraint: the names are unique in a schema.
+  std::set<std::pair<std::string, std::string>> constraint_names;
   ub4 next_object_id = 1;                // OCI_ATTR_OBJID of tables and views, in creation order
   std::uint64_t next_sequence = 1;       // Sequence::id, in creation order
 };

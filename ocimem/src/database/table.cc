@@ -115,6 +115,8 @@ std::string Table::KeyOf(const RowData& row) const {
 }
 
 void Table::IndexRecord(RowRecord* record) {
+  for (UniqueKey& k : unique_keys) k.index.Add(*this, record);
+  for (ForeignKey& f : foreign_keys) f.index.Add(*this, record);
   if (primary_key.empty()) return;
   if (record->committed) key_index.emplace(record->committed_key, record);
   if (record->has_pending && record->pending &&
@@ -124,6 +126,8 @@ void Table::IndexRecord(RowRecord* record) {
 }
 
 void Table::UnindexRecord(RowRecord* record) {
+  for (UniqueKey& k : unique_keys) k.index.Remove(*this, record);
+  for (ForeignKey& f : foreign_keys) f.index.Remove(*this, record);
   if (primary_key.empty()) return;
   for (const std::string* key : {&record->committed_key, &record->pending_key}) {
     auto range = key_index.equal_range(*key);

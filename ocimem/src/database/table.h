@@ -13,6 +13,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "database/constraint.h"
 #include "lob/lob.h"
 #include "objects/type.h"
 
@@ -60,6 +61,12 @@ struct Table {
   std::vector<bool> not_null;               // per column (attribute of the row type)
   std::vector<size_t> primary_key;          // column positions, empty = none
   std::string primary_key_name;             // constraint name shown by ORA-00001
+  std::vector<UniqueKey> unique_keys;
+  std::vector<ForeignKey> foreign_keys;
+  std::vector<CheckConstraint> checks;
+  std::vector<Referrer> referrers;          // foreign keys that refer to this table
+  std::vector<ColumnDefault> defaults;      // per column
+  std::vector<std::string> constraint_names;  // every constraint of the table, NOT NULL too
   std::vector<std::string> nested_storage;  // STORE AS names, kept for the catalog
   std::vector<std::shared_ptr<RowRecord>> rows;
   std::unordered_multimap<std::string, RowRecord*> key_index;
@@ -68,8 +75,11 @@ struct Table {
   const std::vector<Attribute>& columns() const { return row_type->attributes; }
   // Column position by stored name, or -1.
   int FindColumn(const std::string& name) const;
-  // The primary-key value of a row version as index text ("" when there is no key).
+  // The primary-key value of a row version as index text ("" when there is no key); the
+  // same text as RowKey gives for those columns.
   std::string KeyOf(const RowData& row) const;
+  // Adds a record's versions to the key indexes (primary, unique and foreign), or takes
+  // them out; a record is taken out before its versions change and added after.
   void IndexRecord(RowRecord* record);
   void UnindexRecord(RowRecord* record);
   // Drops dead records.

@@ -1,6 +1,7 @@
 // CREATE SEQUENCE, DROP SEQUENCE and TRUNCATE TABLE.
 #include <mutex>
 
+#include "sql/constraint_ddl.h"
 #include "sql/sql_exec.h"
 #include "sql/sql_rows.h"
 
@@ -115,6 +116,7 @@ bool TruncateTable(const ExecContext& ctx, const TruncateTableStatement& s, SqlE
   Table* table = nullptr;
   if (!ResolveTable(ctx, ref, &table, error)) return false;
   if (table->dual) return SetError(error, 1031, "insufficient privileges");
+  if (!CheckTruncateTable(*table, error)) return false;
   // The session's own transaction ended before; rows another one holds stop the truncate.
   for (const auto& record : table->rows) {
     if (record->lock_txn != 0 && record->lock_txn != CurrentTxn(ctx)) return Busy(error);

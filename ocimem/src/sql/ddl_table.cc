@@ -1,9 +1,9 @@
 // CREATE TABLE and DROP TABLE.
-#include <cstdio>
 #include <mutex>
 #include <set>
 
 #include "collections/coll.h"
+#include "sql/constraint_ddl.h"
 #include "sql/sql_exec.h"
 #include "database/view.h"
 
@@ -21,11 +21,6 @@ bool InvalidIdentifier(SqlError* error, const std::string& name) {
 bool IsNestedTable(const ValueType& t) {
   return t.kind == ValueKind::kCollection && t.named &&
          t.named->collection_typecode == OCI_TYPECODE_TABLE;
-}
-
-bool CanBeKey(const ValueType& t) {
-  return t.kind == ValueKind::kNumber || t.kind == ValueKind::kString ||
-         t.kind == ValueKind::kDate || t.kind == ValueKind::kRaw;
 }
 
 }  // namespace
@@ -61,39 +56,8 @@ bool CreateTable(const ExecContext& ctx, const CreateTableStatement& s, SqlError
     type->Layout();
     table->row_type = type;
   }
+  if (!ApplyConstraints(ctx, s, table.get(), error)) return false;
   const std::vector<Attribute>& columns = table->columns();
-  table->not_null.assign(columns.size(), false);
-  std::string pk_name = s.primary_key_name;
-  std::vector<std::string> pk_columns = s.primary_key;
-  for (const ColumnSpec& c : s.columns) {
-    int pos = table->FindColumn(c.name);
-    if (pos < 0) return InvalidIdentifier(error, c.name);
-    if (c.not_null) table->not_null[static_cast<size_t>(pos)] = true;
-    if (c.primary_key) {
-      if (!pk_columns.empty()) return SetError(error, 2260, "table can have only one primary key");
-      pk_columns.push_back(c.name);
-      pk_name = c.constraint_name;
-    }
-  }
-  for (const std::string& name : pk_columns) {
-    int pos = table->FindColumn(name);
-    if (pos < 0) return InvalidIdentifier(error, name);
-    const ValueType& t = columns[static_cast<size_t>(pos)].type;
-    if (!CanBeKey(t)) {
-      return SetError(error, 2329,
-                      std::string("column of datatype ") +
-                          (t.kind == ValueKind::kLob ? "LOB" : "Named Type") +
-                          " cannot be unique or a primary key");
-    }
-    table->primary_key.push_back(static_cast<size_t>(pos));
-    table->not_null[static_cast<size_t>(pos)] = true;  // key columns are NOT NULL
-  }
-  if (!pk_columns.empty()) {
-    char system_name[32];
-    std::snprintf(system_name, sizeof system_name, "SYS_C%06llu",
-                  static_cast<unsigned long long>(ctx.db->next_constraint++));
-    table->primary_key_name = pk_name.empty() ? std::string(system_name) : pk_name;
-  }
   // Nested-table columns need their storage table named.
   std::set<std::string> stored;
   for (const NestedStorage& n : s.nested) {
@@ -114,6 +78,7 @@ bool CreateTable(const ExecContext& ctx, const CreateTableStatement& s, SqlError
     }
   }
   table->object_id = ctx.db->next_object_id++;
+  RegisterConstraints(ctx.db, table.get());
   catalog.PutTable(std::move(table));
   return true;
 }
@@ -131,6 +96,8 @@ bool DropTable(const ExecContext& ctx, const DropTableStatement& s, SqlError* er
                       "resource busy and acquire with NOWAIT specified or timeout expired");
     }
   }
+  if (!CheckDropTable(*table, s.cascade_constraints, error)) return false;
+  DropConstraints(ctx.db, table.get());
   catalog.Remove(schema, s.name.name);
   InvalidateDependents(&catalog, schema, s.name.name);
   return true;

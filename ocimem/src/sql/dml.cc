@@ -5,6 +5,8 @@
 
 #include "collections/coll.h"
 #include "statements/convert.h"
+#include "sql/column_default.h"
+#include "sql/constraint_enforce.h"
 #include "sql/sql_exec.h"
 #include "sql/sql_rows.h"
 #include "objects/value_slot.h"
@@ -175,42 +177,47 @@ bool ExecuteInsert(const ExecContext& ctx, const InsertStatement& s, ExecResult*
   } else {
     for (size_t i = 0; i < columns.size(); ++i) targets.push_back(i);
   }
-  std::vector<Value> values(s.values.size());
+  const size_t written = targets.size();
+  std::vector<Expr> exprs = s.values;
+  if (!WithDefaults(*table, s.has_columns, &targets, &exprs)) {
+    return SetError(error, 913, "too many values");
+  }
+  std::vector<Value> values(exprs.size());
   ctx.row_nextvals.clear();
-  for (const Expr& e : s.values) {
+  for (const Expr& e : exprs) {
     if (!AdvanceSequences(ctx, e, error)) return false;
   }
-  for (size_t i = 0; i < s.values.size(); ++i) {
-    if (s.values[i].kind == Expr::Kind::kConstructor) continue;  // built where stored
-    if (!Evaluate(ctx, s.values[i], &values[i], error)) return false;
+  for (size_t i = 0; i < exprs.size(); ++i) {
+    if (exprs[i].kind == Expr::Kind::kConstructor) continue;  // built where stored
+    if (!Evaluate(ctx, exprs[i], &values[i], error)) return false;
   }
   // An object table also takes one instance of its type for the whole row.
   bool one_instance =
       values.size() == 1 &&
       ((values[0].kind == Value::Kind::kObject && values[0].tdo == table->row_type.get()) ||
-       (s.values[0].kind == Expr::Kind::kConstructor &&
-        s.values[0].type.name == table->row_type->name &&
-        (s.values[0].type.schema.empty() ? ctx.schema : s.values[0].type.schema) ==
+       (exprs[0].kind == Expr::Kind::kConstructor &&
+        exprs[0].type.name == table->row_type->name &&
+        (exprs[0].type.schema.empty() ? ctx.schema : exprs[0].type.schema) ==
             table->row_type->schema));
   bool whole_row = table->object_table && !s.has_columns &&
                    (one_instance || (values.size() == 1 && columns.size() != 1 &&
                                      values[0].kind == Value::Kind::kObject));
   if (!whole_row) {
-    if (values.size() < targets.size()) return SetError(error, 947, "not enough values");
-    if (values.size() > targets.size()) return SetError(error, 913, "too many values");
+    if (s.values.size() < written) return SetError(error, 947, "not enough values");
+    if (s.values.size() > written) return SetError(error, 913, "too many values");
   }
   std::shared_ptr<RowData> row = NewRow(table->row_type);
   if (!row) return SetError(error, 4030, "out of process memory");
   if (whole_row) {
     ValueType t = RowValueType(*table);
-    if (!StoreColumn(ctx, s.values[0], values[0], t, row->value, row->ind, Target(), error)) {
+    if (!StoreColumn(ctx, exprs[0], values[0], t, row->value, row->ind, Target(), error)) {
       return false;
     }
     row->ind[0] = OCI_IND_NOTNULL;
   } else {
     for (size_t i = 0; i < targets.size(); ++i) {
       const Attribute& a = columns[targets[i]];
-      if (!StoreColumn(ctx, s.values[i], values[i], a.type, SlotAt(*row, a),
+      if (!StoreColumn(ctx, exprs[i], values[i], a.type, SlotAt(*row, a),
                        IndAt(*row, a.ind_offset), TargetOf(*table, targets[i]), error)) {
         return false;
       }
@@ -221,6 +228,7 @@ bool ExecuteInsert(const ExecContext& ctx, const InsertStatement& s, ExecResult*
   }
   std::string key = table->KeyOf(*row);
   if (!CheckKeyFree(ctx, *table, key, nullptr, error)) return false;
+  if (!CheckInsertedRow(ctx, table, *row, error)) return false;
   auto record = std::make_shared<RowRecord>();
   record->table = table;
   ValueType t = RowValueType(*table);
@@ -254,15 +262,20 @@ bool ExecuteUpdate(const ExecContext& ctx, const UpdateStatement& s, ExecResult*
     }
     targets.push_back(pos);
   }
-  for (const auto& set : s.sets) {
-    if (set.second.kind == Expr::Kind::kColumn || set.second.kind == Expr::Kind::kValue) {
+  // SET column = DEFAULT takes the column's default.
+  std::vector<Expr> set_values;
+  for (size_t i = 0; i < s.sets.size(); ++i) {
+    const Expr& e = s.sets[i].second;
+    set_values.push_back(e.kind == Expr::Kind::kDefault ? DefaultOf(*table, targets[i]) : e);
+  }
+  for (const Expr& e : set_values) {
+    if (e.kind == Expr::Kind::kColumn || e.kind == Expr::Kind::kValue) {
       return SetError(error, 936, "missing expression");
     }
     Value v;
     // Sequence values are taken row by row below.
-    if (!SequencesExist(ctx, set.second, error)) return false;
-    if (set.second.kind != Expr::Kind::kConstructor && !HasSequence(set.second) &&
-        !Evaluate(ctx, set.second, &v, error)) {
+    if (!SequencesExist(ctx, e, error)) return false;
+    if (e.kind != Expr::Kind::kConstructor && !HasSequence(e) && !Evaluate(ctx, e, &v, error)) {
       return false;
     }
     values.push_back(std::move(v));
@@ -279,10 +292,10 @@ bool ExecuteUpdate(const ExecContext& ctx, const UpdateStatement& s, ExecResult*
     if (!row) return SetError(error, 4030, "out of process memory");
     ctx.row_nextvals.clear();
     for (size_t i = 0; i < targets.size(); ++i) {
-      if (!AdvanceSequences(ctx, s.sets[i].second, error)) return false;
+      if (!AdvanceSequences(ctx, set_values[i], error)) return false;
     }
     for (size_t i = 0; i < targets.size(); ++i) {
-      const Expr& e = s.sets[i].second;
+      const Expr& e = set_values[i];
       if (e.kind != Expr::Kind::kConstructor && HasSequence(e) &&
           !Evaluate(ctx, e, &values[i], error)) {
         return false;
@@ -290,7 +303,7 @@ bool ExecuteUpdate(const ExecContext& ctx, const UpdateStatement& s, ExecResult*
     }
     for (size_t i = 0; i < targets.size(); ++i) {
       const Attribute& a = columns[targets[i]];
-      if (!StoreColumn(ctx, s.sets[i].second, values[i], a.type, SlotAt(*row, a),
+      if (!StoreColumn(ctx, set_values[i], values[i], a.type, SlotAt(*row, a),
                        IndAt(*row, a.ind_offset), TargetOf(*table, targets[i]), error)) {
         return false;
       }
@@ -314,6 +327,7 @@ bool ExecuteUpdate(const ExecContext& ctx, const UpdateStatement& s, ExecResult*
     updated.push_back(std::move(row));
     keys.push_back(std::move(key));
   }
+  if (!CheckUpdatedRows(ctx, table, found, updated, error)) return false;
   for (size_t i = 0; i < found.size(); ++i) {
     const std::shared_ptr<RowRecord>& record = found[i].record;
     table->UnindexRecord(record.get());
@@ -338,6 +352,9 @@ bool ExecuteDelete(const ExecContext& ctx, const DeleteStatement& s, ExecResult*
   if (!PrepareWhere(ctx, *table, s.table, s.where, &conds, error)) return false;
   std::vector<Found> found = FindRows(ctx, table, conds);
   if (!CheckLocks(ctx, found, error)) return false;
+  StatementChanges cascade;
+  if (!PlanDelete(ctx, table, found, &cascade, error)) return false;
+  ApplyCascade(ctx, cascade);
   for (const Found& f : found) {
     if (!s.returning.empty()) result->returned.push_back(f.row);
     table->UnindexRecord(f.record.get());

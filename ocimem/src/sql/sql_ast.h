@@ -77,32 +77,16 @@ struct DropTypeStatement {
   bool force = false;
 };
 
-struct ColumnSpec {
-  std::string name;
-  DataTypeSpec type;
-  bool not_null = false;
-  bool primary_key = false;
-  std::string constraint_name;  // CONSTRAINT name before PRIMARY KEY / NOT NULL
-};
 
 struct NestedStorage {
   std::string column;  // or COLUMN_VALUE
   std::string storage;
 };
 
-// CREATE TABLE name OF type [(constraints)] or CREATE TABLE name (columns, constraints).
-struct CreateTableStatement {
-  QualifiedName name;
-  bool object_table = false;
-  QualifiedName of_type;
-  std::vector<ColumnSpec> columns;       // relational; for an object table: constraints only
-  std::vector<std::string> primary_key;  // table-level PRIMARY KEY (cols)
-  std::string primary_key_name;
-  std::vector<NestedStorage> nested;
-};
 
 struct DropTableStatement {
   QualifiedName name;
+  bool cascade_constraints = false;
 };
 
 // An operand: a literal, a bind variable, a column, VALUE(alias), EMPTY_CLOB()/EMPTY_BLOB(),
@@ -111,6 +95,7 @@ struct Expr {
   enum class Kind {
     kNull, kNumber, kString, kBind, kEmptyClob, kEmptyBlob, kColumn, kValue, kConstructor,
     kSessionTimeZone, kDbTimeZone, kSequence,
+    kDefault,  // the word DEFAULT as a value of INSERT ... VALUES or UPDATE ... SET
   };
   Kind kind = Kind::kNull;
   std::string text;       // number or string literal, bind name (upper case), column name,
@@ -125,6 +110,38 @@ struct Expr {
 struct Condition {
   Expr column;
   Expr value;
+};
+
+// A constraint of CREATE TABLE, written on a column (`columns` is that column) or on its
+// own.  Kept in the order written, which is the order system names are given in.
+struct ConstraintSpec {
+  enum class Kind { kNotNull, kNull, kPrimaryKey, kUnique, kCheck, kForeignKey };
+  enum class OnDelete { kNoAction, kCascade, kSetNull };
+  Kind kind = Kind::kNotNull;
+  std::string name;  // empty: named by the system
+  bool on_column = false;
+  std::vector<std::string> columns;
+  std::vector<Condition> check;          // kCheck: conditions joined by AND
+  QualifiedName parent;                  // kForeignKey
+  std::vector<std::string> parent_columns;  // empty: the parent's primary key
+  OnDelete on_delete = OnDelete::kNoAction;
+};
+
+struct ColumnSpec {
+  std::string name;
+  DataTypeSpec type;
+  bool has_default = false;
+  Expr default_value;
+};
+
+// CREATE TABLE name OF type [(constraints)] or CREATE TABLE name (columns, constraints).
+struct CreateTableStatement {
+  QualifiedName name;
+  bool object_table = false;
+  QualifiedName of_type;
+  std::vector<ColumnSpec> columns;  // relational; for an object table: none
+  std::vector<ConstraintSpec> constraints;
+  std::vector<NestedStorage> nested;
 };
 
 struct TableRef {

@@ -52,8 +52,13 @@ class Parser {
   bool ParseAlterSession(Statement* out);
   bool ParseCreateType(Statement* out, bool or_replace);
   bool ParseCreateTable(Statement* out);
-  bool ParseColumnConstraints(ColumnSpec* column);
+  bool ParseTableElement(CreateTableStatement* s, bool object_table);
+  bool ParseColumnConstraints(const std::string& column, std::vector<ConstraintSpec>* out);
   bool ParseTableConstraint(CreateTableStatement* s);
+  bool ParseKeyColumns(std::vector<std::string>* out);
+  bool ParseReferences(ConstraintSpec* c);
+  bool ParseCheck(ConstraintSpec* c);
+  bool ParseDefault(ColumnSpec* column);
   bool ParseNestedStorage(CreateTableStatement* s);
   bool ParseDropTable(Statement* out);
   bool ParseCreateView(Statement* out, bool or_replace);
@@ -65,9 +70,12 @@ class Parser {
   bool ParseDelete(Statement* out);
   bool ParseTableRef(TableRef* out, bool allow_alias);
   bool ParseWhere(std::vector<Condition>* out);
+  bool ParseConditions(std::vector<Condition>* out);
   bool ParseReturning(std::vector<ReturningClause>* out);
   bool ParseColumnRef(Expr* out);
   bool ParseValue(Expr* out);
+  // A value, or the word DEFAULT (INSERT ... VALUES and UPDATE ... SET).
+  bool ParseValueOrDefault(Expr* out);
   bool ParseDropType(Statement* out);
   bool ParseSequenceNumber(std::string* out);
   bool ParseCreateSequence(Statement* out);

@@ -22,104 +22,6 @@ bool IsClauseWord(const Token& t) {
 
 }  // namespace
 
-bool Parser::ParseCreateTable(Statement* out) {
-  CreateTableStatement s;
-  if (!ParseQualifiedName(&s.name)) return false;
-  if (AcceptWord("OF")) {
-    s.object_table = true;
-    if (!ParseQualifiedName(&s.of_type)) return false;
-    if (AcceptSymbol("(")) {
-      do {
-        if (Peek().IsWord("CONSTRAINT") || Peek().IsWord("PRIMARY")) {
-          if (!ParseTableConstraint(&s)) return false;
-        } else {
-          ColumnSpec c;
-          if (!ParseIdentifier(&c.name) || !ParseColumnConstraints(&c)) return false;
-          s.columns.push_back(std::move(c));
-        }
-      } while (AcceptSymbol(","));
-      if (!ExpectSymbol(")")) return false;
-    }
-  } else {
-    if (!ExpectSymbol("(")) return false;
-    do {
-      if (Peek().IsWord("CONSTRAINT") || Peek().IsWord("PRIMARY")) {
-        if (!ParseTableConstraint(&s)) return false;
-        continue;
-      }
-      ColumnSpec c;
-      if (!ParseIdentifier(&c.name) || !ParseDataType(&c.type) || !ParseColumnConstraints(&c)) {
-        return false;
-      }
-      s.columns.push_back(std::move(c));
-    } while (AcceptSymbol(","));
-    if (!ExpectSymbol(")")) return false;
-  }
-  while (Peek().IsWord("NESTED")) {
-    if (!ParseNestedStorage(&s)) return false;
-  }
-  if (!ExpectEnd(922)) return false;
-  *out = std::move(s);
-  return true;
-}
-
-bool Parser::ParseColumnConstraints(ColumnSpec* column) {
-  for (;;) {
-    std::string name;
-    // A named constraint of a kind the engine does not keep (UNIQUE, CHECK,
-    // REFERENCES) ends the column like an unnamed one, so both are refused alike.
-    if (AcceptWord("CONSTRAINT") && !ParseIdentifier(&name)) return false;
-    if (AcceptWord("NOT")) {
-      if (!ExpectWord("NULL")) return false;
-      column->not_null = true;
-    } else if (AcceptWord("NULL")) {
-      column->not_null = false;
-    } else if (AcceptWord("PRIMARY")) {
-      if (!ExpectWord("KEY")) return false;
-      column->primary_key = true;
-      if (!name.empty()) column->constraint_name = name;
-    } else {
-      return true;
-    }
-  }
-}
-
-bool Parser::ParseTableConstraint(CreateTableStatement* s) {
-  std::string name;
-  if (AcceptWord("CONSTRAINT") && !ParseIdentifier(&name)) return false;
-  if (!ExpectWord("PRIMARY") || !ExpectWord("KEY") || !ExpectSymbol("(")) return false;
-  if (!s->primary_key.empty()) return Fail(2260, "table can have only one primary key");
-  do {
-    std::string column;
-    if (!ParseIdentifier(&column)) return false;
-    s->primary_key.push_back(std::move(column));
-  } while (AcceptSymbol(","));
-  s->primary_key_name = name;
-  return ExpectSymbol(")");
-}
-
-bool Parser::ParseNestedStorage(CreateTableStatement* s) {
-  Next();  // NESTED
-  if (!ExpectWord("TABLE")) return false;
-  NestedStorage n;
-  if (!ParseIdentifier(&n.column) || !ExpectWord("STORE") || !ExpectWord("AS") ||
-      !ParseIdentifier(&n.storage)) {
-    return false;
-  }
-  s->nested.push_back(std::move(n));
-  return true;
-}
-
-bool Parser::ParseDropTable(Statement* out) {
-  DropTableStatement s;
-  if (!ParseQualifiedName(&s.name)) return false;
-  if (AcceptWord("CASCADE") && !ExpectWord("CONSTRAINTS")) return false;
-  AcceptWord("PURGE");
-  if (!ExpectEnd(933)) return false;
-  *out = std::move(s);
-  return true;
-}
-
 bool Parser::ParseCreateView(Statement* out, bool or_replace) {
   CreateViewStatement s;
   s.or_replace = or_replace;
@@ -256,6 +158,10 @@ bool Parser::ParseValue(Expr* out) {
 
 bool Parser::ParseWhere(std::vector<Condition>* out) {
   if (!AcceptWord("WHERE")) return true;
+  return ParseConditions(out);
+}
+
+bool Parser::ParseConditions(std::vector<Condition>* out) {
   do {
     Expr left;
     Expr right;
@@ -298,7 +204,7 @@ bool Parser::ParseInsert(Statement* out) {
   if (!ExpectSymbol("(")) return false;
   do {
     Expr v;
-    if (!ParseValue(&v)) return false;
+    if (!ParseValueOrDefault(&v)) return false;
     if (v.kind == Expr::Kind::kValue) return Fail(904, "\"VALUE\": invalid identifier");
     s.values.push_back(std::move(v));
   } while (AcceptSymbol(","));
@@ -365,7 +271,7 @@ bool Parser::ParseUpdate(Statement* out) {
     Expr value;
     if (!ParseColumnRef(&column)) return false;
     if (!AcceptSymbol("=")) return Fail(927, "missing equal sign");
-    if (!ParseValue(&value)) return false;
+    if (!ParseValueOrDefault(&value)) return false;
     s.sets.emplace_back(std::move(column), std::move(value));
   } while (AcceptSymbol(","));
   if (!ParseWhere(&s.where)) return false;

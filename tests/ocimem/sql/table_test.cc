@@ -56,16 +56,6 @@ TEST_F(TableTest, RelationalTableStoresEachColumnType) {
   EXPECT_EQ(std::vector<std::string>{"xy "}, Column("select c from t where c = 'xy'"));
 }
 
-// Only NOT NULL, NULL and PRIMARY KEY are kept; other constraint kinds end the
-// column definition where the parser expects ')' or ',', named or not.
-TEST_F(TableTest, ConstraintKindsNotKeptAreRefusedNamedOrNot) {
-  EXPECT_EQ(907, ExecError("create table p1 (c number unique)"));
-  EXPECT_EQ(907, ExecError("create table p2 (c number constraint k unique)"));
-  EXPECT_EQ(907, ExecError("create table p3 (c number check (c > 0))"));
-  EXPECT_EQ(907, ExecError("create table p4 (c number constraint k check (c > 0))"));
-  MustExec("create table p5 (c number constraint k primary key constraint n not null)");
-}
-
 TEST_F(TableTest, UnquotedNamesAreUpperCase) {
   MustExec("create table Mixed (Col number)");
   MustExec("insert into MIXED (COL) values (1)");

@@ -1,0 +1,30 @@
+// The constraints and defaults of CREATE TABLE, and what they change for DROP TABLE and
+// TRUNCATE TABLE (constraint_ddl.cc).  The caller holds the database mutex.
+#ifndef OCIMEM_SRC_SQL_CONSTRAINT_DDL_H
+#define OCIMEM_SRC_SQL_CONSTRAINT_DDL_H
+
+#include "sql/sql_exec.h"
+
+namespace ocimem {
+
+// Gives the new table `table` (its row type laid out, not yet in the catalog) the NOT NULL,
+// primary key, UNIQUE, CHECK and foreign-key constraints and the defaults of `s`, naming
+// the unnamed ones; false with the error Oracle gives for a bad one.
+bool ApplyConstraints(const ExecContext& ctx, const CreateTableStatement& s, Table* table,
+                      SqlError* error);
+// Enters the constraint names of a table now in the catalog, and its foreign keys in the
+// tables they refer to.
+void RegisterConstraints(Database* db, Table* table);
+
+// ORA-02449 when another table's foreign key refers to `table` and CASCADE CONSTRAINTS
+// was not given.
+bool CheckDropTable(const Table& table, bool cascade_constraints, SqlError* error);
+// Forgets the constraints of a table being dropped, and the foreign keys of other tables
+// that refer to it.
+void DropConstraints(Database* db, Table* table);
+// ORA-02266 when another table's foreign key refers to `table`.
+bool CheckTruncateTable(const Table& table, SqlError* error);
+
+}  // namespace ocimem
+
+#endif  // OCIMEM_SRC_SQL_CONSTRAINT_DDL_H

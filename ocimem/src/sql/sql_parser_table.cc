@@ -1,0 +1,201 @@
+// The parser's CREATE TABLE and DROP TABLE: columns, their DEFAULT, and the column and
+// table constraints.
+#include "sql/sql_parser.h"
+
+#include <string>
+
+namespace ocimem {
+
+namespace {
+
+// Words that open a table constraint (besides CONSTRAINT name).
+bool OpensTableConstraint(const Token& t) {
+  return t.IsWord("PRIMARY") || t.IsWord("UNIQUE") || t.IsWord("CHECK") ||
+         t.IsWord("FOREIGN");
+}
+
+}  // namespace
+
+bool Parser::ParseCreateTable(Statement* out) {
+  CreateTableStatement s;
+  if (!ParseQualifiedName(&s.name)) return false;
+  if (AcceptWord("OF")) {
+    s.object_table = true;
+    if (!ParseQualifiedName(&s.of_type)) return false;
+    if (AcceptSymbol("(")) {
+      do {
+        if (!ParseTableElement(&s, true)) return false;
+      } while (AcceptSymbol(","));
+      if (!ExpectSymbol(")")) return false;
+    }
+  } else {
+    if (!ExpectSymbol("(")) return false;
+    do {
+      if (!ParseTableElement(&s, false)) return false;
+    } while (AcceptSymbol(","));
+    if (!ExpectSymbol(")")) return false;
+  }
+  while (Peek().IsWord("NESTED")) {
+    if (!ParseNestedStorage(&s)) return false;
+  }
+  if (!ExpectEnd(922)) return false;
+  // A table is stored, so its defaults cannot take values from the program.
+  if (binds_ > 0) return Fail(1027, "bind variables not allowed for data definition operations");
+  *out = std::move(s);
+  return true;
+}
+
+// One column (of an object table: an attribute and its constraints) or one table constraint.
+bool Parser::ParseTableElement(CreateTableStatement* s, bool object_table) {
+  if (Peek().IsWord("CONSTRAINT") || OpensTableConstraint(Peek())) {
+    return ParseTableConstraint(s);
+  }
+  ColumnSpec c;
+  if (!ParseIdentifier(&c.name)) return false;
+  if (!object_table) {
+    if (!ParseDataType(&c.type)) return false;
+    if (AcceptWord("DEFAULT") && !ParseDefault(&c)) return false;
+  }
+  if (!ParseColumnConstraints(c.name, &s->constraints)) return false;
+  if (!object_table) s->columns.push_back(std::move(c));
+  return true;
+}
+
+bool Parser::ParseDefault(ColumnSpec* column) {
+  column->has_default = true;
+  if (!ParseValue(&column->default_value)) return false;
+  Expr::Kind kind = column->default_value.kind;
+  if (kind == Expr::Kind::kColumn || kind == Expr::Kind::kValue) {
+    return Fail(984, "column not allowed here");
+  }
+  return true;
+}
+
+bool Parser::ParseColumnConstraints(const std::string& column, std::vector<ConstraintSpec>* out) {
+  for (;;) {
+    ConstraintSpec c;
+    c.on_column = true;
+    c.columns.push_back(column);
+    // A name followed by no constraint ends the column, and ')' or ',' is then expected.
+    if (AcceptWord("CONSTRAINT") && !ParseIdentifier(&c.name)) return false;
+    if (AcceptWord("NOT")) {
+      if (!ExpectWord("NULL")) return false;
+      c.kind = ConstraintSpec::Kind::kNotNull;
+    } else if (AcceptWord("NULL")) {
+      c.kind = ConstraintSpec::Kind::kNull;
+    } else if (AcceptWord("PRIMARY")) {
+      if (!ExpectWord("KEY")) return false;
+      c.kind = ConstraintSpec::Kind::kPrimaryKey;
+    } else if (AcceptWord("UNIQUE")) {
+      c.kind = ConstraintSpec::Kind::kUnique;
+    } else if (AcceptWord("CHECK")) {
+      if (!ParseCheck(&c)) return false;
+    } else if (AcceptWord("REFERENCES")) {
+      if (!ParseReferences(&c)) return false;
+    } else {
+      return true;
+    }
+    out->push_back(std::move(c));
+  }
+}
+
+bool Parser::ParseKeyColumns(std::vector<std::string>* out) {
+  if (!ExpectSymbol("(")) return false;
+  do {
+    std::string column;
+    if (!ParseIdentifier(&column)) return false;
+    out->push_back(std::move(column));
+  } while (AcceptSymbol(","));
+  return ExpectSymbol(")");
+}
+
+// CHECK (condition), after CHECK.
+bool Parser::ParseCheck(ConstraintSpec* c) {
+  c->kind = ConstraintSpec::Kind::kCheck;
+  if (!ExpectSymbol("(")) return false;
+  if (!ParseConditions(&c->check)) return false;
+  return ExpectSymbol(")");
+}
+
+// REFERENCES [schema.]table [(column, ...)] [ON DELETE {CASCADE | SET NULL}], after
+// REFERENCES.
+bool Parser::ParseReferences(ConstraintSpec* c) {
+  c->kind = ConstraintSpec::Kind::kForeignKey;
+  if (!ParseQualifiedName(&c->parent)) return false;
+  if (Peek().IsSymbol("(") && !ParseKeyColumns(&c->parent_columns)) return false;
+  if (AcceptWord("ON")) {
+    if (!ExpectWord("DELETE")) return false;
+    if (AcceptWord("CASCADE")) {
+      c->on_delete = ConstraintSpec::OnDelete::kCascade;
+    } else if (AcceptWord("SET")) {
+      if (!ExpectWord("NULL")) return false;
+      c->on_delete = ConstraintSpec::OnDelete::kSetNull;
+    } else {
+      return Fail(905, "missing keyword");
+    }
+  }
+  return true;
+}
+
+bool Parser::ParseTableConstraint(CreateTableStatement* s) {
+  ConstraintSpec c;
+  if (AcceptWord("CONSTRAINT") && !ParseIdentifier(&c.name)) return false;
+  if (AcceptWord("PRIMARY")) {
+    if (!ExpectWord("KEY")) return false;
+    c.kind = ConstraintSpec::Kind::kPrimaryKey;
+    if (!ParseKeyColumns(&c.columns)) return false;
+  } else if (AcceptWord("UNIQUE")) {
+    c.kind = ConstraintSpec::Kind::kUnique;
+    if (!ParseKeyColumns(&c.columns)) return false;
+  } else if (AcceptWord("CHECK")) {
+    if (!ParseCheck(&c)) return false;
+  } else if (AcceptWord("FOREIGN")) {
+    if (!ExpectWord("KEY") || !ParseKeyColumns(&c.columns) || !ExpectWord("REFERENCES") ||
+        !ParseReferences(&c)) {
+      return false;
+    }
+  } else if (Peek().IsWord("NOT") || Peek().IsWord("NULL")) {
+    // decision CN3: NOT NULL is a column constraint only.
+    return Fail(2253, "constraint specification not allowed here");
+  } else {
+    return Fail(905, "missing keyword");
+  }
+  s->constraints.push_back(std::move(c));
+  return true;
+}
+
+bool Parser::ParseNestedStorage(CreateTableStatement* s) {
+  Next();  // NESTED
+  if (!ExpectWord("TABLE")) return false;
+  NestedStorage n;
+  if (!ParseIdentifier(&n.column) || !ExpectWord("STORE") || !ExpectWord("AS") ||
+      !ParseIdentifier(&n.storage)) {
+    return false;
+  }
+  s->nested.push_back(std::move(n));
+  return true;
+}
+
+bool Parser::ParseDropTable(Statement* out) {
+  DropTableStatement s;
+  if (!ParseQualifiedName(&s.name)) return false;
+  if (AcceptWord("CASCADE")) {
+    if (!ExpectWord("CONSTRAINTS")) return false;
+    s.cascade_constraints = true;
+  }
+  AcceptWord("PURGE");
+  if (!ExpectEnd(933)) return false;
+  *out = std::move(s);
+  return true;
+}
+
+bool Parser::ParseValueOrDefault(Expr* out) {
+  if (Peek().IsWord("DEFAULT")) {
+    out->offset = Next().offset;
+    out->kind = Expr::Kind::kDefault;
+    return true;
+  }
+  return ParseValue(out);
+}
+
+}  // namespace ocimem
