@@ -76,8 +76,8 @@ bool Parser::ParseColumnConstraints(const std::string& column, std::vector<Const
     ConstraintSpec c;
     c.on_column = true;
     c.columns.push_back(column);
-    // A name followed by no constraint ends the column, and ')' or ',' is then expected.
-    if (AcceptWord("CONSTRAINT") && !ParseIdentifier(&c.name)) return false;
+    bool named = AcceptWord("CONSTRAINT");
+    if (named && !ParseIdentifier(&c.name)) return false;
     if (AcceptWord("NOT")) {
       if (!ExpectWord("NULL")) return false;
       c.kind = ConstraintSpec::Kind::kNotNull;
@@ -93,7 +93,8 @@ bool Parser::ParseColumnConstraints(const std::string& column, std::vector<Const
     } else if (AcceptWord("REFERENCES")) {
       if (!ParseReferences(&c)) return false;
     } else {
-      return true;
+      // decision CN7: a name must be followed by its constraint.
+      return !named || Fail(905, "missing keyword");
     }
     out->push_back(std::move(c));
   }

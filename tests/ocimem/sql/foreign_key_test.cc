@@ -1,0 +1,204 @@
+// Foreign keys: parent keys looked for at INSERT and UPDATE, child rows at DELETE and at
+// UPDATE of a parent key, ON DELETE CASCADE and SET NULL, tables that refer to themselves,
+// and what foreign keys change for DROP TABLE and TRUNCATE TABLE.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "constraint_fixture.h"
+
+namespace ocimem_test {
+namespace {
+
+class ForeignKeyTest : public ConstraintFixture {
+ protected:
+  void MakeParentAndChild(const std::string& on_delete = "") {
+    MustExec("create table p (id number primary key, name varchar2(5))");
+    MustExec("create table c (id number primary key, pid number constraint c_p references p " +
+             on_delete + ")");
+    MustExec("insert into p values (1, 'ONE')");
+    MustExec("insert into p values (2, 'TWO')");
+    MustExec("insert into c values (10, 1)");
+    MustExec("insert into c values (11, 1)");
+    MustExec("insert into c values (12, null)");
+    MustExec("commit");
+  }
+};
+
+const char kParentNotFound[] =
+    "ORA-02291: integrity constraint (SCOTT.C_P) violated - parent key not found";
+const char kChildFound[] =
+    "ORA-02292: integrity constraint (SCOTT.C_P) violated - child record found";
+
+TEST_F(ForeignKeyTest, ChildRowsNeedTheirParent) {
+  MakeParentAndChild();
+  EXPECT_EQ(kParentNotFound, ErrorOf("insert into c values (13, 3)"));
+  EXPECT_EQ(kParentNotFound, ErrorOf("update c set pid = 3 where id = 10"));
+  EXPECT_EQ(kParentNotFound, ErrorOf("update c set pid = 3 where id = 12"));
+  EXPECT_EQ(1u, Changed("update c set pid = 2 where id = 12"));
+  EXPECT_EQ(1u, Changed("update c set pid = null where id = 11"));
+  EXPECT_EQ((Rows{"1", "<null>", "2"}), Column("select pid from c"));
+}
+
+TEST_F(ForeignKeyTest, ParentsWithChildrenCannotGoOrChangeTheirKey) {
+  MakeParentAndChild();
+  EXPECT_EQ(kChildFound, ErrorOf("delete from p where id = 1"));
+  EXPECT_EQ(kChildFound, ErrorOf("delete from p"));
+  EXPECT_EQ(kChildFound, ErrorOf("update p set id = 5 where id = 1"));
+  EXPECT_EQ((Rows{"1", "2"}), Column("select id from p"));
+  // Other columns of a parent, and parents without children, may change.
+  EXPECT_EQ(1u, Changed("update p set name = 'UNO' where id = 1"));
+  EXPECT_EQ(1u, Changed("update p set id = 3 where id = 2"));
+  EXPECT_EQ(1u, Changed("delete from p where id = 3"));
+  EXPECT_EQ(2u, Changed("delete from c where pid = 1"));
+  EXPECT_EQ(1u, Changed("delete from p where id = 1"));
+}
+
+TEST_F(ForeignKeyTest, OnDeleteCascadeDeletesChildrenAndCountsOnlyTheParents) {
+  MakeParentAndChild("on delete cascade");
+  MustExec("create table g (id number, cid number constraint g_c references c on delete cascade)");
+  MustExec("insert into g values (100, 10)");
+  MustExec("insert into g values (101, 12)");
+  MustExec("commit");
+  EXPECT_EQ(1u, Changed("delete from p where id = 1"));
+  EXPECT_EQ((Rows{"12"}), Column("select id from c"));
+  EXPECT_EQ((Rows{"101"}), Column("select id from g"));
+  MustExec("rollback");
+  EXPECT_EQ((Rows{"10", "11", "12"}), Column("select id from c"));
+  EXPECT_EQ((Rows{"100", "101"}), Column("select id from g"));
+}
+
+TEST_F(ForeignKeyTest, CascadeStopsAtAGrandchildWithoutOnDelete) {
+  MakeParentAndChild("on delete cascade");
+  MustExec("create table g (id number, cid number constraint g_c references c)");
+  MustExec("insert into g values (100, 11)");
+  EXPECT_EQ("ORA-02292: integrity constraint (SCOTT.G_C) violated - child record found",
+            ErrorOf("delete from p where id = 1"));
+  EXPECT_EQ((Rows{"1", "2"}), Column("select id from p"));
+  EXPECT_EQ((Rows{"10", "11", "12"}), Column("select id from c"));
+  EXPECT_EQ(1u, Changed("delete from g"));
+  EXPECT_EQ(1u, Changed("delete from p where id = 1"));
+  EXPECT_EQ((Rows{"12"}), Column("select id from c"));
+}
+
+TEST_F(ForeignKeyTest, OnDeleteSetNullEmptiesTheChildColumns) {
+  MakeParentAndChild("on delete set null");
+  EXPECT_EQ(1u, Changed("delete from p where id = 1"));
+  EXPECT_EQ((Rows{"<null>", "<null>", "<null>"}), Column("select pid from c"));
+  EXPECT_EQ(3u, Column("select id from c").size());
+  MustExec("rollback");
+  EXPECT_EQ((Rows{"1", "1", "<null>"}), Column("select pid from c"));
+  // A NOT NULL child column cannot be set to NULL.
+  MustExec("create table n (id number, pid number not null references p on delete set null)");
+  MustExec("insert into n values (1, 2)");
+  EXPECT_EQ("ORA-01407: cannot update (\"SCOTT\".\"N\".\"PID\") to NULL",
+            ErrorOf("delete from p where id = 2"));
+  EXPECT_EQ((Rows{"1", "2"}), Column("select id from p"));
+}
+
+TEST_F(ForeignKeyTest, CompositeKeysWithANullAreNotChecked) {
+  MustExec("create table p (a number, b varchar2(3), constraint p_u unique (b, a))");
+  MustExec("insert into p values (1, 'x')");
+  // Referring to a UNIQUE key, its columns in another order.
+  MustExec("create table c (x number, y varchar2(3), "
+           "constraint c_p foreign key (x, y) references p (a, b))");
+  MustExec("insert into c values (1, 'x')");
+  MustExec("insert into c values (2, null)");
+  MustExec("insert into c values (null, 'zz')");
+  EXPECT_EQ(kParentNotFound, ErrorOf("insert into c values (2, 'x')"));
+  EXPECT_EQ(kChildFound, ErrorOf("delete from p"));
+  EXPECT_EQ(1u, Changed("delete from c where x = 1"));
+  EXPECT_EQ(1u, Changed("delete from p"));
+}
+
+TEST_F(ForeignKeyTest, TablesReferToThemselves) {
+  MustExec("create table emp (empno number primary key, mgr number "
+           "constraint emp_mgr references emp)");
+  MustExec("insert into emp values (1, null)");
+  MustExec("insert into emp values (2, 1)");
+  MustExec("insert into emp values (3, 3)");  // its own manager
+  EXPECT_EQ("ORA-02291: integrity constraint (SCOTT.EMP_MGR) violated - parent key not found",
+            ErrorOf("insert into emp values (4, 5)"));
+  EXPECT_EQ("ORA-02292: integrity constraint (SCOTT.EMP_MGR) violated - child record found",
+            ErrorOf("delete from emp where empno = 1"));
+  EXPECT_EQ("ORA-02292: integrity constraint (SCOTT.EMP_MGR) violated - child record found",
+            ErrorOf("update emp set empno = 7 where empno = 1"));
+  // A row that refers only to itself can go; so can every row at once.
+  EXPECT_EQ(1u, Changed("delete from emp where empno = 3"));
+  EXPECT_EQ(2u, Changed("delete from emp"));
+}
+
+TEST_F(ForeignKeyTest, SelfReferenceCascadesDownTheTree) {
+  MustExec("create table emp (empno number primary key, mgr number "
+           "references emp on delete cascade)");
+  MustExec("insert into emp values (1, null)");
+  MustExec("insert into emp values (2, 1)");
+  MustExec("insert into emp values (3, 2)");
+  MustExec("insert into emp values (4, 3)");
+  MustExec("insert into emp values (5, null)");
+  EXPECT_EQ(1u, Changed("delete from emp where empno = 2"));
+  EXPECT_EQ((Rows{"1", "5"}), Column("select empno from emp"));
+}
+
+TEST_F(ForeignKeyTest, ParentsTheSessionHasNotCommittedCount) {
+  MustExec("create table p (id number primary key)");
+  MustExec("create table c (pid number constraint c_p references p)");
+  MustExec("insert into p values (1)");
+  MustExec("insert into c values (1)");
+  MustExec("rollback");
+  EXPECT_EQ(kParentNotFound, ErrorOf("insert into c values (1)"));
+  MustExec("insert into p values (1)");
+  MustExec("commit");
+  MustExec("insert into c values (1)");
+  EXPECT_EQ(1u, Changed("delete from c"));
+  EXPECT_EQ(1u, Changed("delete from p"));
+  EXPECT_EQ(kParentNotFound, ErrorOf("insert into c values (1)"));
+}
+
+// decision CN1: where Oracle would wait for another transaction's parent or child row,
+// ocimem answers ORA-00054.
+TEST_F(ForeignKeyTest, AnotherSessionsUncommittedParentOrChildIsBusy) {
+  MustExec("create table p (id number primary key)");
+  MustExec("create table c (pid number constraint c_p references p)");
+  MustExec("insert into p values (1)");
+  MustExec("commit");
+  OCISvcCtx* other = OtherSession();
+  ASSERT_EQ(OCI_SUCCESS, ExecOn(other, "insert into p values (2)")) << FirstError(err_);
+  EXPECT_EQ(54, ExecError("insert into c values (2)"));
+  ASSERT_EQ(OCI_SUCCESS, ExecOn(other, "insert into c values (1)")) << FirstError(err_);
+  EXPECT_EQ(54, ExecError("delete from p where id = 1"));
+  ASSERT_EQ(OCI_SUCCESS, ExecOn(other, "commit"));
+  MustExec("insert into c values (2)");
+  EXPECT_EQ(kChildFound, ErrorOf("delete from p where id = 1"));
+}
+
+TEST_F(ForeignKeyTest, DropTableOfAParentNeedsCascadeConstraints) {
+  MakeParentAndChild();
+  EXPECT_EQ("ORA-02449: unique/primary keys in table referenced by foreign keys",
+            ErrorOf("drop table p"));
+  MustExec("drop table p cascade constraints");
+  // The foreign key went with it, and its name is free.
+  MustExec("insert into c values (13, 99)");
+  MustExec("create table q (id number constraint c_p primary key)");
+}
+
+TEST_F(ForeignKeyTest, DropTableOfAChildFreesItsParent) {
+  MakeParentAndChild();
+  MustExec("drop table c");
+  MustExec("truncate table p");
+  MustExec("drop table p");
+}
+
+TEST_F(ForeignKeyTest, TruncateOfAReferencedTableIsRefused) {
+  MakeParentAndChild();
+  EXPECT_EQ("ORA-02266: unique/primary keys in table referenced by enabled foreign keys",
+            ErrorOf("truncate table p"));
+  EXPECT_EQ(2u, Column("select id from p").size());
+  MustExec("truncate table c");
+  MustExec("create table emp (empno number primary key, mgr number references emp)");
+  MustExec("insert into emp values (1, 1)");
+  MustExec("truncate table emp");
+}
+
+}  // namespace
+}  // namespace ocimem_test
