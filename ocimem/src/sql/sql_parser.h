@@ -59,6 +59,7 @@ class Parser {
   bool ParseReferences(ConstraintSpec* c);
   bool ParseCheck(ConstraintSpec* c);
   bool ParseDefault(ColumnSpec* column);
+  void AcceptEnforcedState();
   bool ParseNestedStorage(CreateTableStatement* s);
   bool ParseDropTable(Statement* out);
   bool ParseCreateView(Statement* out, bool or_replace);

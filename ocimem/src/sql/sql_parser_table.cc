@@ -96,7 +96,27 @@ bool Parser::ParseColumnConstraints(const std::string& column, std::vector<Const
       // decision CN7: a name must be followed by its constraint.
       return !named || Fail(905, "missing keyword");
     }
+    AcceptEnforcedState();
     out->push_back(std::move(c));
+  }
+}
+
+// The words of a constraint state that say what every constraint here is: enabled,
+// validated, checked at once.  Other states (DISABLE, DEFERRABLE, ...) are not taken.
+void Parser::AcceptEnforcedState() {
+  for (;;) {
+    if (AcceptWord("ENABLE") || AcceptWord("VALIDATE") || AcceptWord("NORELY")) continue;
+    if (Peek().IsWord("NOT") && Peek(1).IsWord("DEFERRABLE")) {
+      Next();
+      Next();
+      continue;
+    }
+    if (Peek().IsWord("INITIALLY") && Peek(1).IsWord("IMMEDIATE")) {
+      Next();
+      Next();
+      continue;
+    }
+    return;
   }
 }
 
@@ -161,6 +181,7 @@ bool Parser::ParseTableConstraint(CreateTableStatement* s) {
   } else {
     return Fail(905, "missing keyword");
   }
+  AcceptEnforcedState();
   s->constraints.push_back(std::move(c));
   return true;
 }

@@ -90,6 +90,26 @@ TEST_F(ConstraintTest, NullAndNotNullAreColumnConstraints) {
             ErrorOf("create table u (a number constraint b_nn unique)"));
 }
 
+TEST_F(ConstraintTest, StatesOfEnforcedConstraintsAreTaken) {
+  MustExec("create table t (a number constraint t_a unique enable validate not deferrable "
+           "initially immediate norely not null, b number, "
+           "constraint t_b check (b = 1) enable)");
+  MustExec("insert into t values (1, 1)");
+  EXPECT_EQ("ORA-00001: unique constraint (SCOTT.T_A) violated",
+            ErrorOf("insert into t values (1, 1)"));
+  EXPECT_EQ("ORA-02290: check constraint (SCOTT.T_B) violated",
+            ErrorOf("insert into t values (2, 2)"));
+  EXPECT_EQ("ORA-01400: cannot insert NULL into (\"SCOTT\".\"T\".\"A\")",
+            ErrorOf("insert into t values (null, 1)"));
+  // Constraints that would not be enforced at once are not made.
+  EXPECT_EQ("ORA-00907: missing right parenthesis",
+            ErrorOf("create table u (a number unique disable)"));
+  EXPECT_EQ("ORA-00907: missing right parenthesis",
+            ErrorOf("create table u (a number, unique (a) deferrable)"));
+  EXPECT_EQ("ORA-00907: missing right parenthesis",
+            ErrorOf("create table u (a number primary key using index)"));
+}
+
 struct BadTable {
   const char* sql;
   const char* error;

@@ -73,6 +73,18 @@ TEST_F(DefaultTest, SequenceDefaultsAdvanceOnlyWhenTaken) {
             ErrorOf("create table w (id number default nope.nextval)"));
 }
 
+TEST_F(DefaultTest, CurrvalIsTheSessionsLastValue) {
+  MustExec("create sequence s start with 5");
+  MustExec("create table u (id number default s.nextval, same number default s.currval)");
+  EXPECT_EQ("ORA-08002: sequence S.CURRVAL is not yet defined in this session",
+            ErrorOf("insert into u (id) values (1)"));
+  MustExec("insert into u (same) values (0)");
+  MustExec("insert into u (id) values (1)");
+  MustExec("insert into u values (default, default)");
+  EXPECT_EQ((Rows{"5", "1", "6"}), Column("select id from u"));
+  EXPECT_EQ((Rows{"0", "5", "6"}), Column("select same from u"));
+}
+
 // The default's value is converted, and its size checked, by each INSERT that takes it.
 TEST_F(DefaultTest, DefaultsAreConvertedWhenTaken) {
   MustExec("create table u (n number default '42', s varchar2(2) default 'abc', m number)");
@@ -95,6 +107,19 @@ TEST_F(DefaultTest, BadDefaultsAreRefusedAtCreate) {
   EXPECT_EQ("ORA-00907: missing right parenthesis",
             ErrorOf("create table u (a number not null default 1)"));
   EXPECT_EQ("ORA-00936: missing expression", ErrorOf("create table u (a number default)"));
+}
+
+// Parsing a default or a CHECK condition stops at 1000 nested levels with an error, far
+// from the end of the stack.
+TEST_F(DefaultTest, DeeplyNestedValuesAreRefused) {
+  constexpr size_t kDepth = 200000;
+  std::string nested;
+  for (size_t i = 0; i < kDepth; ++i) nested += "f(";
+  nested += "1";
+  nested.append(kDepth, ')');
+  const char kTooDeep[] = "ORA-00036: maximum number of recursive SQL levels (1000) exceeded";
+  EXPECT_EQ(kTooDeep, ErrorOf("create table u (a number default " + nested + ")"));
+  EXPECT_EQ(kTooDeep, ErrorOf("create table u (a number check (a = " + nested + "))"));
 }
 
 }  // namespace

@@ -128,6 +128,17 @@ TEST_F(ForeignKeyTest, TablesReferToThemselves) {
   EXPECT_EQ(2u, Changed("delete from emp"));
 }
 
+TEST_F(ForeignKeyTest, AForeignKeyMayReferToAKeyWrittenAfterIt) {
+  MustExec("create table emp (mgr number constraint emp_mgr references emp, "
+           "empno number primary key)");
+  MustExec("insert into emp values (null, 1)");
+  MustExec("insert into emp values (1, 2)");
+  EXPECT_EQ("ORA-02291: integrity constraint (SCOTT.EMP_MGR) violated - parent key not found",
+            ErrorOf("insert into emp values (3, 4)"));
+  // Referring only to itself, the table can be dropped.
+  MustExec("drop table emp");
+}
+
 TEST_F(ForeignKeyTest, SelfReferenceCascadesDownTheTree) {
   MustExec("create table emp (empno number primary key, mgr number "
            "references emp on delete cascade)");
