@@ -53,11 +53,13 @@ TEST_F(DefaultTest, UpdateSetsTheDefault) {
 }
 
 TEST_F(DefaultTest, ViewsLeaveColumnsToTheirDefault) {
-  MustExec("create view v as select id, note from t");
+  MustExec("create view v as select id, status from t");
   MustExec("insert into v values (1, 'A')");
   MustExec("insert into v (id) values (2)");
-  EXPECT_EQ((Rows{"NEW", "NEW"}), Column("select status from t"));
+  EXPECT_EQ((Rows{"A", "NEW"}), Column("select status from t"));
   EXPECT_EQ((Rows{"0", "0"}), Column("select qty from t"));
+  EXPECT_EQ(1u, Changed("update v set status = default where id = 1"));
+  EXPECT_EQ((Rows{"NEW", "NEW"}), Column("select status from t"));
 }
 
 // decision CN6: a sequence's NEXTVAL (or CURRVAL) may be a default, as from Oracle 12c.
