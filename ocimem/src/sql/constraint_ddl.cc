@@ -176,6 +176,45 @@ bool ApplyDefault(const ExecContext& ctx, const ColumnSpec& column, const ValueT
 
 }  // namespace
 
+bool ReferencedType(const ExecContext& ctx, const CreateTableStatement& s,
+                    const std::string& column, ValueType* out, SqlError* error) {
+  const ConstraintSpec* fk = nullptr;
+  for (const ConstraintSpec& c : s.constraints) {
+    if (c.on_column && c.kind == Kind::kForeignKey && c.columns.front() == column) fk = &c;
+  }
+  const std::string own_schema = s.name.schema.empty() ? ctx.schema : s.name.schema;
+  const std::string schema = fk->parent.schema.empty() ? ctx.schema : fk->parent.schema;
+  if (schema == own_schema && fk->parent.name == s.name.name) {
+    // The table refers to itself: the named column, or the column of its primary key.
+    std::string target = fk->parent_columns.empty() ? std::string() : fk->parent_columns.front();
+    if (target.empty()) {
+      for (const ConstraintSpec& c : s.constraints) {
+        if (c.kind == Kind::kPrimaryKey && c.columns.size() == 1) target = c.columns.front();
+      }
+    }
+    for (const ColumnSpec& c : s.columns) {
+      if (c.name == target && !c.type_of_parent) return ResolveType(ctx, c.type, "", "", out, error);
+    }
+    return SetError(error, 2270, "no matching unique or primary key for this column-list");
+  }
+  std::shared_ptr<Table> parent = ctx.db->catalog.FindTable(schema, fk->parent.name);
+  if (!parent || parent->dual) return SetError(error, 942, "table or view does not exist");
+  std::vector<size_t> key;
+  if (fk->parent_columns.empty()) {
+    if (parent->primary_key.empty()) {
+      return SetError(error, 2268, "referenced table does not have a primary key");
+    }
+    key = parent->primary_key;
+  } else if (!ResolveColumns(*parent, fk->parent_columns, &key, error)) {
+    return false;
+  }
+  if (key.size() != 1) {
+    return SetError(error, 2256, "number of referencing columns must match referenced columns");
+  }
+  *out = parent->columns()[key.front()].type;
+  return true;
+}
+
 bool ApplyConstraints(const ExecContext& ctx, const CreateTableStatement& s, Table* table,
                       SqlError* error) {
   const std::vector<Attribute>& columns = table->columns();

@@ -7,6 +7,11 @@
 
 namespace ocimem {
 
+// The type of a column written without one: the type of the column its foreign key
+// refers to (ORA-00942, ORA-00904, ORA-02268, ORA-02256 as for the foreign key).
+bool ReferencedType(const ExecContext& ctx, const CreateTableStatement& s,
+                    const std::string& column, ValueType* out, SqlError* error);
+
 // Gives the new table `table` (its row type laid out, not yet in the catalog) the NOT NULL,
 // primary key, UNIQUE, CHECK and foreign-key constraints and the defaults of `s`, naming
 // the unnamed ones; false with the error Oracle gives for a bad one.

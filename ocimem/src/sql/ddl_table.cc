@@ -49,7 +49,10 @@ bool CreateTable(const ExecContext& ctx, const CreateTableStatement& s, SqlError
       if (!seen.insert(c.name).second) return SetError(error, 957, "duplicate column name");
       Attribute a;
       a.name = c.name;
-      if (!ResolveType(ctx, c.type, "", "", &a.type, error)) return false;
+      if (c.type_of_parent ? !ReferencedType(ctx, s, c.name, &a.type, error)
+                           : !ResolveType(ctx, c.type, "", "", &a.type, error)) {
+        return false;
+      }
       type->attributes.push_back(std::move(a));
     }
     if (type->attributes.empty()) return SetError(error, 904, ": invalid identifier");

@@ -130,6 +130,7 @@ struct ConstraintSpec {
 struct ColumnSpec {
   std::string name;
   DataTypeSpec type;
+  bool type_of_parent = false;  // no type written: the referenced column's
   bool has_default = false;
   Expr default_value;
 };

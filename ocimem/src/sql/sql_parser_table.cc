@@ -14,6 +14,12 @@ bool OpensTableConstraint(const Token& t) {
          t.IsWord("FOREIGN");
 }
 
+// Words that open a column constraint.
+bool OpensColumnConstraint(const Token& t) {
+  return t.IsWord("CONSTRAINT") || t.IsWord("NOT") || t.IsWord("NULL") || t.IsWord("PRIMARY") ||
+         t.IsWord("UNIQUE") || t.IsWord("CHECK") || t.IsWord("REFERENCES");
+}
+
 }  // namespace
 
 bool Parser::ParseCreateTable(Statement* out) {
@@ -53,10 +59,20 @@ bool Parser::ParseTableElement(CreateTableStatement* s, bool object_table) {
   ColumnSpec c;
   if (!ParseIdentifier(&c.name)) return false;
   if (!object_table) {
-    if (!ParseDataType(&c.type)) return false;
-    if (AcceptWord("DEFAULT") && !ParseDefault(&c)) return false;
+    // A column that refers to another takes that column's type when it names none.
+    c.type_of_parent = OpensColumnConstraint(Peek());
+    if (!c.type_of_parent && !ParseDataType(&c.type)) return false;
+    if (!c.type_of_parent && AcceptWord("DEFAULT") && !ParseDefault(&c)) return false;
   }
+  size_t first = s->constraints.size();
   if (!ParseColumnConstraints(c.name, &s->constraints)) return false;
+  if (c.type_of_parent) {
+    bool refers = false;
+    for (size_t i = first; i < s->constraints.size(); ++i) {
+      refers = refers || s->constraints[i].kind == ConstraintSpec::Kind::kForeignKey;
+    }
+    if (!refers) return Fail(2263, "need to specify the datatype for this column");
+  }
   if (!object_table) s->columns.push_back(std::move(c));
   return true;
 }

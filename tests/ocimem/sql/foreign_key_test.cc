@@ -140,6 +140,26 @@ TEST_F(ForeignKeyTest, AForeignKeyMayReferToAKeyWrittenAfterIt) {
   MustExec("drop table emp");
 }
 
+TEST_F(ForeignKeyTest, AColumnWithoutTypeTakesTheReferencedColumnsType) {
+  MustExec("create table p (code varchar2(3) primary key, n number(2) unique)");
+  MustExec("insert into p values ('abc', 10)");
+  MustExec("create table c (code constraint c_p references p, n references p (n))");
+  MustExec("insert into c values ('abc', 10)");
+  EXPECT_EQ(kParentNotFound, ErrorOf("insert into c values ('xyz', null)"));
+  EXPECT_EQ(12899, ExecError("insert into c values ('abcd', null)"));
+  EXPECT_EQ(1438, ExecError("insert into c values (null, 100)"));
+  MustExec("create table emp (empno number(4) primary key, mgr references emp)");
+  MustExec("insert into emp values (1, null)");
+  MustExec("insert into emp values (2, 1)");
+  EXPECT_EQ(1438, ExecError("insert into emp values (3, 12345)"));
+  EXPECT_EQ("ORA-02263: need to specify the datatype for this column",
+            ErrorOf("create table d (a not null)"));
+  EXPECT_EQ("ORA-00942: table or view does not exist",
+            ErrorOf("create table d (a references nope)"));
+  EXPECT_EQ("ORA-02256: number of referencing columns must match referenced columns",
+            ErrorOf("create table d (a references p (code, n))"));
+}
+
 TEST_F(ForeignKeyTest, SelfReferenceCascadesDownTheTree) {
   MustExec("create table emp (empno number primary key, mgr number "
            "references emp on delete cascade)");
