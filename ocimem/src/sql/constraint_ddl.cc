@@ -22,11 +22,14 @@ bool CanBeKey(const ValueType& t) {
          t.kind == ValueKind::kDate || t.kind == ValueKind::kRaw;
 }
 
+// decision CN8 for datetime, interval and REF columns.
 bool NotAKeyType(SqlError* error, const ValueType& t) {
+  std::string name = t.kind == ValueKind::kLob ? "LOB"
+                     : t.kind == ValueKind::kObject || t.kind == ValueKind::kCollection
+                         ? "Named Type"
+                         : TypeName(t);
   return SetError(error, 2329,
-                  std::string("column of datatype ") +
-                      (t.kind == ValueKind::kLob ? "LOB" : "Named Type") +
-                      " cannot be unique or a primary key");
+                  "column of datatype " + name + " cannot be unique or a primary key");
 }
 
 // Column positions of a constraint's columns: ORA-00904 for an unknown one, ORA-00957

@@ -153,6 +153,12 @@ INSTANTIATE_TEST_SUITE_P(
                  "ORA-02253: constraint specification not allowed here"},
         BadTable{"create table t (a clob unique)",
                  "ORA-02329: column of datatype LOB cannot be unique or a primary key"},
+        // decision CN8: datetime and interval keys are not kept.
+        BadTable{"create table t (a timestamp primary key)",
+                 "ORA-02329: column of datatype TIMESTAMP cannot be unique or a primary key"},
+        BadTable{"create table t (a interval year to month unique)",
+                 "ORA-02329: column of datatype INTERVAL YEAR TO MONTH cannot be unique or a "
+                 "primary key"},
         BadTable{"create table t (a number references nope)",
                  "ORA-00942: table or view does not exist"},
         BadTable{"create table t (a number references p (x))",
