@@ -108,6 +108,7 @@ TEST_F(ForeignKeyTest, CompositeKeysWithANullAreNotChecked) {
   MustExec("insert into c values (null, 'zz')");
   EXPECT_EQ(kParentNotFound, ErrorOf("insert into c values (2, 'x')"));
   EXPECT_EQ(kChildFound, ErrorOf("delete from p"));
+  EXPECT_EQ(kChildFound, ErrorOf("update p set b = 'y'"));
   EXPECT_EQ(1u, Changed("delete from c where x = 1"));
   EXPECT_EQ(1u, Changed("delete from p"));
 }
@@ -170,6 +171,18 @@ TEST_F(ForeignKeyTest, SelfReferenceCascadesDownTheTree) {
   MustExec("insert into emp values (5, null)");
   EXPECT_EQ(1u, Changed("delete from emp where empno = 2"));
   EXPECT_EQ((Rows{"1", "5"}), Column("select empno from emp"));
+}
+
+TEST_F(ForeignKeyTest, SelfReferenceSetsNullInTheSameTable) {
+  MustExec("create table emp (empno number primary key, mgr number "
+           "references emp on delete set null)");
+  MustExec("insert into emp values (1, null)");
+  MustExec("insert into emp values (2, 1)");
+  MustExec("insert into emp values (3, 1)");
+  MustExec("insert into emp values (4, 2)");
+  EXPECT_EQ(1u, Changed("delete from emp where empno = 1"));
+  EXPECT_EQ((Rows{"2", "3", "4"}), Column("select empno from emp"));
+  EXPECT_EQ((Rows{"<null>", "<null>", "2"}), Column("select mgr from emp"));
 }
 
 TEST_F(ForeignKeyTest, ParentsTheSessionHasNotCommittedCount) {
