@@ -43,7 +43,7 @@ struct ForeignKey {
   std::string name;
   Table* parent = nullptr;              // the table itself when it refers to itself
   std::vector<size_t> parent_columns;   // the parent's primary or unique key
-  ConstraintSpec::OnDelete on_delete = ConstraintSpec::OnDelete::kNoAction;
+  ConstraintClause::OnDelete on_delete = ConstraintClause::OnDelete::kNoAction;
   KeyIndex index;  // the child rows by their foreign-key columns
 };
 

@@ -11,7 +11,7 @@
 namespace ocimem {
 namespace {
 
-using Kind = ConstraintSpec::Kind;
+using Kind = ConstraintClause::Kind;
 
 bool InvalidIdentifier(SqlError* error, const std::string& name) {
   return SetError(error, 904, "\"" + name + "\": invalid identifier");
@@ -69,7 +69,7 @@ struct DeclaredKeys {
   }
 };
 
-bool CheckCondition(const Table& table, const ConstraintSpec& c, SqlError* error) {
+bool CheckCondition(const Table& table, const ConstraintClause& c, SqlError* error) {
   for (const Condition& cond : c.check) {
     for (const Expr* e : {&cond.column, &cond.value}) {
       if (e->kind == Expr::Kind::kSessionTimeZone || e->kind == Expr::Kind::kDbTimeZone) {
@@ -99,7 +99,7 @@ bool Compatible(const ValueType& child, const ValueType& parent) {
   return (child.typecode == OCI_TYPECODE_CHAR) == (parent.typecode == OCI_TYPECODE_CHAR);
 }
 
-bool ResolveForeignKey(const ExecContext& ctx, const ConstraintSpec& c, Table* table,
+bool ResolveForeignKey(const ExecContext& ctx, const ConstraintClause& c, Table* table,
                        ForeignKey* fk, SqlError* error) {
   std::vector<size_t> columns;
   if (!ResolveColumns(*table, c.columns, &columns, error)) return false;
@@ -181,8 +181,8 @@ bool ApplyDefault(const ExecContext& ctx, const ColumnSpec& column, const ValueT
 
 bool ReferencedType(const ExecContext& ctx, const CreateTableStatement& s,
                     const std::string& column, ValueType* out, SqlError* error) {
-  const ConstraintSpec* fk = nullptr;
-  for (const ConstraintSpec& c : s.constraints) {
+  const ConstraintClause* fk = nullptr;
+  for (const ConstraintClause& c : s.constraints) {
     if (c.on_column && c.kind == Kind::kForeignKey && c.columns.front() == column) fk = &c;
   }
   const std::string own_schema = s.name.schema.empty() ? ctx.schema : s.name.schema;
@@ -191,7 +191,7 @@ bool ReferencedType(const ExecContext& ctx, const CreateTableStatement& s,
     // The table refers to itself: the named column, or the column of its primary key.
     std::string target = fk->parent_columns.empty() ? std::string() : fk->parent_columns.front();
     if (target.empty()) {
-      for (const ConstraintSpec& c : s.constraints) {
+      for (const ConstraintClause& c : s.constraints) {
         if (c.kind == Kind::kPrimaryKey && c.columns.size() == 1) target = c.columns.front();
       }
     }
@@ -233,7 +233,7 @@ bool ApplyConstraints(const ExecContext& ctx, const CreateTableStatement& s, Tab
   }
   // Names written in the statement, each new in the schema.
   std::set<std::string> written;
-  for (const ConstraintSpec& c : s.constraints) {
+  for (const ConstraintClause& c : s.constraints) {
     if (c.name.empty() || c.kind == Kind::kNull) continue;
     if (!written.insert(c.name).second ||
         ctx.db->constraint_names.count({table->schema, c.name}) != 0) {
@@ -242,7 +242,7 @@ bool ApplyConstraints(const ExecContext& ctx, const CreateTableStatement& s, Tab
   }
   DeclaredKeys keys;
   // Keys and checks first: a foreign key may refer to a key of its own table written after it.
-  for (const ConstraintSpec& c : s.constraints) {
+  for (const ConstraintClause& c : s.constraints) {
     std::vector<size_t> cols;
     switch (c.kind) {
       case Kind::kNull:
@@ -277,7 +277,7 @@ bool ApplyConstraints(const ExecContext& ctx, const CreateTableStatement& s, Tab
         break;
     }
   }
-  for (const ConstraintSpec& c : s.constraints) {
+  for (const ConstraintClause& c : s.constraints) {
     if (c.kind != Kind::kForeignKey) continue;
     ForeignKey fk;
     if (!ResolveForeignKey(ctx, c, table, &fk, error)) return false;
@@ -287,7 +287,7 @@ bool ApplyConstraints(const ExecContext& ctx, const CreateTableStatement& s, Tab
   size_t unique = 0;
   size_t check = 0;
   size_t foreign = 0;
-  for (const ConstraintSpec& c : s.constraints) {
+  for (const ConstraintClause& c : s.constraints) {
     if (c.kind == Kind::kNull) continue;
     std::string name = c.name;
     if (name.empty()) {

@@ -187,14 +187,14 @@ bool RemoveParentKey(const ExecContext& ctx, const Table& table, const RowData& 
       Seen s = Holds(ctx, child, fk->index.columns, *c, key, *changes);
       if (s == Seen::kBusy) return Busy(error);
       if (s == Seen::kNo) continue;
-      if (!deleting || fk->on_delete == ConstraintSpec::OnDelete::kNoAction) {
+      if (!deleting || fk->on_delete == ConstraintClause::OnDelete::kNoAction) {
         return ChildFound(child, fk->name, error);
       }
       if (c->lock_txn != 0 && c->lock_txn != CurrentTxn(ctx)) return Busy(error);
       std::shared_ptr<RowRecord> record = c->shared_from_this();
       auto it = changes->rows.find(c);
       bool known = it != changes->rows.end();
-      if (fk->on_delete == ConstraintSpec::OnDelete::kCascade) {
+      if (fk->on_delete == ConstraintClause::OnDelete::kCascade) {
         changes->rows[c] = nullptr;
         work->push_back(record);
       } else {

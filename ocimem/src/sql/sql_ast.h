@@ -114,7 +114,7 @@ struct Condition {
 
 // A constraint of CREATE TABLE, written on a column (`columns` is that column) or on its
 // own.  Kept in the order written, which is the order system names are given in.
-struct ConstraintSpec {
+struct ConstraintClause {
   enum class Kind { kNotNull, kNull, kPrimaryKey, kUnique, kCheck, kForeignKey };
   enum class OnDelete { kNoAction, kCascade, kSetNull };
   Kind kind = Kind::kNotNull;
@@ -141,7 +141,7 @@ struct CreateTableStatement {
   bool object_table = false;
   QualifiedName of_type;
   std::vector<ColumnSpec> columns;  // relational; for an object table: none
-  std::vector<ConstraintSpec> constraints;
+  std::vector<ConstraintClause> constraints;
   std::vector<NestedStorage> nested;
 };
 

@@ -53,11 +53,11 @@ class Parser {
   bool ParseCreateType(Statement* out, bool or_replace);
   bool ParseCreateTable(Statement* out);
   bool ParseTableElement(CreateTableStatement* s, bool object_table);
-  bool ParseColumnConstraints(const std::string& column, std::vector<ConstraintSpec>* out);
+  bool ParseColumnConstraints(const std::string& column, std::vector<ConstraintClause>* out);
   bool ParseTableConstraint(CreateTableStatement* s);
   bool ParseKeyColumns(std::vector<std::string>* out);
-  bool ParseReferences(ConstraintSpec* c);
-  bool ParseCheck(ConstraintSpec* c);
+  bool ParseReferences(ConstraintClause* c);
+  bool ParseCheck(ConstraintClause* c);
   bool ParseDefault(ColumnSpec* column);
   void AcceptEnforcedState();
   bool ParseNestedStorage(CreateTableStatement* s);

@@ -69,7 +69,7 @@ bool Parser::ParseTableElement(CreateTableStatement* s, bool object_table) {
   if (c.type_of_parent) {
     bool refers = false;
     for (size_t i = first; i < s->constraints.size(); ++i) {
-      refers = refers || s->constraints[i].kind == ConstraintSpec::Kind::kForeignKey;
+      refers = refers || s->constraints[i].kind == ConstraintClause::Kind::kForeignKey;
     }
     if (!refers) return Fail(2263, "need to specify the datatype for this column");
   }
@@ -87,23 +87,23 @@ bool Parser::ParseDefault(ColumnSpec* column) {
   return true;
 }
 
-bool Parser::ParseColumnConstraints(const std::string& column, std::vector<ConstraintSpec>* out) {
+bool Parser::ParseColumnConstraints(const std::string& column, std::vector<ConstraintClause>* out) {
   for (;;) {
-    ConstraintSpec c;
+    ConstraintClause c;
     c.on_column = true;
     c.columns.push_back(column);
     bool named = AcceptWord("CONSTRAINT");
     if (named && !ParseIdentifier(&c.name)) return false;
     if (AcceptWord("NOT")) {
       if (!ExpectWord("NULL")) return false;
-      c.kind = ConstraintSpec::Kind::kNotNull;
+      c.kind = ConstraintClause::Kind::kNotNull;
     } else if (AcceptWord("NULL")) {
-      c.kind = ConstraintSpec::Kind::kNull;
+      c.kind = ConstraintClause::Kind::kNull;
     } else if (AcceptWord("PRIMARY")) {
       if (!ExpectWord("KEY")) return false;
-      c.kind = ConstraintSpec::Kind::kPrimaryKey;
+      c.kind = ConstraintClause::Kind::kPrimaryKey;
     } else if (AcceptWord("UNIQUE")) {
-      c.kind = ConstraintSpec::Kind::kUnique;
+      c.kind = ConstraintClause::Kind::kUnique;
     } else if (AcceptWord("CHECK")) {
       if (!ParseCheck(&c)) return false;
     } else if (AcceptWord("REFERENCES")) {
@@ -147,8 +147,8 @@ bool Parser::ParseKeyColumns(std::vector<std::string>* out) {
 }
 
 // CHECK (condition), after CHECK.
-bool Parser::ParseCheck(ConstraintSpec* c) {
-  c->kind = ConstraintSpec::Kind::kCheck;
+bool Parser::ParseCheck(ConstraintClause* c) {
+  c->kind = ConstraintClause::Kind::kCheck;
   if (!ExpectSymbol("(")) return false;
   if (!ParseConditions(&c->check)) return false;
   return ExpectSymbol(")");
@@ -156,17 +156,17 @@ bool Parser::ParseCheck(ConstraintSpec* c) {
 
 // REFERENCES [schema.]table [(column, ...)] [ON DELETE {CASCADE | SET NULL}], after
 // REFERENCES.
-bool Parser::ParseReferences(ConstraintSpec* c) {
-  c->kind = ConstraintSpec::Kind::kForeignKey;
+bool Parser::ParseReferences(ConstraintClause* c) {
+  c->kind = ConstraintClause::Kind::kForeignKey;
   if (!ParseQualifiedName(&c->parent)) return false;
   if (Peek().IsSymbol("(") && !ParseKeyColumns(&c->parent_columns)) return false;
   if (AcceptWord("ON")) {
     if (!ExpectWord("DELETE")) return false;
     if (AcceptWord("CASCADE")) {
-      c->on_delete = ConstraintSpec::OnDelete::kCascade;
+      c->on_delete = ConstraintClause::OnDelete::kCascade;
     } else if (AcceptWord("SET")) {
       if (!ExpectWord("NULL")) return false;
-      c->on_delete = ConstraintSpec::OnDelete::kSetNull;
+      c->on_delete = ConstraintClause::OnDelete::kSetNull;
     } else {
       return Fail(905, "missing keyword");
     }
@@ -175,14 +175,14 @@ bool Parser::ParseReferences(ConstraintSpec* c) {
 }
 
 bool Parser::ParseTableConstraint(CreateTableStatement* s) {
-  ConstraintSpec c;
+  ConstraintClause c;
   if (AcceptWord("CONSTRAINT") && !ParseIdentifier(&c.name)) return false;
   if (AcceptWord("PRIMARY")) {
     if (!ExpectWord("KEY")) return false;
-    c.kind = ConstraintSpec::Kind::kPrimaryKey;
+    c.kind = ConstraintClause::Kind::kPrimaryKey;
     if (!ParseKeyColumns(&c.columns)) return false;
   } else if (AcceptWord("UNIQUE")) {
-    c.kind = ConstraintSpec::Kind::kUnique;
+    c.kind = ConstraintClause::Kind::kUnique;
     if (!ParseKeyColumns(&c.columns)) return false;
   } else if (AcceptWord("CHECK")) {
     if (!ParseCheck(&c)) return false;

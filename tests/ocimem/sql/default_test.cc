@@ -109,6 +109,10 @@ TEST_F(DefaultTest, BadDefaultsAreRefusedAtCreate) {
   EXPECT_EQ("ORA-00907: missing right parenthesis",
             ErrorOf("create table u (a number not null default 1)"));
   EXPECT_EQ("ORA-00936: missing expression", ErrorOf("create table u (a number default)"));
+  // An object table's attributes take no DEFAULT here.
+  MustExec("create type pt as object (x number)");
+  EXPECT_EQ("ORA-00907: missing right parenthesis",
+            ErrorOf("create table u of pt (x default 1)"));
 }
 
 // Parsing a default or a CHECK condition stops at 1000 nested levels with an error, far
