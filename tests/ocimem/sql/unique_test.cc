@@ -114,7 +114,7 @@ TEST_F(UniqueTest, InsertingManyRowsStaysLinear) {
   MustExec("create table t (id number, code varchar2(10) unique, n number unique)");
   OCIStmt* stmt = Prepare("insert into t values (:1, :2, :3)");
   int id = 0;
-  char code[11] = {0};
+  char code[16] = {0};
   OCIBind* b1 = nullptr;
   OCIBind* b2 = nullptr;
   OCIBind* b3 = nullptr;
