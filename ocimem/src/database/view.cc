@@ -5,6 +5,7 @@
 #include <set>
 
 #include "database/catalog.h"
+#include "sql/sql_expr.h"
 #include "sql/sql_rows.h"
 
 namespace ocimem {
@@ -125,27 +126,17 @@ bool MapItem(const Source& src, const TableRef& ref, const Expr& e, Expr* out, S
     return SetError(error, 904, "\"" + e.qualifier + "\": invalid identifier");
   }
   *out = e;
+  for (size_t i = 0; i < e.args.size(); ++i) {
+    if (!MapItem(src, ref, e.args[i], &out->args[i], error)) return false;
+  }
   return true;
 }
 
 bool MapWhere(const Source& src, const TableRef& ref, const std::vector<Condition>& where,
               std::vector<Condition>* out, SqlError* error) {
   for (const Condition& c : where) {
-    Condition mapped = c;
-    if (c.column.kind == Expr::Kind::kColumn) {
-      ViewColumn column;
-      if (!MapColumn(src, ref, c.column, &column, error)) return false;
-      if (c.value.kind == Expr::Kind::kColumn || c.value.kind == Expr::Kind::kValue) {
-        return SetError(error, 920, "invalid relational operator");
-      }
-      if (column.source.kind == Expr::Kind::kValue) {
-        return SetError(error, 932,
-                        "inconsistent datatypes: expected - got " + TypeName(column.type));
-      }
-      mapped.column = std::move(column.source);
-    } else if (!MapItem(src, ref, c.column, &mapped.column, error)) {
-      return false;
-    }
+    Condition mapped;
+    if (!MapItem(src, ref, c.expr, &mapped.expr, error)) return false;
     out->push_back(std::move(mapped));
   }
   out->insert(out->end(), src.where.begin(), src.where.end());
@@ -185,7 +176,9 @@ bool CompileView(const ExecContext& ctx, View* view, const std::vector<std::stri
     }
     // The item as a query on the base table would take it: literals and VALUE() checked.
     Projection p;
-    if (!ProjectItem(ctx, *src.table, src.base, c.source, &p, error)) return false;
+    bool plain = c.source.kind == Expr::Kind::kColumn || c.source.kind == Expr::Kind::kValue;
+    if (plain && !ProjectItem(ctx, *src.table, src.base, c.source, &p, error)) return false;
+    if (!plain && !ExprType(ctx, *src.table, src.base, c.source, &p.type, error)) return false;
     if (item.expr.kind != Expr::Kind::kColumn) {
       c.type = ExpressionColumnType(c.source, p.type);
       c.nullable = true;  // decision VW3
@@ -214,8 +207,9 @@ bool CompileView(const ExecContext& ctx, View* view, const std::vector<std::stri
   for (size_t i = 0; i < columns->size(); ++i) (*columns)[i].name = names[i];
   std::vector<Condition> where;
   if (!MapWhere(src, q.table, q.where, &where, error)) return false;
-  std::vector<PreparedCondition> prepared;
-  if (!PrepareWhere(ctx, *src.table, src.base, where, &prepared, error)) return false;
+  for (const Condition& c : where) {
+    if (!CheckWhereExpr(*src.table, src.base, c.expr, error)) return false;
+  }
   view->query.items = std::move(items);
   view->column_names = std::move(names);
   view->from_schema = src.schema;

@@ -69,25 +69,38 @@ struct DeclaredKeys {
   }
 };
 
+// What a CHECK condition may read: the row's own columns (a column constraint only its
+// column), literals and functions of them; no clock, session value, ROWNUM or aggregate.
+bool CheckExpr(const Table& table, const ConstraintClause& c, const Expr& e, SqlError* error) {
+  bool clock = e.kind == Expr::Kind::kFunction &&
+               (e.text == "SYSDATE" || e.text == "CURRENT_DATE" || e.text == "SYSTIMESTAMP" ||
+                e.text == "CURRENT_TIMESTAMP" || e.text == "LOCALTIMESTAMP");
+  if (e.kind == Expr::Kind::kSessionTimeZone || e.kind == Expr::Kind::kDbTimeZone ||
+      e.kind == Expr::Kind::kRownum || clock) {
+    return SetError(error, 2436, "date or system variable wrongly specified in CHECK constraint");
+  }
+  if (e.kind == Expr::Kind::kAggregate) {
+    return SetError(error, 934, "group function is not allowed here");
+  }
+  if (e.kind == Expr::Kind::kColumn) {
+    if (!e.qualifier.empty() || table.FindColumn(e.text) < 0) {
+      std::string shown = e.qualifier.empty() ? "\"" + e.text + "\""
+                                              : "\"" + e.qualifier + "\".\"" + e.text + "\"";
+      return SetError(error, 904, shown + ": invalid identifier");
+    }
+    if (c.on_column && e.text != c.columns.front()) {
+      return SetError(error, 2438, "Column check constraint cannot reference other columns");
+    }
+  }
+  for (const Expr& a : e.args) {
+    if (!CheckExpr(table, c, a, error)) return false;
+  }
+  return true;
+}
+
 bool CheckCondition(const Table& table, const ConstraintClause& c, SqlError* error) {
   for (const Condition& cond : c.check) {
-    for (const Expr* e : {&cond.column, &cond.value}) {
-      if (e->kind == Expr::Kind::kSessionTimeZone || e->kind == Expr::Kind::kDbTimeZone) {
-        return SetError(error, 2436, "date or system variable wrongly specified in CHECK constraint");
-      }
-      if (e->kind != Expr::Kind::kColumn) continue;
-      if (!e->qualifier.empty() || table.FindColumn(e->text) < 0) {
-        std::string shown = e->qualifier.empty() ? "\"" + e->text + "\""
-                                                 : "\"" + e->qualifier + "\".\"" + e->text + "\"";
-        return SetError(error, 904, shown + ": invalid identifier");
-      }
-      if (c.on_column && e->text != c.columns.front()) {
-        return SetError(error, 2438, "Column check constraint cannot reference other columns");
-      }
-    }
-    if (cond.value.kind == Expr::Kind::kColumn || cond.value.kind == Expr::Kind::kValue) {
-      return SetError(error, 920, "invalid relational operator");
-    }
+    if (!CheckExpr(table, c, cond.expr, error)) return false;
   }
   return true;
 }

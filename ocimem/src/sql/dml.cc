@@ -8,6 +8,7 @@
 #include "sql/column_default.h"
 #include "sql/constraint_enforce.h"
 #include "sql/sql_exec.h"
+#include "sql/sql_expr.h"
 #include "sql/sql_rows.h"
 #include "objects/value_slot.h"
 
@@ -66,7 +67,7 @@ bool StoreLoose(const ExecContext& ctx, const Expr& e, const ValueType& t, void*
                 SqlError* error) {
   if (e.kind == Expr::Kind::kConstructor) return BuildConstructed(ctx, e, t, slot, ind, error);
   Value v;
-  if (!Evaluate(ctx, e, &v, error)) return false;
+  if (!EvalExpr(ctx, RowScope(), e, &v, error)) return false;
   ValueType loose = t;
   loose.length = 0;
   loose.precision = 0;
@@ -187,9 +188,10 @@ bool ExecuteInsert(const ExecContext& ctx, const InsertStatement& s, ExecResult*
   for (const Expr& e : exprs) {
     if (!AdvanceSequences(ctx, e, error)) return false;
   }
+  RowScope no_row;
   for (size_t i = 0; i < exprs.size(); ++i) {
     if (exprs[i].kind == Expr::Kind::kConstructor) continue;  // built where stored
-    if (!Evaluate(ctx, exprs[i], &values[i], error)) return false;
+    if (!EvalExpr(ctx, no_row, exprs[i], &values[i], error)) return false;
   }
   // An object table also takes one instance of its type for the whole row.
   bool one_instance =
@@ -217,6 +219,7 @@ bool ExecuteInsert(const ExecContext& ctx, const InsertStatement& s, ExecResult*
   } else {
     for (size_t i = 0; i < targets.size(); ++i) {
       const Attribute& a = columns[targets[i]];
+      if (!FitDateTime(ctx, a.type, &values[i], error)) return false;
       if (!StoreColumn(ctx, exprs[i], values[i], a.type, SlotAt(*row, a),
                        IndAt(*row, a.ind_offset), TargetOf(*table, targets[i]), error)) {
         return false;
@@ -229,6 +232,9 @@ bool ExecuteInsert(const ExecContext& ctx, const InsertStatement& s, ExecResult*
   std::string key = table->KeyOf(*row);
   if (!CheckKeyFree(ctx, *table, key, nullptr, error)) return false;
   if (!CheckInsertedRow(ctx, table, *row, error)) return false;
+  if (!FillReturning(ctx, *table, s.table, s.returning, {row.get()}, result, error)) {
+    return false;
+  }
   auto record = std::make_shared<RowRecord>();
   record->table = table;
   ValueType t = RowValueType(*table);
@@ -269,20 +275,14 @@ bool ExecuteUpdate(const ExecContext& ctx, const UpdateStatement& s, ExecResult*
     set_values.push_back(e.kind == Expr::Kind::kDefault ? DefaultOf(*table, targets[i]) : e);
   }
   for (const Expr& e : set_values) {
-    if (e.kind == Expr::Kind::kColumn || e.kind == Expr::Kind::kValue) {
-      return SetError(error, 936, "missing expression");
-    }
-    Value v;
-    // Sequence values are taken row by row below.
+    if (e.kind == Expr::Kind::kValue) return SetError(error, 936, "missing expression");
+    if (HasAggregate(e)) return SetError(error, 934, "group function is not allowed here");
     if (!SequencesExist(ctx, e, error)) return false;
-    if (e.kind != Expr::Kind::kConstructor && !HasSequence(e) && !Evaluate(ctx, e, &v, error)) {
-      return false;
-    }
-    values.push_back(std::move(v));
+    if (!CheckWhereExpr(*table, s.table, e, error)) return false;
   }
-  std::vector<PreparedCondition> conds;
-  if (!PrepareWhere(ctx, *table, s.table, s.where, &conds, error)) return false;
-  std::vector<Found> found = FindRows(ctx, table, conds);
+  values.resize(s.sets.size());
+  std::vector<Found> found;
+  if (!FindRows(ctx, table, s.table, s.where, &found, error)) return false;
   if (!CheckLocks(ctx, found, error)) return false;
   std::vector<std::shared_ptr<RowData>> updated;
   std::vector<std::string> keys;
@@ -294,15 +294,21 @@ bool ExecuteUpdate(const ExecContext& ctx, const UpdateStatement& s, ExecResult*
     for (size_t i = 0; i < targets.size(); ++i) {
       if (!AdvanceSequences(ctx, set_values[i], error)) return false;
     }
+    // Every SET value reads the row as it was before the statement.
+    RowScope scope;
+    scope.table = table;
+    scope.ref = &s.table;
+    scope.row = f.row.get();
+    scope.rownum = f.rownum;
     for (size_t i = 0; i < targets.size(); ++i) {
       const Expr& e = set_values[i];
-      if (e.kind != Expr::Kind::kConstructor && HasSequence(e) &&
-          !Evaluate(ctx, e, &values[i], error)) {
+      if (e.kind != Expr::Kind::kConstructor && !EvalExpr(ctx, scope, e, &values[i], error)) {
         return false;
       }
     }
     for (size_t i = 0; i < targets.size(); ++i) {
       const Attribute& a = columns[targets[i]];
+      if (!FitDateTime(ctx, a.type, &values[i], error)) return false;
       if (!StoreColumn(ctx, set_values[i], values[i], a.type, SlotAt(*row, a),
                        IndAt(*row, a.ind_offset), TargetOf(*table, targets[i]), error)) {
         return false;
@@ -328,6 +334,11 @@ bool ExecuteUpdate(const ExecContext& ctx, const UpdateStatement& s, ExecResult*
     keys.push_back(std::move(key));
   }
   if (!CheckUpdatedRows(ctx, table, found, updated, error)) return false;
+  std::vector<const RowData*> returned_rows;
+  for (const auto& row : updated) returned_rows.push_back(row.get());
+  if (!FillReturning(ctx, *table, s.table, s.returning, returned_rows, result, error)) {
+    return false;
+  }
   for (size_t i = 0; i < found.size(); ++i) {
     const std::shared_ptr<RowRecord>& record = found[i].record;
     table->UnindexRecord(record.get());
@@ -348,12 +359,16 @@ bool ExecuteDelete(const ExecContext& ctx, const DeleteStatement& s, ExecResult*
   if (!ResolveTable(ctx, s.table, &table, error)) return false;
   if (table->dual) return SetError(error, 1031, "insufficient privileges");
   if (!ProjectReturning(ctx, *table, s.table, s.returning, result, error)) return false;
-  std::vector<PreparedCondition> conds;
-  if (!PrepareWhere(ctx, *table, s.table, s.where, &conds, error)) return false;
-  std::vector<Found> found = FindRows(ctx, table, conds);
+  std::vector<Found> found;
+  if (!FindRows(ctx, table, s.table, s.where, &found, error)) return false;
   if (!CheckLocks(ctx, found, error)) return false;
   StatementChanges cascade;
   if (!PlanDelete(ctx, table, found, &cascade, error)) return false;
+  std::vector<const RowData*> returned_rows;
+  for (const Found& f : found) returned_rows.push_back(f.row.get());
+  if (!FillReturning(ctx, *table, s.table, s.returning, returned_rows, result, error)) {
+    return false;
+  }
   ApplyCascade(ctx, cascade);
   for (const Found& f : found) {
     if (!s.returning.empty()) result->returned.push_back(f.row);

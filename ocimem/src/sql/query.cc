@@ -1,7 +1,10 @@
 // Queries: the select list, the rows found, and the locks of FOR UPDATE.
 #include "statements/convert.h"
 #include "sql/sql_exec.h"
+#include "sql/query_shape.h"
 #include "sql/sql_rows.h"
+
+#include <cstdlib>
 
 namespace ocimem {
 namespace {
@@ -99,51 +102,256 @@ bool ProjectItem(const ExecContext& ctx, const Table& table, const TableRef& ref
   return true;
 }
 
+namespace {
+
+bool IsPlain(const Expr& e) {
+  return e.kind == Expr::Kind::kColumn || e.kind == Expr::Kind::kValue;
+}
+
+// The select-list position an ORDER BY item names: a number, or an alias.
+bool OrderPosition(const SelectStatement& s, const std::vector<const SelectItem*>& items,
+                   const OrderItem& o, size_t* out, bool* is_position, SqlError* error) {
+  *is_position = false;
+  if (o.expr.kind == Expr::Kind::kNumber) {
+    const std::string& t = o.expr.text;
+    long long n = t.find_first_not_of("0123456789") == std::string::npos && t.size() < 10
+                      ? std::atoll(t.c_str())
+                      : 0;
+    if (n < 1 || static_cast<size_t>(n) > items.size()) {
+      return SetError(error, 1785, "ORDER BY item must be the number of a SELECT-list expression");
+    }
+    *out = static_cast<size_t>(n - 1);
+    *is_position = true;
+    return true;
+  }
+  if (o.expr.kind == Expr::Kind::kColumn && o.expr.qualifier.empty()) {
+    for (size_t i = 0; i < items.size(); ++i) {
+      if (items[i]->alias == o.expr.text) {
+        *out = i;
+        *is_position = true;
+        return true;
+      }
+    }
+  }
+  for (size_t i = 0; i < items.size(); ++i) {
+    if (items[i] != nullptr && SameExpr(items[i]->expr, o.expr) && s.distinct) {
+      *out = i;
+      *is_position = true;
+      return true;
+    }
+  }
+  if (s.distinct) return SetError(error, 1791, "not a SELECTed expression");
+  return true;
+}
+
+}  // namespace
+
 bool ExecuteSelect(const ExecContext& ctx, const SelectStatement& s, ExecResult* result,
                    SqlError* error) {
   Table* table = nullptr;
   if (!ResolveTable(ctx, s.table, &table, error)) return false;
   auto cursor = std::make_unique<Cursor>();
   const std::vector<Attribute>& columns = table->columns();
-  std::vector<const Expr*> sequence_items;
-  std::vector<size_t> sequence_positions;
+  // The select list with `*` spelled out: one item per column of the cursor.
+  std::vector<SelectItem> spelled;
   for (const SelectItem& item : s.items) {
-    if (item.star) {
-      if (!item.expr.qualifier.empty()) {
-        const std::string& q = item.expr.qualifier;
-        bool ok = s.table.alias.empty() ? q == s.table.name.name : q == s.table.alias;
-        if (!ok) return SetError(error, 904, "\"" + q + "\": invalid identifier");
-      }
-      for (const Attribute& a : columns) {
-        Projection p;
-        p.type = a.type;
-        p.offset = a.offset;
-        p.ind_offset = a.ind_offset;
-        cursor->items.push_back(std::move(p));
-      }
+    if (!item.star) {
+      spelled.push_back(item);
       continue;
     }
-    Projection p;
-    if (!ProjectItem(ctx, *table, s.table, item.expr, &p, error)) return false;
-    if (item.expr.kind == Expr::Kind::kSequence) {
-      sequence_items.push_back(&item.expr);
-      sequence_positions.push_back(cursor->items.size());
+    if (!item.expr.qualifier.empty()) {
+      const std::string& q = item.expr.qualifier;
+      bool ok = s.table.alias.empty() ? q == s.table.name.name : q == s.table.alias;
+      if (!ok) return SetError(error, 904, "\"" + q + "\": invalid identifier");
     }
-    cursor->items.push_back(std::move(p));
+    for (const Attribute& a : columns) {
+      SelectItem column;
+      column.expr.kind = Expr::Kind::kColumn;
+      column.expr.text = a.name;
+      spelled.push_back(std::move(column));
+    }
   }
-  std::vector<PreparedCondition> conds;
-  if (!PrepareWhere(ctx, *table, s.table, s.where, &conds, error)) return false;
-  std::vector<Found> found = FindRows(ctx, table, conds);
+  std::vector<const Expr*> aggregates;
+  for (const SelectItem& item : spelled) CollectAggregates(item.expr, &aggregates);
+  for (const Condition& c : s.having) CollectAggregates(c.expr, &aggregates);
+  for (const OrderItem& o : s.order_by) CollectAggregates(o.expr, &aggregates);
+  for (const Expr& g : s.group_by) {
+    if (HasAggregate(g)) return SetError(error, 934, "group function is not allowed here");
+    if (!CheckWhereExpr(*table, s.table, g, error)) return false;
+  }
+  const bool grouped = !aggregates.empty() || !s.group_by.empty() || !s.having.empty();
+  // Only a plain query keeps the table's rows under its plain columns.
+  const bool reshaped = grouped || s.distinct || !s.order_by.empty();
+  std::vector<const SelectItem*> item_ptrs;
+  std::vector<bool> computed;
+  std::vector<const Expr*> sequence_items;
+  std::vector<size_t> sequence_positions;
+  auto result_type = std::make_shared<OCIType>();
+  for (const SelectItem& item : spelled) {
+    item_ptrs.push_back(&item);
+    const Expr& e = item.expr;
+    if (grouped && !CheckGrouped(e, s.group_by, error)) return false;
+    if (e.kind == Expr::Kind::kSequence) {
+      if (reshaped) return SetError(error, 2287, "sequence number not allowed here");
+      Projection p;
+      if (!ProjectItem(ctx, *table, s.table, e, &p, error)) return false;
+      sequence_items.push_back(&e);
+      sequence_positions.push_back(cursor->items.size());
+      cursor->items.push_back(std::move(p));
+      computed.push_back(false);
+      continue;
+    }
+    if (HasSequence(e)) return SetError(error, 2287, "sequence number not allowed here");
+    if (!grouped && IsPlain(e)) {
+      Projection p;
+      if (!ProjectItem(ctx, *table, s.table, e, &p, error)) return false;
+      cursor->items.push_back(std::move(p));
+      computed.push_back(false);
+      continue;
+    }
+    if (e.kind == Expr::Kind::kValue) return SetError(error, 979, "not a GROUP BY expression");
+    Attribute a;
+    a.name = "COLUMN" + std::to_string(result_type->attributes.size());
+    if (!ExprType(ctx, *table, s.table, e, &a.type, error)) return false;
+    if (a.type.kind == ValueKind::kLob || a.type.kind == ValueKind::kObject ||
+        a.type.kind == ValueKind::kCollection) {
+      if (grouped && e.kind != Expr::Kind::kAggregate) {
+        // A column of these types is read in place only by a plain query.
+        return SetError(error, 932, "inconsistent datatypes: expected - got " + TypeName(a.type));
+      }
+    }
+    result_type->attributes.push_back(a);
+    cursor->items.emplace_back();
+    computed.push_back(true);
+  }
+  for (const Condition& c : s.having) {
+    if (!CheckGrouped(c.expr, s.group_by, error)) return false;
+  }
+  // Values that DISTINCT, GROUP BY and ORDER BY compare must be comparable.
+  auto comparable = [&](const Expr& e) {
+    ValueType t;
+    SqlError ignored;  // other errors show when the values are worked out
+    if (!ExprType(ctx, *table, s.table, e, &t, &ignored)) return true;
+    if (t.kind == ValueKind::kLob || t.kind == ValueKind::kObject ||
+        t.kind == ValueKind::kCollection || t.kind == ValueKind::kRef) {
+      return SetError(error, 932, "inconsistent datatypes: expected - got " + TypeName(t));
+    }
+    return true;
+  };
+  for (const SelectItem& item : spelled) {
+    if (s.distinct && item.expr.kind != Expr::Kind::kSequence && !comparable(item.expr)) {
+      return false;
+    }
+  }
+  for (const Expr& g : s.group_by) {
+    if (!comparable(g)) return false;
+  }
+  for (const OrderItem& o : s.order_by) {
+    if (!comparable(o.expr)) return false;
+  }
+  result_type->Layout();
+  std::vector<Found> found;
+  if (!FindRows(ctx, table, s.table, s.where, &found, error)) return false;
   if (s.for_update) {
     if (table->dual) return SetError(error, 1031, "insufficient privileges");
+    if (reshaped)
+      return SetError(error, 1786, "FOR UPDATE of this query expression is not allowed");
     if (!CheckLocks(ctx, found, error)) return false;
     EnsureTxn(ctx);
     for (const Found& f : found) LockRecord(ctx, f.record);
     cursor->for_update = true;
     cursor->txn = CurrentTxn(ctx);
   }
-  cursor->rows.reserve(found.size());
-  for (Found& f : found) cursor->rows.push_back(std::move(f.row));
+  std::vector<ResultRow> rows;
+  if (grouped) {
+    if (!GroupRows(ctx, table, s, aggregates, found, &rows, error)) return false;
+  } else {
+    rows.reserve(found.size());
+    for (Found& f : found) {
+      ResultRow r;
+      r.base = std::move(f.row);
+      r.rownum = f.rownum;
+      rows.push_back(std::move(r));
+    }
+  }
+  // The values of the select list and of ORDER BY, row by row.
+  std::vector<size_t> order_positions(s.order_by.size());
+  std::vector<bool> order_is_position(s.order_by.size());
+  for (size_t i = 0; i < s.order_by.size(); ++i) {
+    bool is_position = false;
+    if (!OrderPosition(s, item_ptrs, s.order_by[i], &order_positions[i], &is_position, error)) {
+      return false;
+    }
+    order_is_position[i] = is_position;
+    if (is_position && !comparable(spelled[order_positions[i]].expr)) return false;
+    if (!is_position && grouped && !CheckGrouped(s.order_by[i].expr, s.group_by, error)) {
+      return false;
+    }
+    if (!is_position && !grouped && !CheckWhereExpr(*table, s.table, s.order_by[i].expr, error)) {
+      return false;
+    }
+  }
+  for (ResultRow& r : rows) {
+    RowScope scope;
+    scope.table = table;
+    scope.ref = &s.table;
+    scope.row = r.base.get();
+    scope.rownum = r.rownum;
+    if (grouped) scope.aggregates = &r.aggregates;
+    bool need_items = s.distinct || !s.order_by.empty() || !result_type->attributes.empty();
+    if (need_items) {
+      r.items.resize(spelled.size());
+      for (size_t i = 0; i < spelled.size(); ++i) {
+        if (spelled[i].expr.kind == Expr::Kind::kSequence) continue;
+        if (spelled[i].expr.kind == Expr::Kind::kValue) continue;
+        if (!computed[i] && !s.distinct && s.order_by.empty()) continue;
+        if (!EvalExpr(ctx, scope, spelled[i].expr, &r.items[i], error)) return false;
+      }
+    }
+    r.keys.resize(s.order_by.size());
+    for (size_t i = 0; i < s.order_by.size(); ++i) {
+      if (order_is_position[i]) {
+        r.keys[i] = r.items[order_positions[i]];
+      } else if (!EvalExpr(ctx, scope, s.order_by[i].expr, &r.keys[i], error)) {
+        return false;
+      }
+    }
+  }
+  if (s.distinct) RemoveDuplicates(&rows);
+  if (!s.order_by.empty()) SortRows(s.order_by, &rows);
+  // Into the cursor: computed values in a row of the result's own type.
+  cursor->rows.reserve(rows.size());
+  size_t slot = 0;
+  std::vector<size_t> slot_of(spelled.size(), 0);
+  for (size_t i = 0; i < spelled.size(); ++i) {
+    if (!computed[i]) continue;
+    const Attribute& a = result_type->attributes[slot];
+    cursor->items[i].type = a.type;
+    cursor->items[i].offset = a.offset;
+    cursor->items[i].ind_offset = a.ind_offset;
+    slot_of[i] = slot++;
+  }
+  for (ResultRow& r : rows) {
+    std::shared_ptr<RowData> values;
+    if (!result_type->attributes.empty()) {
+      values = NewRow(result_type);
+      if (!values) return SetError(error, 4030, "out of process memory");
+      for (size_t i = 0; i < spelled.size(); ++i) {
+        if (!computed[i]) continue;
+        const Attribute& a = result_type->attributes[slot_of[i]];
+        ValueType loose = a.type;
+        loose.length = 0;
+        loose.precision = 0;
+        loose.scale = a.type.kind == ValueKind::kNumber ? -127 : a.type.scale;
+        if (!StoreValue(r.items[i], loose, SlotAt(*values, a), IndAt(*values, a.ind_offset),
+                        Target(), error)) {
+          return false;
+        }
+        cursor->items[i].per_row.push_back(values);
+      }
+    }
+    cursor->rows.push_back(r.base ? r.base : values);
+  }
   if (!FillSequenceItems(ctx, sequence_items, sequence_positions, cursor.get(), error)) {
     return false;
   }

@@ -3,6 +3,7 @@
 #ifndef OCIMEM_SRC_SQL_SQL_AST_H
 #define OCIMEM_SRC_SQL_SQL_AST_H
 
+#include <memory>
 #include <string>
 #include <variant>
 #include <vector>
@@ -89,27 +90,52 @@ struct DropTableStatement {
   bool cascade_constraints = false;
 };
 
-// An operand: a literal, a bind variable, a column, VALUE(alias), EMPTY_CLOB()/EMPTY_BLOB(),
-// or a type constructor type(value, ...).
+// An expression or a condition.  Operands are literals, bind variables, columns,
+// VALUE(alias), EMPTY_CLOB()/EMPTY_BLOB(), type constructors type(value, ...), NEXTVAL and
+// CURRVAL, ROWNUM; operators and conditions keep their operands in `args`.
 struct Expr {
   enum class Kind {
     kNull, kNumber, kString, kBind, kEmptyClob, kEmptyBlob, kColumn, kValue, kConstructor,
     kSessionTimeZone, kDbTimeZone, kSequence,
     kDefault,  // the word DEFAULT as a value of INSERT ... VALUES or UPDATE ... SET
+    kRownum,
+    kUnary,      // text "-" or "+"; args[0]
+    kBinary,     // text "+", "-", "*", "/" or "||"; args[0], args[1]
+    kFunction,   // text the name; args; option: LEADING/TRAILING/BOTH of TRIM
+    kAggregate,  // text COUNT, MIN, MAX, SUM, AVG; star: COUNT(*); distinct; args[0]
+    kCase,       // has_operand: args[0] is the operand of a simple CASE; then WHEN, THEN
+                 // pairs; has_else: the last is the ELSE value
+    // Conditions: TRUE, FALSE or unknown.
+    kCompare,    // text "=", "<>", "<", "<=", ">", ">="; args[0], args[1]
+    kIsNull,     // negated: IS NOT NULL; args[0]
+    kIn,         // negated: NOT IN; args[0] IN (args[1], ...)
+    kBetween,    // negated; args[0] BETWEEN args[1] AND args[2]
+    kLike,       // negated; args[0] LIKE args[1] [ESCAPE args[2]]
+    kAnd, kOr,   // args[0], args[1]
+    kNot,        // args[0]
   };
   Kind kind = Kind::kNull;
   std::string text;       // number or string literal, bind name (upper case), column name,
-                          // NEXTVAL or CURRVAL of a sequence
+                          // NEXTVAL or CURRVAL of a sequence, operator, function name
   std::string qualifier;  // alias or table of a column; the alias of VALUE()
   size_t bind = 0;        // occurrence number of a bind variable in the statement
   size_t offset = 0;      // in the statement text
   QualifiedName type;     // of a constructor; the sequence of NEXTVAL and CURRVAL
-  std::vector<Expr> args;  // of a constructor
+  std::vector<Expr> args;  // of a constructor, operator, function or condition
+  std::string option;
+  bool negated = false;
+  bool distinct = false;
+  bool star = false;
+  bool has_operand = false;
+  bool has_else = false;
+  bool parenthesized = false;  // written in parentheses
+  size_t depth = 1;            // levels of the tree below and including this one
+  std::shared_ptr<const DataTypeSpec> cast;  // the type of CAST(expr AS type)
 };
 
+// One condition of a WHERE clause; a clause is the AND of its conditions.
 struct Condition {
-  Expr column;
-  Expr value;
+  Expr expr;
 };
 
 // A constraint of CREATE TABLE, written on a column (`columns` is that column) or on its
@@ -170,10 +196,20 @@ struct SelectItem {
   std::string alias;  // the column alias written after the item, or empty
 };
 
+struct OrderItem {
+  Expr expr;  // a number literal names a select-list position
+  bool descending = false;
+  int nulls = 0;  // 1: NULLS FIRST, -1: NULLS LAST, 0: Oracle's default
+};
+
 struct SelectStatement {
+  bool distinct = false;
   std::vector<SelectItem> items;
   TableRef table;
   std::vector<Condition> where;
+  std::vector<Expr> group_by;
+  std::vector<Condition> having;
+  std::vector<OrderItem> order_by;
   bool for_update = false;
 };
 

@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "database/database.h"
 #include "sql/sql_ast.h"
@@ -23,6 +24,9 @@ struct ExecContext {
   size_t iteration = 0;        // element of array binds used
   // NEXTVAL of each sequence (by Sequence::id) in the row being made.
   mutable std::map<std::uint64_t, std::string> row_nextvals;
+  // Datetime descriptors that expressions made (SYSTIMESTAMP, TO_TIMESTAMP), kept until the
+  // statement ends.
+  mutable std::vector<std::shared_ptr<void>> temporaries;
 };
 
 struct ExecResult {

@@ -100,7 +100,7 @@ bool Tokenize(std::string_view sql, std::vector<Token>* tokens, SqlError* error)
       t.kind = TokenKind::kBind;
       t.text = std::string(sql.substr(start, i - start));
     } else {
-      static const char* const kTwo[] = {"<=", ">=", "<>", "!=", "||"};
+      static const char* const kTwo[] = {"<=", ">=", "<>", "!=", "^=", "||"};
       t.kind = TokenKind::kSymbol;
       for (const char* two : kTwo) {
         if (sql.substr(i, 2) == two) t.text = two;

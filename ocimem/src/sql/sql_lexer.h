@@ -30,7 +30,7 @@ enum class TokenKind {
   kNumber,            // text as written
   kString,            // text without quotes, '' collapsed
   kBind,              // text without the colon
-  kSymbol,            // ( ) , . ; = < > <= >= <> != * + - / || @ %
+  kSymbol,            // ( ) , . ; = < > <= >= <> != ^= * + - / || @ %
   kEnd,
 };
 

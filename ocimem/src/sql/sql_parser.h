@@ -26,6 +26,13 @@ std::string UpperBindName(const std::string& name);
 // value recurse once per level, and the limit keeps that well inside a thread's stack.
 constexpr size_t kMaxConstructorNesting = 1000;
 
+// False for a query that a view cannot be: DISTINCT, GROUP BY, HAVING, ORDER BY,
+// aggregates, ROWNUM.
+bool ViewQueryMergeable(const SelectStatement& q);
+
+// Words that end a table reference or a select item instead of being taken as an alias.
+bool IsClauseWord(const Token& t);
+
 class Parser {
  public:
   explicit Parser(std::vector<Token> tokens) : tokens_(std::move(tokens)) {}
@@ -72,6 +79,30 @@ class Parser {
   bool ParseTableRef(TableRef* out, bool allow_alias);
   bool ParseWhere(std::vector<Condition>* out);
   bool ParseConditions(std::vector<Condition>* out);
+  bool ParseOrderBy(SelectStatement* out);
+  bool ParseGroupBy(SelectStatement* out);
+  // Expressions and conditions (sql_parser_expr.cc).
+  bool ParseExpr(Expr* out);
+  bool ParseCondition(Expr* out);
+  bool ParseOr(Expr* out);
+  bool ParseAnd(Expr* out);
+  bool ParseNot(Expr* out);
+  bool ParsePredicate(Expr* out);
+  bool ParsePredicateRest(Expr* out);
+  bool ParseAdditive(Expr* out);
+  bool ParseMultiplicative(Expr* out);
+  bool ParseUnary(Expr* out);
+  bool ParsePrimary(Expr* out);
+  bool ParseCase(Expr* out);
+  bool ParseExtract(Expr* out);
+  bool ParseCast(Expr* out);
+  bool ParseFunctionCall(Expr* out);
+  bool MakeNode(Expr::Kind kind, std::string text, std::vector<Expr> args, Expr* out);
+  bool Combine(Expr::Kind kind, const char* text, Expr* out, Expr* second);
+  bool CheckCondition(const Expr& e);
+  bool CheckValue(const Expr& e);
+  // ORA-00036 once an expression nests deeper than kMaxConstructorNesting.
+  bool Deeper(size_t depth);
   bool ParseReturning(std::vector<ReturningClause>* out);
   bool ParseColumnRef(Expr* out);
   bool ParseValue(Expr* out);

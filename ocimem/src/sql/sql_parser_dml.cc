@@ -6,21 +6,18 @@
 
 namespace ocimem {
 
-namespace {
-
-// Words that end a table reference or a select item instead of being taken as an alias.
 bool IsClauseWord(const Token& t) {
   static const char* const kWords[] = {"FROM", "WHERE", "FOR", "SET", "VALUES", "AND", "OR",
                                        "ORDER", "GROUP", "UNION", "HAVING", "CONNECT",
                                        "START", "NESTED", "INTERSECT", "MINUS", "RETURNING",
-                                       "RETURN", "WITH"};
+                                       "RETURN", "WITH", "IS", "NOT", "IN", "LIKE",
+                                       "BETWEEN", "ESCAPE", "WHEN", "THEN", "ELSE", "END"};
   for (const char* w : kWords) {
     if (t.IsWord(w)) return true;
   }
   return false;
 }
 
-}  // namespace
 
 bool Parser::ParseCreateView(Statement* out, bool or_replace) {
   CreateViewStatement s;
@@ -40,6 +37,9 @@ bool Parser::ParseCreateView(Statement* out, bool or_replace) {
   for (const SelectItem& item : s.query.items) {
     if (item.expr.kind == Expr::Kind::kSequence) return SequenceNotAllowed();
   }
+  // decision EX6: a view reads its table row by row; queries that shape their rows
+  // (DISTINCT, grouping, aggregates, ORDER BY, ROWNUM) are refused as views.
+  if (!ViewQueryMergeable(s.query)) return Fail(900, "invalid SQL statement");
   // A view is stored, so its query cannot take values from the program.
   if (binds_ > 0) return Fail(1027, "bind variables not allowed for data definition operations");
   if (!ExpectEnd(933)) return false;
@@ -143,7 +143,7 @@ bool Parser::ParseValue(Expr* out) {
     bool ok = true;
     do {
       Expr arg;
-      ok = ParseValue(&arg);
+      ok = ParseExpr(&arg);
       if (ok && (arg.kind == Expr::Kind::kValue || arg.kind == Expr::Kind::kColumn)) {
         ok = Fail(984, "column not allowed here");
       }
@@ -154,34 +154,6 @@ bool Parser::ParseValue(Expr* out) {
     return ok && ExpectSymbol(")");
   }
   return Fail(936, "missing expression");
-}
-
-bool Parser::ParseWhere(std::vector<Condition>* out) {
-  if (!AcceptWord("WHERE")) return true;
-  return ParseConditions(out);
-}
-
-bool Parser::ParseConditions(std::vector<Condition>* out) {
-  do {
-    Expr left;
-    Expr right;
-    if (!ParseValue(&left)) return false;
-    if (!AcceptSymbol("=")) return Fail(920, "invalid relational operator");
-    if (!ParseValue(&right)) return false;
-    if (left.kind == Expr::Kind::kSequence || right.kind == Expr::Kind::kSequence) {
-      return SequenceNotAllowed();
-    }
-    Condition c;
-    if (left.kind == Expr::Kind::kColumn || right.kind != Expr::Kind::kColumn) {
-      c.column = std::move(left);
-      c.value = std::move(right);
-    } else {
-      c.column = std::move(right);
-      c.value = std::move(left);
-    }
-    out->push_back(std::move(c));
-  } while (AcceptWord("AND"));
-  return true;
 }
 
 bool Parser::ParseInsert(Statement* out) {
@@ -210,53 +182,6 @@ bool Parser::ParseInsert(Statement* out) {
   } while (AcceptSymbol(","));
   if (!ExpectSymbol(")")) return false;
   if (!ParseReturning(&s.returning)) return false;
-  if (!ExpectEnd(933)) return false;
-  *out = std::move(s);
-  return true;
-}
-
-// The select list, FROM and WHERE of a query (after SELECT).
-bool Parser::ParseQuery(SelectStatement* out) {
-  do {
-    SelectItem item;
-    if (AcceptSymbol("*")) {
-      item.star = true;
-    } else if (Peek().IsIdentifier() && Peek(1).IsSymbol(".") && Peek(2).IsSymbol("*")) {
-      item.star = true;
-      item.expr.qualifier = Next().text;
-      item.expr.offset = Peek().offset;
-      Next();
-      Next();
-    } else {
-      if (Peek().IsWord("FROM")) return Fail(936, "missing expression");
-      if (!ParseValue(&item.expr)) return false;
-      if (AcceptWord("AS")) {
-        if (!ParseIdentifier(&item.alias)) return false;
-      } else if (Peek().IsIdentifier() && !IsClauseWord(Peek())) {
-        item.alias = Next().text;
-      }
-    }
-    out->items.push_back(std::move(item));
-  } while (AcceptSymbol(","));
-  if (!AcceptWord("FROM")) return Fail(923, "FROM keyword not found where expected");
-  if (!ParseTableRef(&out->table, true)) return false;
-  return ParseWhere(&out->where);
-}
-
-bool Parser::ParseSelect(Statement* out) {
-  SelectStatement s;
-  if (!ParseQuery(&s)) return false;
-  if (AcceptWord("FOR")) {
-    if (!ExpectWord("UPDATE")) return false;
-    s.for_update = true;
-    if (AcceptWord("OF")) {
-      do {
-        Expr c;
-        if (!ParseColumnRef(&c)) return false;
-      } while (AcceptSymbol(","));
-    }
-    AcceptWord("NOWAIT");
-  }
   if (!ExpectEnd(933)) return false;
   *out = std::move(s);
   return true;
@@ -299,8 +224,10 @@ bool Parser::ParseReturning(std::vector<ReturningClause>* out) {
   do {
     Expr e;
     if (Peek().IsWord("INTO")) return Fail(936, "missing expression");
-    if (!ParseValue(&e)) return false;
-    if (e.kind == Expr::Kind::kConstructor || e.kind == Expr::Kind::kValue) {
+    if (!ParseExpr(&e)) return false;
+    // decision EX8: aggregates and ROWNUM are not taken here.
+    if (e.kind == Expr::Kind::kConstructor || e.kind == Expr::Kind::kValue ||
+        e.kind == Expr::Kind::kAggregate || e.kind == Expr::Kind::kRownum) {
       return Fail(936, "missing expression");
     }
     // decision SQ2: RETURNING takes no sequence values.

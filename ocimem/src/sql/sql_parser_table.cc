@@ -233,7 +233,7 @@ bool Parser::ParseValueOrDefault(Expr* out) {
     out->kind = Expr::Kind::kDefault;
     return true;
   }
-  return ParseValue(out);
+  return ParseExpr(out);
 }
 
 }  // namespace ocimem

@@ -2,10 +2,12 @@
 #include "sql/sql_rows.h"
 
 #include <cstring>
+#include <map>
 
 #include "session/session_nls.h"
 #include "objects/value_slot.h"
 #include "values/date_format.h"
+#include "sql/sql_expr.h"
 
 namespace ocimem {
 namespace {
@@ -29,21 +31,6 @@ BindHandle* BindForOccurrence(const StmtHandle& stmt, size_t occurrence) {
   }
   return by_name;
 }
-
-namespace {
-
-bool Matches(const Table& table, const RowData& row, const std::vector<PreparedCondition>& conds) {
-  for (const PreparedCondition& c : conds) {
-    if (c.never) return false;
-    if (c.column == static_cast<size_t>(-1)) continue;
-    const Attribute& a = table.columns()[c.column];
-    if (*IndAt(row, a.ind_offset) == OCI_IND_NULL) return false;
-    if (KeyText(a.type, SlotAt(row, a)) != c.key) return false;
-  }
-  return true;
-}
-
-}  // namespace
 
 bool Busy(SqlError* error) {
   return SetError(error, 54, "resource busy and acquire with NOWAIT specified or timeout expired");
@@ -125,110 +112,228 @@ bool Evaluate(const ExecContext& ctx, const Expr& e, Value* out, SqlError* error
   return ValueFromLiteral(e, out, error);
 }
 
+namespace {
+
+// An operator or function among RETURNING items: computed for each row returned.
+bool Computed(const Expr& e) { return !e.args.empty() || e.kind == Expr::Kind::kFunction; }
+
+}  // namespace
+
 bool ProjectReturning(const ExecContext& ctx, const Table& table, const TableRef& ref,
                       const std::vector<ReturningClause>& returning, ExecResult* result,
                       SqlError* error) {
   for (const ReturningClause& r : returning) {
     for (const Expr& e : r.items) {
       Projection p;
-      if (!ProjectItem(ctx, table, ref, e, &p, error)) return false;
+      if (!Computed(e)) {
+        if (!ProjectItem(ctx, table, ref, e, &p, error)) return false;
+        result->returning.push_back(std::move(p));
+        continue;
+      }
+      if (!CheckWhereExpr(table, ref, e, error)) return false;
+      // A row of one column of the item's type; each returned row gets one (FillReturning).
+      auto type = std::make_shared<OCIType>();
+      Attribute a;
+      a.name = "RETURNED";
+      if (!ExprType(ctx, table, ref, e, &a.type, error)) return false;
+      type->attributes.push_back(a);
+      type->Layout();
+      p.type = type->attributes[0].type;
+      p.offset = type->attributes[0].offset;
+      p.ind_offset = type->attributes[0].ind_offset;
+      p.literal_row = NewRow(type);
+      if (!p.literal_row) return SetError(error, 4030, "out of process memory");
       result->returning.push_back(std::move(p));
     }
   }
   return true;
 }
 
-bool PrepareWhere(const ExecContext& ctx, const Table& table, const TableRef& ref,
-                  const std::vector<Condition>& where, std::vector<PreparedCondition>* out,
-                  SqlError* error) {
-  for (const Condition& c : where) {
-    PreparedCondition p;
-    if (c.column.kind != Expr::Kind::kColumn) {
-      // literal = literal: only equal literals let rows through
-      Value a;
-      Value b;
-      if (!Evaluate(ctx, c.column, &a, error) || !Evaluate(ctx, c.value, &b, error)) return false;
-      p.never = a.kind == Value::Kind::kNull || b.kind == Value::Kind::kNull || a.kind != b.kind ||
-                a.bytes != b.bytes || std::memcmp(&a.number, &b.number, sizeof a.number) != 0;
-      p.column = static_cast<size_t>(-1);
-      out->push_back(std::move(p));
-      continue;
-    }
-    if (!ResolveColumn(table, ref, c.column, &p.column, error)) return false;
-    if (c.value.kind == Expr::Kind::kColumn || c.value.kind == Expr::Kind::kValue) {
-      return SetError(error, 920, "invalid relational operator");
-    }
-    Value v;
-    if (!Evaluate(ctx, c.value, &v, error)) return false;
-    const ValueType& t = table.columns()[p.column].type;
-    if (t.kind != ValueKind::kNumber && t.kind != ValueKind::kString &&
-        t.kind != ValueKind::kDate && t.kind != ValueKind::kRaw) {
-      return SetError(error, 932, "inconsistent datatypes: expected - got " + TypeName(t));
-    }
-    if (v.kind == Value::Kind::kNull) {
-      p.never = true;
-    } else {
-      // The compared value in the column's own type.
-      alignas(16) unsigned char slot[sizeof(OCINumber)] = {0};
-      OCIInd ind = OCI_IND_NULL;
-      InitSlot(nullptr, t, slot, &ind, true);
-      ValueType loose = t;
-      loose.length = 0;  // a longer value simply matches nothing
-      loose.precision = 0;
-      bool ok = StoreValue(v, loose, slot, &ind, Target(), error);
-      if (ok) p.key = KeyText(t, slot);
-      // A CHAR column compares blank-padded.
-      if (ok && t.typecode == OCI_TYPECODE_CHAR && p.key.size() < t.length) {
-        p.key.append(t.length - p.key.size(), ' ');
+bool FillReturning(const ExecContext& ctx, const Table& table, const TableRef& ref,
+                   const std::vector<ReturningClause>& returning,
+                   const std::vector<const RowData*>& rows, ExecResult* result,
+                   SqlError* error) {
+  size_t k = 0;
+  for (const ReturningClause& r : returning) {
+    for (const Expr& e : r.items) {
+      Projection& p = result->returning[k++];
+      if (!Computed(e)) continue;
+      for (const RowData* row : rows) {
+        RowScope scope;
+        scope.table = &table;
+        scope.ref = &ref;
+        scope.row = row;
+        Value v;
+        if (!EvalExpr(ctx, scope, e, &v, error)) return false;
+        std::shared_ptr<RowData> values = NewRow(p.literal_row->type);
+        if (!values) return SetError(error, 4030, "out of process memory");
+        const Attribute& a = p.literal_row->type->attributes[0];
+        ValueType loose = a.type;
+        loose.length = 0;
+        loose.precision = 0;
+        if (!FitDateTime(ctx, a.type, &v, error) ||
+            !StoreValue(v, loose, SlotAt(*values, a), IndAt(*values, a.ind_offset), Target(),
+                        error)) {
+          return false;
+        }
+        p.per_row.push_back(std::move(values));
       }
-      FreeSlot(t, slot);
-      if (!ok) return false;
     }
-    out->push_back(std::move(p));
   }
   return true;
 }
 
-// Rows the session sees that satisfy the conditions, through the key index when the
-// conditions fix the whole primary key.
-std::vector<Found> FindRows(const ExecContext& ctx, Table* table,
-                            const std::vector<PreparedCondition>& conds) {
-  std::vector<Found> found;
-  for (const PreparedCondition& c : conds) {
-    if (c.never) return found;
+namespace {
+
+// The conjuncts of an AND tree.
+void Conjuncts(const Expr& e, std::vector<const Expr*>* out) {
+  if (e.kind == Expr::Kind::kAnd) {
+    Conjuncts(e.args[0], out);
+    Conjuncts(e.args[1], out);
+    return;
+  }
+  out->push_back(&e);
+}
+
+bool IsConstant(const Expr& e) {
+  return e.kind == Expr::Kind::kNumber || e.kind == Expr::Kind::kString ||
+         e.kind == Expr::Kind::kBind;
+}
+
+// The index text of `column = constant` when the key index can use it.
+bool KeyOfEquality(const ExecContext& ctx, const Table& table, size_t column, const Expr& value,
+                   std::string* key, bool* usable, SqlError* error) {
+  *usable = false;
+  Value v;
+  if (!Evaluate(ctx, value, &v, error)) return false;
+  const ValueType& t = table.columns()[column].type;
+  bool fits = (t.kind == ValueKind::kNumber &&
+               (v.kind == Value::Kind::kNumber || v.kind == Value::Kind::kText)) ||
+              (t.kind == ValueKind::kString && v.kind == Value::Kind::kText) ||
+              (t.kind == ValueKind::kDate &&
+               (v.kind == Value::Kind::kDate || v.kind == Value::Kind::kText));
+  if (!fits) return true;
+  alignas(16) unsigned char slot[sizeof(OCINumber)] = {0};
+  OCIInd ind = OCI_IND_NULL;
+  InitSlot(nullptr, t, slot, &ind, true);
+  ValueType loose = t;
+  loose.length = 0;  // a longer value simply matches nothing
+  loose.precision = 0;
+  bool ok = StoreValue(v, loose, slot, &ind, Target(), error);
+  if (ok) *key = KeyText(t, slot);
+  // A CHAR column compares blank-padded.
+  if (ok && t.typecode == OCI_TYPECODE_CHAR && key->size() < t.length) {
+    key->append(t.length - key->size(), ' ');
+  }
+  FreeSlot(t, slot);
+  *usable = ok;
+  return ok;
+}
+
+}  // namespace
+
+bool CheckWhereExpr(const Table& table, const TableRef& ref, const Expr& e, SqlError* error) {
+  if (e.kind == Expr::Kind::kAggregate) {
+    return SetError(error, 934, "group function is not allowed here");
+  }
+  if (e.kind == Expr::Kind::kColumn) {
+    size_t pos = 0;
+    return ResolveColumn(table, ref, e, &pos, error);
+  }
+  for (const Expr& a : e.args) {
+    if (!CheckWhereExpr(table, ref, a, error)) return false;
+  }
+  return true;
+}
+
+bool CheckComparable(const ExecContext& ctx, const Table& table, const TableRef& ref,
+                     const Expr& e, SqlError* error) {
+  if (e.kind == Expr::Kind::kCompare || e.kind == Expr::Kind::kIn ||
+      e.kind == Expr::Kind::kBetween || e.kind == Expr::Kind::kLike) {
+    for (const Expr& a : e.args) {
+      ValueType t;
+      SqlError ignored;  // other errors show when the rows are read
+      if (!ExprType(ctx, table, ref, a, &t, &ignored)) continue;
+      if (t.kind == ValueKind::kLob || t.kind == ValueKind::kObject ||
+          t.kind == ValueKind::kCollection || t.kind == ValueKind::kRef) {
+        return SetError(error, 932, "inconsistent datatypes: expected - got " + TypeName(t));
+      }
+    }
+    return true;
+  }
+  for (const Expr& a : e.args) {
+    if (!CheckComparable(ctx, table, ref, a, error)) return false;
+  }
+  return true;
+}
+
+bool FindRows(const ExecContext& ctx, Table* table, const TableRef& ref,
+              const std::vector<Condition>& where, std::vector<Found>* out, SqlError* error) {
+  std::vector<const Expr*> conjuncts;
+  for (const Condition& c : where) {
+    if (!CheckWhereExpr(*table, ref, c.expr, error)) return false;
+    if (!CheckComparable(ctx, *table, ref, c.expr, error)) return false;
+    Conjuncts(c.expr, &conjuncts);
+  }
+  // Equalities of key columns with constants.
+  std::map<size_t, std::string> fixed;
+  for (const Expr* c : conjuncts) {
+    if (c->kind != Expr::Kind::kCompare || c->text != "=") continue;
+    const Expr* column = &c->args[0];
+    const Expr* value = &c->args[1];
+    if (column->kind != Expr::Kind::kColumn) std::swap(column, value);
+    if (column->kind != Expr::Kind::kColumn || !IsConstant(*value)) continue;
+    size_t pos = 0;
+    if (!ResolveColumn(*table, ref, *column, &pos, error)) return false;
+    std::string key;
+    bool usable = false;
+    if (!KeyOfEquality(ctx, *table, pos, *value, &key, &usable, error)) return false;
+    if (usable) fixed[pos] = std::move(key);
+  }
+  std::vector<std::shared_ptr<RowRecord>> candidates;
+  bool by_key = !table->primary_key.empty();
+  std::string key;
+  for (size_t column : table->primary_key) {
+    auto hit = fixed.find(column);
+    if (hit == fixed.end()) {
+      by_key = false;
+      break;
+    }
+    key += std::to_string(hit->second.size()) + ':' + hit->second;
+  }
+  if (by_key) {
+    auto range = table->key_index.equal_range(key);
+    for (auto it = range.first; it != range.second; ++it) {
+      candidates.push_back(it->second->shared_from_this());
+    }
+  } else {
+    candidates = table->rows;
   }
   std::uint64_t txn = CurrentTxn(ctx);
-  auto consider = [&](const std::shared_ptr<RowRecord>& record) {
-    if (record->dead) return;
+  ub4 rownum = 0;
+  for (const auto& record : candidates) {
+    if (record->dead) continue;
     const std::shared_ptr<RowData>& row = VisibleVersion(*record, txn);
-    if (row && Matches(*table, *row, conds)) found.push_back({record, row});
-  };
-  if (!table->primary_key.empty()) {
-    std::string key;
-    bool complete = true;
-    for (size_t column : table->primary_key) {
-      const PreparedCondition* hit = nullptr;
-      for (const PreparedCondition& c : conds) {
-        if (c.column == column) hit = &c;
-      }
-      if (hit == nullptr) {
-        complete = false;
+    if (!row) continue;
+    RowScope scope;
+    scope.table = table;
+    scope.ref = &ref;
+    scope.row = row.get();
+    scope.rownum = rownum + 1;
+    bool pass = true;
+    for (const Condition& c : where) {
+      Truth t = Truth::kUnknown;
+      if (!EvalCondition(ctx, scope, c.expr, &t, error)) return false;
+      if (t != Truth::kTrue) {
+        pass = false;
         break;
       }
-      key += std::to_string(hit->key.size()) + ':' + hit->key;
     }
-    if (complete) {
-      std::vector<std::shared_ptr<RowRecord>> candidates;
-      auto range = table->key_index.equal_range(key);
-      for (auto it = range.first; it != range.second; ++it) {
-        candidates.push_back(it->second->shared_from_this());
-      }
-      for (const auto& record : candidates) consider(record);
-      return found;
-    }
+    if (!pass) continue;
+    ++rownum;
+    out->push_back({record, row, rownum});
   }
-  for (const auto& record : table->rows) consider(record);
-  return found;
+  return true;
 }
 
 bool CheckLocks(const ExecContext& ctx, const std::vector<Found>& rows, SqlError* error) {

@@ -55,30 +55,34 @@ BindHandle* BindForOccurrence(const StmtHandle& stmt, size_t occurrence);
 // A select-list or RETURNING item: a column, VALUE(alias) or a literal.
 bool ProjectItem(const ExecContext& ctx, const Table& table, const TableRef& ref, const Expr& e,
                  Projection* out, SqlError* error);
-// The RETURNING items of a DML statement (none when it has no RETURNING clause).
+// The RETURNING items of a DML statement (none when it has no RETURNING clause); then,
+// before the statement changes anything, the values of its computed items (operators and
+// functions) for the rows it will return.
 bool ProjectReturning(const ExecContext& ctx, const Table& table, const TableRef& ref,
                       const std::vector<ReturningClause>& returning, ExecResult* result,
                       SqlError* error);
-
-struct PreparedCondition {
-  size_t column = 0;   // static_cast<size_t>(-1): literal = literal
-  bool never = false;  // compares with NULL: no row qualifies
-  std::string key;     // the compared value as index text
-};
-
-bool PrepareWhere(const ExecContext& ctx, const Table& table, const TableRef& ref,
-                  const std::vector<Condition>& where, std::vector<PreparedCondition>* out,
-                  SqlError* error);
+bool FillReturning(const ExecContext& ctx, const Table& table, const TableRef& ref,
+                   const std::vector<ReturningClause>& returning,
+                   const std::vector<const RowData*>& rows, ExecResult* result,
+                   SqlError* error);
 
 struct Found {
   std::shared_ptr<RowRecord> record;
   std::shared_ptr<RowData> row;  // the version the session sees
+  ub4 rownum = 0;                // ROWNUM the row took
 };
 
-// Rows the session sees that satisfy the conditions, through the key index when the
-// conditions fix the whole primary key.
-std::vector<Found> FindRows(const ExecContext& ctx, Table* table,
-                            const std::vector<PreparedCondition>& conds);
+// Rows the session sees for which the AND of `where` is TRUE, in the table's order, each
+// with the ROWNUM it took (a row that fails the conditions takes none).  The key index
+// picks the candidates when equalities with constants fix the whole primary key.
+bool FindRows(const ExecContext& ctx, Table* table, const TableRef& ref,
+              const std::vector<Condition>& where, std::vector<Found>* out, SqlError* error);
+// Checks the column references of `e` (ORA-00904) and that it holds no aggregate
+// (ORA-00934).
+bool CheckWhereExpr(const Table& table, const TableRef& ref, const Expr& e, SqlError* error);
+// ORA-00932 when a comparison in `e` has a LOB, object or collection operand.
+bool CheckComparable(const ExecContext& ctx, const Table& table, const TableRef& ref,
+                     const Expr& e, SqlError* error);
 // ORA-00054 when another transaction holds one of the rows.
 bool CheckLocks(const ExecContext& ctx, const std::vector<Found>& rows, SqlError* error);
 

@@ -63,6 +63,27 @@ bool RewriteSelect(const Source& src, const SelectStatement& s, Statement* out,
     }
   }
   if (!MapWhere(src, s.table, s.where, &b.where, error)) return false;
+  b.distinct = s.distinct;
+  for (const Expr& g : s.group_by) {
+    Expr mapped;
+    if (!MapItem(src, s.table, g, &mapped, error)) return false;
+    b.group_by.push_back(std::move(mapped));
+  }
+  for (const Condition& c : s.having) {
+    Condition mapped;
+    if (!MapItem(src, s.table, c.expr, &mapped.expr, error)) return false;
+    b.having.push_back(std::move(mapped));
+  }
+  for (const OrderItem& o : s.order_by) {
+    OrderItem mapped = o;
+    // A select-list alias stays as written; ExecuteSelect finds it among the items.
+    bool alias = false;
+    if (o.expr.kind == Expr::Kind::kColumn && o.expr.qualifier.empty()) {
+      for (const SelectItem& item : s.items) alias = alias || item.alias == o.expr.text;
+    }
+    if (!alias && !MapItem(src, s.table, o.expr, &mapped.expr, error)) return false;
+    b.order_by.push_back(std::move(mapped));
+  }
   *out = std::move(b);
   return true;
 }

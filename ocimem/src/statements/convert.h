@@ -37,6 +37,7 @@ struct Value {
   ub4 desc_type = 0;             // of a datetime or interval descriptor
   const OCIInd* ind = nullptr;   // null struct of a bound object
   const OCIType* tdo = nullptr;  // of a bound object or collection
+  bool fixed_char = false;       // text of a CHAR column or a literal: compared blank-padded
 };
 
 // Where a value is stored, for the texts of ORA-01400 and ORA-12899.

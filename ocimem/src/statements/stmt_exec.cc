@@ -143,7 +143,7 @@ sword RunExecute(SvcCtx* svc, Session* session, StmtHandle* s, OCIError* err) {
     sword rc = SortBinds(s, &p, err);
     if (rc != OCI_SUCCESS) return finish(rc);
   }
-  ExecContext ctx{session->db.get(), session->schema, session->db, session, s, 0, {}};
+  ExecContext ctx{session->db.get(), session->schema, session->db, session, s, 0, {}, {}};
   (void)svc;
   for (; p.iter < p.last; ++p.iter, p.next = 0, p.started = false) {
     sword rc = GatherInputs(&p, err);

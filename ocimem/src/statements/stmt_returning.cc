@@ -14,8 +14,12 @@ namespace {
 
 // Writes one returned value; the column code goes to *rc.
 bool PutReturned(const BindHandle& b, const OutSlot& out, const Projection& p,
-                 const RowData& row, std::uint64_t txn, ub2* rc, SqlError* error) {
-  const RowData& source = p.literal ? *p.literal_row : row;
+                 const RowData& row, size_t index, std::uint64_t txn, ub2* rc,
+                 SqlError* error) {
+  // A computed item has a row of its own for each row returned.
+  const RowData& source = !p.per_row.empty() ? *p.per_row[index]
+                          : p.literal        ? *p.literal_row
+                                             : row;
   const auto* slot = static_cast<const unsigned char*>(source.value) + p.offset;
   const auto* ind = reinterpret_cast<const OCIInd*>(
       reinterpret_cast<const unsigned char*>(source.ind) + p.ind_offset);
@@ -72,7 +76,7 @@ sword DeliverDynamic(BindHandle* b, OCIError* err, const Projection& p, const Ex
     out.rcode = rcodep;
     ub2 rc = 0;
     SqlError error;
-    if (!PutReturned(*b, out, p, *result.returned[i], txn, &rc, &error)) {
+    if (!PutReturned(*b, out, p, *result.returned[i], i, txn, &rc, &error)) {
       return Fail(err, error.code, error.message);
     }
     if (rcodep != nullptr) *rcodep = rc;
@@ -104,7 +108,7 @@ sword DeliverReturning(StmtHandle* s, OCIError* err, const ReturningClause& r,
     OutSlot out = BindSlotAt(*b, iter);
     ub2 rc = 0;
     SqlError error;
-    if (!PutReturned(*b, out, p, *result.returned[0], txn, &rc, &error)) {
+    if (!PutReturned(*b, out, p, *result.returned[0], 0, txn, &rc, &error)) {
       return Fail(err, error.code, error.message);
     }
     if (out.rcode != nullptr) *out.rcode = rc;

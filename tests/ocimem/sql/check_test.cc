@@ -1,5 +1,5 @@
-// CHECK constraints: a condition of column = value comparisons joined by AND, which a row
-// passes when it is TRUE or UNKNOWN, at INSERT and UPDATE.
+// CHECK constraints: a condition on the row's columns, which a row passes when it is TRUE
+// or UNKNOWN, at INSERT and UPDATE.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -69,15 +69,39 @@ TEST_F(CheckTest, TheComparedValueTakesTheColumnsType) {
   EXPECT_EQ("ORA-01722: invalid number", ErrorOf("insert into u values (5)"));
 }
 
-// Comparisons other than = wait for a richer condition parser: they are refused as in a
-// WHERE clause today.
-TEST_F(CheckTest, OnlyEqualityIsTakenSoFar) {
-  EXPECT_EQ("ORA-00920: invalid relational operator",
-            ErrorOf("create table t (a number check (a > 0))"));
-  EXPECT_EQ("ORA-00920: invalid relational operator",
-            ErrorOf("create table t (a number, b number, check (a = b))"));
+// A CHECK condition is any condition a WHERE clause takes, on the row's own columns.
+TEST_F(CheckTest, AnyConditionOfTheRow) {
+  MustExec("create table t (a number constraint a_pos check (a > 0), b number, "
+           "constraint a_b check (a <= b or b is null), "
+           "constraint b_in check (b in (1, 2, 3, 10) and mod(b, 2) = 1 or b = 10))");
+  MustExec("insert into t values (1, 3)");
+  MustExec("insert into t values (5, null)");
+  EXPECT_EQ("ORA-02290: check constraint (SCOTT.A_POS) violated",
+            ErrorOf("insert into t values (0, 3)"));
+  EXPECT_EQ("ORA-02290: check constraint (SCOTT.A_B) violated",
+            ErrorOf("insert into t values (4, 3)"));
+  EXPECT_EQ("ORA-02290: check constraint (SCOTT.B_IN) violated",
+            ErrorOf("insert into t values (1, 2)"));
+  EXPECT_EQ("ORA-02290: check constraint (SCOTT.A_POS) violated",
+            ErrorOf("update t set a = a - 1"));
+  MustExec("create table w (s varchar2(10) check (s like 'X%' and length(s) > 1))");
+  MustExec("insert into w values ('XY')");
+  EXPECT_EQ(2290, ExecError("insert into w values ('X')"));
+}
+
+TEST_F(CheckTest, WhatAConditionCannotRead) {
+  EXPECT_EQ("ORA-02436: date or system variable wrongly specified in CHECK constraint",
+            ErrorOf("create table t (d date check (d > sysdate))"));
+  EXPECT_EQ("ORA-02436: date or system variable wrongly specified in CHECK constraint",
+            ErrorOf("create table t (n number check (n > rownum))"));
+  EXPECT_EQ("ORA-00934: group function is not allowed here",
+            ErrorOf("create table t (n number check (n > max(n)))"));
+  EXPECT_EQ("ORA-02438: Column check constraint cannot reference other columns",
+            ErrorOf("create table t (a number, b number check (b > a + 1))"));
   EXPECT_EQ("ORA-02287: sequence number not allowed here",
             ErrorOf("create table t (a number check (a = s.nextval))"));
+  EXPECT_EQ("ORA-00920: invalid relational operator",
+            ErrorOf("create table t (a number check (a + 1))"));
 }
 
 }  // namespace
