@@ -25,37 +25,6 @@ class ExprTest : public SqlTest {
     MustExec("commit");
   }
 
-  // Every row of a query of `columns` columns, the columns' text joined by '|' (NULL as
-  // "<null>").
-  Rows Fetch(const std::string& sql, size_t columns) {
-    OCIStmt* stmt = Prepare(sql);
-    std::vector<std::vector<char>> bufs(columns, std::vector<char>(4001));
-    std::vector<sb2> inds(columns);
-    for (size_t i = 0; i < columns; ++i) {
-      OCIDefine* def = nullptr;
-      EXPECT_EQ(OCI_SUCCESS,
-                OCIDefineByPos(stmt, &def, err_, static_cast<ub4>(i + 1), bufs[i].data(), 4001,
-                               SQLT_STR, &inds[i], nullptr, nullptr, OCI_DEFAULT));
-    }
-    Rows rows;
-    sword rc = Execute(stmt, 0);
-    EXPECT_EQ(OCI_SUCCESS, rc) << sql << ": " << FirstError(err_);
-    if (rc != OCI_SUCCESS) return rows;
-    for (;;) {
-      rc = OCIStmtFetch2(stmt, err_, 1, OCI_FETCH_NEXT, 0, OCI_DEFAULT);
-      if (rc == OCI_NO_DATA) break;
-      EXPECT_EQ(OCI_SUCCESS, rc) << sql << ": " << FirstError(err_);
-      if (rc != OCI_SUCCESS) break;
-      std::string row;
-      for (size_t i = 0; i < columns; ++i) {
-        if (i > 0) row += "|";
-        row += inds[i] == OCI_IND_NULL ? std::string("<null>") : std::string(bufs[i].data());
-      }
-      rows.push_back(row);
-    }
-    return rows;
-  }
-
   // The one value of a query on DUAL.
   std::string Eval(const std::string& expr) {
     Rows rows = Column("select " + expr + " from dual");

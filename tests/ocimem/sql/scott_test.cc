@@ -1,8 +1,7 @@
-// The classic SCOTT demonstration schema (DEPT, EMP, BONUS, SALGRADE, as Oracle's demo
-// build script makes and fills them), and its constraints at work on that data.  The
-// script writes its dates with TO_DATE; here they are literals read through
-// NLS_DATE_FORMAT 'DD-MM-YYYY', and the two it computes (13-JUL-87 less 85 and less 51
-// days) are written worked out.
+// The classic SCOTT demonstration schema (DEPT, EMP, BONUS, SALGRADE), made and filled
+// with the statements of Oracle's demo build script (dates by TO_DATE, two of them
+// computed from 13-JUL-87), its constraints at work on that data, and the queries host
+// programs send to it. Expected results are worked out from the data by hand.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -16,7 +15,6 @@ class ScottTest : public ConstraintFixture {
  protected:
   void SetUp() override {
     ConstraintFixture::SetUp();
-    MustExec("alter session set nls_date_format = 'DD-MM-YYYY'");
     MustExec("CREATE TABLE DEPT (DEPTNO NUMBER(2) CONSTRAINT PK_DEPT PRIMARY KEY, "
              "DNAME VARCHAR2(14), LOC VARCHAR2(13))");
     MustExec("CREATE TABLE EMP (EMPNO NUMBER(4) CONSTRAINT PK_EMP PRIMARY KEY, "
@@ -28,20 +26,20 @@ class ScottTest : public ConstraintFixture {
     MustExec("INSERT INTO DEPT VALUES (30,'SALES','CHICAGO')");
     MustExec("INSERT INTO DEPT VALUES (40,'OPERATIONS','BOSTON')");
     const char* const kEmp[] = {
-        "7369,'SMITH','CLERK',7902,'17-12-1980',800,NULL,20",
-        "7499,'ALLEN','SALESMAN',7698,'20-2-1981',1600,300,30",
-        "7521,'WARD','SALESMAN',7698,'22-2-1981',1250,500,30",
-        "7566,'JONES','MANAGER',7839,'2-4-1981',2975,NULL,20",
-        "7654,'MARTIN','SALESMAN',7698,'28-9-1981',1250,1400,30",
-        "7698,'BLAKE','MANAGER',7839,'1-5-1981',2850,NULL,30",
-        "7782,'CLARK','MANAGER',7839,'9-6-1981',2450,NULL,10",
-        "7788,'SCOTT','ANALYST',7566,'19-4-1987',3000,NULL,20",
-        "7839,'KING','PRESIDENT',NULL,'17-11-1981',5000,NULL,10",
-        "7844,'TURNER','SALESMAN',7698,'8-9-1981',1500,0,30",
-        "7876,'ADAMS','CLERK',7788,'23-5-1987',1100,NULL,20",
-        "7900,'JAMES','CLERK',7698,'3-12-1981',950,NULL,30",
-        "7902,'FORD','ANALYST',7566,'3-12-1981',3000,NULL,20",
-        "7934,'MILLER','CLERK',7782,'23-1-1982',1300,NULL,10",
+        "7369,'SMITH','CLERK',7902,to_date('17-12-1980','dd-mm-yyyy'),800,NULL,20",
+        "7499,'ALLEN','SALESMAN',7698,to_date('20-2-1981','dd-mm-yyyy'),1600,300,30",
+        "7521,'WARD','SALESMAN',7698,to_date('22-2-1981','dd-mm-yyyy'),1250,500,30",
+        "7566,'JONES','MANAGER',7839,to_date('2-4-1981','dd-mm-yyyy'),2975,NULL,20",
+        "7654,'MARTIN','SALESMAN',7698,to_date('28-9-1981','dd-mm-yyyy'),1250,1400,30",
+        "7698,'BLAKE','MANAGER',7839,to_date('1-5-1981','dd-mm-yyyy'),2850,NULL,30",
+        "7782,'CLARK','MANAGER',7839,to_date('9-6-1981','dd-mm-yyyy'),2450,NULL,10",
+        "7788,'SCOTT','ANALYST',7566,to_date('13-JUL-87','dd-mon-rr')-85,3000,NULL,20",
+        "7839,'KING','PRESIDENT',NULL,to_date('17-11-1981','dd-mm-yyyy'),5000,NULL,10",
+        "7844,'TURNER','SALESMAN',7698,to_date('8-9-1981','dd-mm-yyyy'),1500,0,30",
+        "7876,'ADAMS','CLERK',7788,to_date('13-JUL-87', 'dd-mon-rr')-51,1100,NULL,20",
+        "7900,'JAMES','CLERK',7698,to_date('3-12-1981','dd-mm-yyyy'),950,NULL,30",
+        "7902,'FORD','ANALYST',7566,to_date('3-12-1981','dd-mm-yyyy'),3000,NULL,20",
+        "7934,'MILLER','CLERK',7782,to_date('23-1-1982','dd-mm-yyyy'),1300,NULL,10",
     };
     for (const char* row : kEmp) MustExec(std::string("INSERT INTO EMP VALUES (") + row + ")");
     MustExec("CREATE TABLE BONUS (ENAME VARCHAR2(10), JOB VARCHAR2(9), SAL NUMBER, COMM NUMBER)");
@@ -61,8 +59,12 @@ TEST_F(ScottTest, TheSchemaHoldsItsRows) {
   EXPECT_EQ(0u, Column("select ename from bonus").size());
   EXPECT_EQ(5u, Column("select grade from salgrade").size());
   EXPECT_EQ((Rows{"CLARK", "KING", "MILLER"}), Column("select ename from emp where deptno = 10"));
-  EXPECT_EQ((Rows{"19-04-1987"}), Column("select hiredate from emp where empno = 7788"));
-  EXPECT_EQ((Rows{"23-05-1987"}), Column("select hiredate from emp where ename = 'ADAMS'"));
+  // 13 July 1987 is day 194 of its year: less 85 is day 109 (19 April), less 51 day 143
+  // (23 May). Dates print in the session's default format, DD-MON-RR.
+  EXPECT_EQ((Rows{"19-APR-87"}), Column("select hiredate from emp where empno = 7788"));
+  EXPECT_EQ((Rows{"23-05-1987"}),
+            Column("select to_char(hiredate, 'DD-MM-YYYY') from emp where ename = 'ADAMS'"));
+  EXPECT_EQ((Rows{"17-DEC-80"}), Column("select hiredate from emp where ename = 'SMITH'"));
   EXPECT_EQ((Rows{"1400"}), Column("select comm from emp where ename = 'MARTIN'"));
   EXPECT_EQ((Rows{"<null>"}), Column("select mgr from emp where job = 'PRESIDENT'"));
 }
@@ -107,6 +109,43 @@ TEST_F(ScottTest, DeptCannotBeDroppedOrTruncatedUnderEmp) {
             ErrorOf("truncate table dept"));
   MustExec("drop table emp");
   MustExec("drop table dept");
+}
+
+// The queries of the classic tutorials and of host programs, on the script's data.
+TEST_F(ScottTest, QueriesHostProgramsSend) {
+  EXPECT_EQ((Rows{"KING|5000", "FORD|3000", "SCOTT|3000", "JONES|2975"}),
+            Fetch("select ename, sal from emp where sal > 2900 order by sal desc, ename", 2));
+  // A new key the way many programs take one.
+  EXPECT_EQ((Rows{"7935"}), Column("select nvl(max(empno), 0) + 1 from emp"));
+  EXPECT_EQ((Rows{"1"}), Column("select nvl(max(sal), 0) + 1 from bonus"));
+  // Department 20: SMITH 800, JONES 2975, SCOTT 3000, ADAMS 1100, FORD 3000.
+  EXPECT_EQ((Rows{"5|10875|2175"}),
+            Fetch("select count(*), sum(sal), avg(sal) from emp where deptno = 20", 3));
+  // Hired in 1981, in hiring order (JAMES and FORD on the same day, by name).
+  EXPECT_EQ((Rows{"ALLEN", "WARD", "JONES", "BLAKE", "CLARK", "TURNER", "MARTIN", "KING",
+                  "FORD", "JAMES"}),
+            Column("select ename from emp where hiredate between to_date('01-01-1981', "
+                   "'dd-mm-yyyy') and to_date('31-12-1981', 'dd-mm-yyyy') "
+                   "order by hiredate, ename"));
+  // Yearly pay in department 30, commission counted where there is one.
+  EXPECT_EQ((Rows{"BLAKE|34200", "ALLEN|19500", "TURNER|18000", "MARTIN|16400", "WARD|15500"}),
+            Fetch("select ename, sal * 12 + nvl(comm, 0) annual from emp where deptno = 30 "
+                  "and job <> 'CLERK' order by annual desc",
+                  2));
+  // The salary grade of a salary, and the employees without a commission.
+  EXPECT_EQ((Rows{"2"}), Column("select grade from salgrade where 1250 between losal and hisal"));
+  EXPECT_EQ(10u, Column("select ename from emp where comm is null").size());
+  EXPECT_EQ((Rows{"TURNER"}), Column("select ename from emp where comm = 0"));
+  // The first three names in alphabetical order are not what ROWNUM before ORDER BY gives.
+  EXPECT_EQ((Rows{"ALLEN", "SMITH", "WARD"}),
+            Column("select ename from emp where rownum <= 3 order by ename"));
+  EXPECT_EQ((Rows{"ANALYST|2", "CLERK|4", "MANAGER|3", "PRESIDENT|1", "SALESMAN|4"}),
+            Fetch("select job, count(*) from emp group by job order by job", 2));
+  EXPECT_EQ((Rows{"SMITH|CLERK", "SCOTT|ANALYST"}),
+            Fetch("select ename, job from emp where ename like 'S%' order by empno", 2));
+  EXPECT_EQ((Rows{"MILLER"}),
+            Column("select ename from emp where deptno = 10 and hiredate > "
+                   "add_months(to_date('17-11-1981', 'dd-mm-yyyy'), 2)"));
 }
 
 }  // namespace
