@@ -134,6 +134,21 @@ std::vector<View*> Catalog::Views() const {
   return views;
 }
 
+void Catalog::PutIndex(const std::string& schema, const std::string& name, Table* table) {
+  CatalogEntry entry;
+  entry.kind = ObjectKind::kIndex;
+  entry.indexed = table;
+  Put({schema, name}, std::move(entry));
+}
+
+std::vector<Table*> Catalog::Tables(std::string_view schema) const {
+  std::vector<Table*> tables;
+  for (const auto& [key, entry] : objects_) {
+    if (entry.kind == ObjectKind::kTable && key.first == schema) tables.push_back(entry.table.get());
+  }
+  return tables;
+}
+
 void Catalog::Remove(const std::string& schema, const std::string& name) {
   auto it = objects_.find(CatalogKeyLess::View(schema, name));
   if (it == objects_.end()) return;

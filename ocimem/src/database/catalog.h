@@ -20,7 +20,7 @@
 
 namespace ocimem {
 
-enum class ObjectKind { kType, kTable, kView, kSequence };
+enum class ObjectKind { kType, kTable, kView, kSequence, kIndex };
 
 struct CatalogEntry {
   ObjectKind kind = ObjectKind::kType;
@@ -28,6 +28,7 @@ struct CatalogEntry {
   std::shared_ptr<Table> table;
   std::shared_ptr<View> view;
   std::shared_ptr<Sequence> sequence;
+  Table* indexed = nullptr;  // kIndex: the table of the index
 };
 
 // Orders the (schema, name) keys as std::pair does, and also compares them with a pair of
@@ -66,6 +67,10 @@ class Catalog {
   Sequence* FindSequence(std::string_view schema, std::string_view name) const;
   // Every view, for finding those that read a table or view.
   std::vector<View*> Views() const;
+  // Adds an index of `table` under a (schema, name) no object uses.
+  void PutIndex(const std::string& schema, const std::string& name, Table* table);
+  // Every table of a schema.
+  std::vector<Table*> Tables(std::string_view schema) const;
   void Remove(const std::string& schema, const std::string& name);
   // True when another type or a table uses `type`.
   bool HasDependents(const OCIType& type) const;

@@ -37,6 +37,7 @@ bool RowKey(const Table& table, const std::vector<size_t>& columns, const RowDat
 struct UniqueKey {
   std::string name;
   KeyIndex index;
+  bool index_only = false;  // kept by a UNIQUE index (named `name`), not a constraint
 };
 
 struct ForeignKey {
@@ -62,6 +63,14 @@ struct Referrer {
 struct ColumnDefault {
   bool given = false;
   Expr value;
+};
+
+// An index made by CREATE INDEX; a UNIQUE one also keeps a UniqueKey (index_only).
+struct TableIndex {
+  std::string schema;
+  std::string name;
+  std::vector<size_t> columns;
+  bool unique = false;
 };
 
 }  // namespace ocimem

@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -71,6 +72,11 @@ struct Table {
   std::vector<std::shared_ptr<RowRecord>> rows;
   std::unordered_multimap<std::string, RowRecord*> key_index;
   size_t dead_rows = 0;
+  // Names of the NOT NULL constraints, per column ("": none; the column may still be NOT
+  // NULL through the primary key).
+  std::vector<std::string> not_null_names;
+  std::vector<TableIndex> indexes;  // CREATE INDEX on the table
+  std::map<std::string, std::string> comments;  // COMMENT ON: "" for the table, or a column
 
   const std::vector<Attribute>& columns() const { return row_type->attributes; }
   // Column position by stored name, or -1.

@@ -17,6 +17,8 @@ bool InvalidIdentifier(SqlError* error, const std::string& name) {
   return SetError(error, 904, "\"" + name + "\": invalid identifier");
 }
 
+}  // namespace
+
 bool CanBeKey(const ValueType& t) {
   return t.kind == ValueKind::kNumber || t.kind == ValueKind::kString ||
          t.kind == ValueKind::kDate || t.kind == ValueKind::kRaw;
@@ -53,6 +55,8 @@ bool SameColumnSet(std::vector<size_t> a, std::vector<size_t> b) {
   std::sort(b.begin(), b.end());
   return a == b;
 }
+
+namespace {
 
 // The columns of the primary and unique keys declared so far.
 struct DeclaredKeys {
@@ -98,6 +102,8 @@ bool CheckExpr(const Table& table, const ConstraintClause& c, const Expr& e, Sql
   return true;
 }
 
+}  // namespace
+
 bool CheckCondition(const Table& table, const ConstraintClause& c, SqlError* error) {
   for (const Condition& cond : c.check) {
     if (!CheckExpr(table, c, cond.expr, error)) return false;
@@ -105,12 +111,16 @@ bool CheckCondition(const Table& table, const ConstraintClause& c, SqlError* err
   return true;
 }
 
+namespace {
+
 // Whether a child column can refer to a parent column (decision CN4 for CHAR and VARCHAR2).
 bool Compatible(const ValueType& child, const ValueType& parent) {
   if (child.kind != parent.kind) return false;
   if (child.kind != ValueKind::kString) return true;
   return (child.typecode == OCI_TYPECODE_CHAR) == (parent.typecode == OCI_TYPECODE_CHAR);
 }
+
+}  // namespace
 
 bool ResolveForeignKey(const ExecContext& ctx, const ConstraintClause& c, Table* table,
                        ForeignKey* fk, SqlError* error) {
@@ -145,7 +155,9 @@ bool ResolveForeignKey(const ExecContext& ctx, const ConstraintClause& c, Table*
       key = parent->primary_key;
     }
     for (const UniqueKey& u : parent->unique_keys) {
-      if (key.empty() && SameColumnSet(u.index.columns, named)) key = u.index.columns;
+      if (key.empty() && !u.index_only && SameColumnSet(u.index.columns, named)) {
+        key = u.index.columns;
+      }
     }
     if (key.empty()) {
       return SetError(error, 2270, "no matching unique or primary key for this column-list");
@@ -190,8 +202,6 @@ bool ApplyDefault(const ExecContext& ctx, const ColumnSpec& column, const ValueT
   return true;
 }
 
-}  // namespace
-
 bool ReferencedType(const ExecContext& ctx, const CreateTableStatement& s,
                     const std::string& column, ValueType* out, SqlError* error) {
   const ConstraintClause* fk = nullptr;
@@ -235,6 +245,7 @@ bool ApplyConstraints(const ExecContext& ctx, const CreateTableStatement& s, Tab
                       SqlError* error) {
   const std::vector<Attribute>& columns = table->columns();
   table->not_null.assign(columns.size(), false);
+  table->not_null_names.assign(columns.size(), std::string());
   table->defaults.assign(columns.size(), ColumnDefault());
   for (const ColumnSpec& c : s.columns) {
     int pos = table->FindColumn(c.name);
@@ -314,6 +325,9 @@ bool ApplyConstraints(const ExecContext& ctx, const CreateTableStatement& s, Tab
       case Kind::kUnique: table->unique_keys[unique++].name = name; break;
       case Kind::kCheck: table->checks[check++].name = name; break;
       case Kind::kForeignKey: table->foreign_keys[foreign++].name = name; break;
+      case Kind::kNotNull:
+        table->not_null_names[static_cast<size_t>(table->FindColumn(c.columns.front()))] = name;
+        break;
       default: break;
     }
     table->constraint_names.push_back(std::move(name));

@@ -30,6 +30,25 @@ void DropConstraints(Database* db, Table* table);
 // ORA-02266 when another table's foreign key refers to `table`.
 bool CheckTruncateTable(const Table& table, SqlError* error);
 
+// The pieces of ApplyConstraints that ALTER TABLE uses too.
+// Whether a column of type `t` can be part of a key; NotAKeyType gives ORA-02329 for it.
+bool CanBeKey(const ValueType& t);
+bool NotAKeyType(SqlError* error, const ValueType& t);
+// Column positions of a constraint's columns: ORA-00904 for an unknown one, ORA-00957
+// for one named twice.
+bool ResolveColumns(const Table& table, const std::vector<std::string>& names,
+                    std::vector<size_t>* out, SqlError* error);
+bool SameColumnSet(std::vector<size_t> a, std::vector<size_t> b);
+// The columns of a CHECK condition (ORA-00904, ORA-02438, ORA-02436, ORA-00920).
+bool CheckCondition(const Table& table, const ConstraintClause& c, SqlError* error);
+// The parent and key of a foreign key of `table` (ORA-00942, ORA-02268, ORA-02256,
+// ORA-02270, ORA-02267).
+bool ResolveForeignKey(const ExecContext& ctx, const ConstraintClause& c, Table* table,
+                       ForeignKey* fk, SqlError* error);
+// The DEFAULT of `column` for a column of type `t` (ORA-02289, ORA-02262).
+bool ApplyDefault(const ExecContext& ctx, const ColumnSpec& column, const ValueType& t,
+                  ColumnDefault* out, SqlError* error);
+
 }  // namespace ocimem
 
 #endif  // OCIMEM_SRC_SQL_CONSTRAINT_DDL_H

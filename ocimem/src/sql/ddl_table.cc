@@ -4,6 +4,7 @@
 
 #include "collections/coll.h"
 #include "sql/constraint_ddl.h"
+#include "sql/ddl_alter.h"
 #include "sql/sql_exec.h"
 #include "database/view.h"
 
@@ -101,6 +102,7 @@ bool DropTable(const ExecContext& ctx, const DropTableStatement& s, SqlError* er
   }
   if (!CheckDropTable(*table, s.cascade_constraints, error)) return false;
   DropConstraints(ctx.db, table.get());
+  DropTableIndexes(&catalog, *table);
   catalog.Remove(schema, s.name.name);
   InvalidateDependents(&catalog, schema, s.name.name);
   return true;

@@ -270,12 +270,67 @@ struct TruncateTableStatement {
 struct CommitStatement {};
 struct RollbackStatement {};
 
+// A column of ALTER TABLE ... MODIFY: what the clause writes, each part optional.
+struct ColumnChange {
+  enum class Nullity { kKeep, kNull, kNotNull };
+  std::string name;
+  bool has_type = false;
+  DataTypeSpec type;
+  bool has_default = false;
+  Expr default_value;
+  Nullity nullity = Nullity::kKeep;
+  std::string constraint;  // the name given to NOT NULL, or empty
+};
+
+// ALTER TABLE name followed by one action.
+struct AlterTableStatement {
+  enum class Action {
+    kAdd,             // columns and constraints
+    kDropConstraint,  // DROP CONSTRAINT name
+    kDropPrimaryKey,
+    kDropUnique,      // DROP UNIQUE (columns)
+    kModify,
+    kRenameColumn,
+    kRenameTable,
+  };
+  QualifiedName name;
+  Action action = Action::kAdd;
+  std::vector<ColumnSpec> columns;            // kAdd
+  std::vector<ConstraintClause> constraints;  // kAdd, in the order written
+  std::vector<ColumnChange> changes;          // kModify
+  std::string constraint;                     // kDropConstraint
+  std::vector<std::string> key_columns;       // kDropUnique
+  bool cascade = false;                       // DROP ... CASCADE
+  std::string from, to;                       // kRenameColumn, kRenameTable
+};
+
+// CREATE [UNIQUE] INDEX name ON table (column [ASC | DESC], ...)
+struct CreateIndexStatement {
+  QualifiedName name;
+  bool unique = false;
+  QualifiedName table;
+  std::vector<std::string> columns;
+};
+
+struct DropIndexStatement {
+  QualifiedName name;
+};
+
+// COMMENT ON TABLE t IS 'text' / COMMENT ON COLUMN t.c IS 'text'
+struct CommentStatement {
+  QualifiedName table;
+  std::string column;  // empty: on the table
+  std::string text;
+};
+
 using Statement = std::variant<CreateTypeStatement, DropTypeStatement, CreateTableStatement,
                                DropTableStatement, CreateViewStatement, DropViewStatement,
                                InsertStatement, SelectStatement, UpdateStatement,
                                DeleteStatement, CommitStatement, RollbackStatement,
                                AlterSessionStatement, CreateSequenceStatement,
-                               DropSequenceStatement, TruncateTableStatement>;
+                               DropSequenceStatement, TruncateTableStatement,
+                               AlterTableStatement, CreateIndexStatement, DropIndexStatement,
+                               CommentStatement>;
 
 }  // namespace ocimem
 

@@ -28,6 +28,14 @@ bool ExecuteStatement(const ExecContext& ctx, const Statement& statement, ExecRe
   if (const auto* s = std::get_if<TruncateTableStatement>(&statement)) {
     return TruncateTable(ctx, *s, error);
   }
+  if (const auto* s = std::get_if<AlterTableStatement>(&statement)) {
+    return AlterTable(ctx, *s, error);
+  }
+  if (const auto* s = std::get_if<CreateIndexStatement>(&statement)) {
+    return CreateIndex(ctx, *s, error);
+  }
+  if (const auto* s = std::get_if<DropIndexStatement>(&statement)) return DropIndex(ctx, *s, error);
+  if (const auto* s = std::get_if<CommentStatement>(&statement)) return CommentOn(ctx, *s, error);
   if (const auto* s = std::get_if<AlterSessionStatement>(&statement)) {
     return AlterSession(ctx, *s, error);
   }

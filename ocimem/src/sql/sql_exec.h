@@ -56,6 +56,12 @@ bool DropSequence(const ExecContext& ctx, const DropSequenceStatement& s, SqlErr
 bool TruncateTable(const ExecContext& ctx, const TruncateTableStatement& s, SqlError* error);
 // ALTER SESSION SET (alter_session.cc).
 bool AlterSession(const ExecContext& ctx, const AlterSessionStatement& s, SqlError* error);
+// ALTER TABLE (ddl_alter.cc), CREATE INDEX, DROP INDEX and COMMENT ON (ddl_index.cc); each
+// locks the database.
+bool AlterTable(const ExecContext& ctx, const AlterTableStatement& s, SqlError* error);
+bool CreateIndex(const ExecContext& ctx, const CreateIndexStatement& s, SqlError* error);
+bool DropIndex(const ExecContext& ctx, const DropIndexStatement& s, SqlError* error);
+bool CommentOn(const ExecContext& ctx, const CommentStatement& s, SqlError* error);
 // Turns a written data type into a slot type, looking named types up in the catalog
 // (the caller holds the database mutex).
 bool ResolveType(const ExecContext& ctx, const DataTypeSpec& decl, const std::string& own_schema,

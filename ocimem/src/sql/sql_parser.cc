@@ -161,6 +161,12 @@ bool Parser::ParseStatement(Statement* out, SqlError* error) {
     if (AcceptWord("VIEW")) return ParseCreateView(out, or_replace);
     if (!or_replace && AcceptWord("SEQUENCE")) return ParseCreateSequence(out);
     if (!or_replace && AcceptWord("TABLE")) return ParseCreateTable(out);
+    if (!or_replace && AcceptWord("INDEX")) return ParseCreateIndex(out, false);
+    if (!or_replace && Peek().IsWord("UNIQUE") && Peek(1).IsWord("INDEX")) {
+      Next();
+      Next();
+      return ParseCreateIndex(out, true);
+    }
     return Fail(901, "invalid CREATE command");
   }
   if (AcceptWord("DROP")) {
@@ -171,13 +177,16 @@ bool Parser::ParseStatement(Statement* out, SqlError* error) {
     if (AcceptWord("TABLE")) return ParseDropTable(out);
     if (AcceptWord("VIEW")) return ParseDropView(out);
     if (AcceptWord("SEQUENCE")) return ParseDropSequence(out);
+    if (AcceptWord("INDEX")) return ParseDropIndex(out);
     return Fail(950, "invalid DROP option");
   }
   if (AcceptWord("ALTER")) {
+    if (AcceptWord("TABLE")) return ParseAlterTable(out);
     if (!AcceptWord("SESSION")) return Fail(940, "invalid ALTER command");
     return ParseAlterSession(out);
   }
   if (AcceptWord("TRUNCATE")) return ParseTruncate(out);
+  if (AcceptWord("COMMENT")) return ParseComment(out);
   if (AcceptWord("INSERT")) return ParseInsert(out);
   if (AcceptWord("SELECT")) return ParseSelect(out);
   if (AcceptWord("UPDATE")) return ParseUpdate(out);

@@ -119,6 +119,15 @@ class Parser {
   bool ParseDataType(DataTypeSpec* out);
   bool ParseCharLength(DataTypeSpec* out, bool required, ub4 max);
   bool ParseOptionalPrecision(ub1 default_value, ub1* out);
+  // ALTER TABLE, CREATE and DROP INDEX, COMMENT ON (sql_parser_alter.cc).
+  bool ParseAlterTable(Statement* out);
+  bool ParseAlterAdd(AlterTableStatement* s);
+  bool ParseAlterDrop(AlterTableStatement* s);
+  bool ParseAlterModify(AlterTableStatement* s);
+  bool ParseColumnChange(ColumnChange* c);
+  bool ParseCreateIndex(Statement* out, bool unique);
+  bool ParseDropIndex(Statement* out);
+  bool ParseComment(Statement* out);
 
   std::vector<Token> tokens_;
   size_t pos_ = 0;

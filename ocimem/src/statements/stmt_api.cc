@@ -25,7 +25,11 @@ bool IsDdl(const Statement& s) {
          std::holds_alternative<DropViewStatement>(s) ||
          std::holds_alternative<CreateSequenceStatement>(s) ||
          std::holds_alternative<DropSequenceStatement>(s) ||
-         std::holds_alternative<TruncateTableStatement>(s);
+         std::holds_alternative<TruncateTableStatement>(s) ||
+         std::holds_alternative<AlterTableStatement>(s) ||
+         std::holds_alternative<CreateIndexStatement>(s) ||
+         std::holds_alternative<DropIndexStatement>(s) ||
+         std::holds_alternative<CommentStatement>(s);
 }
 
 }  // namespace
