@@ -133,7 +133,9 @@ bool AddNotNull(const ConstraintClause& c, const std::string& name, Table* table
   const Attribute& a = table->columns()[col];
   for (RowRecord* r : CommittedRows(*table)) {
     if (*IndAt(*r->committed, a.ind_offset) == OCI_IND_NULL) {
-      return SetError(error, 2296, "cannot enable " + QualifiedConstraint(*table, name) +
+      // decision AT3: a NOT NULL named by the system is shown without its name.
+      return SetError(error, 2296, "cannot enable " +
+                                       QualifiedConstraint(*table, c.name.empty() ? "" : name) +
                                        " - null values found");
     }
   }

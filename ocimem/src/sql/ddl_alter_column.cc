@@ -119,10 +119,14 @@ bool ChangeType(const ExecContext& ctx, const ColumnChange& c, size_t col, Table
   ValueType to;
   if (!ResolveType(ctx, c.type, "", "", &to, error)) return false;
   const ValueType& from = table->columns()[col].type;
-  bool lob_change = (from.kind == ValueKind::kLob || to.kind == ValueKind::kLob) &&
-                    (from.kind != to.kind || from.typecode != to.typecode);
-  if (lob_change) return SetError(error, 22858, "invalid alteration of datatype");
   bool same = from.kind == to.kind && from.typecode == to.typecode && from.named == to.named;
+  auto structured = [](const ValueType& t) {
+    return t.kind == ValueKind::kLob || t.kind == ValueKind::kObject ||
+           t.kind == ValueKind::kCollection || t.kind == ValueKind::kRef;
+  };
+  if (!same && (structured(from) || structured(to))) {
+    return SetError(error, 22859, "invalid modification of columns");
+  }
   if (!same && HasValues(*table, col)) {
     return SetError(error, 1439, "column to be modified must be empty to change datatype");
   }
@@ -228,7 +232,7 @@ bool ModifyColumns(const ExecContext& ctx, const AlterTableStatement& s, Table* 
     if (!seen.insert(c.name).second) return SetError(error, 957, "duplicate column name");
     size_t col = static_cast<size_t>(pos);
     if (c.has_type) {
-      if (table->object_table) return SetError(error, 22856, "cannot add columns to object tables");
+      if (table->object_table) return SetError(error, 22857, "cannot modify columns of object tables");
       if (!ChangeType(ctx, c, col, table, error)) return false;
     }
     if (c.has_default) {

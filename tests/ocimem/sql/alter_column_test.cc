@@ -54,6 +54,8 @@ TEST_F(AlterColumnTest, ObjectTablesTakeNoColumns) {
   MustExec("create table pts of pt");
   EXPECT_EQ("ORA-22856: cannot add columns to object tables",
             ErrorOf("alter table pts add y number"));
+  EXPECT_EQ("ORA-22857: cannot modify columns of object tables",
+            ErrorOf("alter table pts modify x number(3)"));
   MustExec("alter table pts add constraint pts_x check (x = 1)");
   EXPECT_EQ("ORA-02290: check constraint (SCOTT.PTS_X) violated",
             ErrorOf("insert into pts values (2)"));
@@ -64,6 +66,9 @@ TEST_F(AlterColumnTest, ModifyNullability) {
   MustExec("insert into t values (1, null)");
   EXPECT_EQ("ORA-02296: cannot enable (SCOTT.T_NN) - null values found",
             ErrorOf("alter table t modify name constraint t_nn not null"));
+  // decision AT3: a system-named NOT NULL is shown without its name.
+  EXPECT_EQ("ORA-02296: cannot enable (SCOTT.) - null values found",
+            ErrorOf("alter table t modify (name not null)"));
   MustExec("update t set name = 'a'");
   MustExec("alter table t modify name constraint t_nn not null");
   EXPECT_EQ("ORA-01442: column to be modified to NOT NULL is already NOT NULL",
@@ -95,6 +100,14 @@ TEST_F(AlterColumnTest, ModifyDefaultAndLength) {
   EXPECT_EQ("ORA-01439: column to be modified must be empty to change datatype",
             ErrorOf("alter table t modify id varchar2(10)"));
   EXPECT_EQ("ORA-00904: \"NOPE\": invalid identifier", ErrorOf("alter table t modify nope null"));
+  MustExec("alter table t add (doc clob)");
+  EXPECT_EQ("ORA-22859: invalid modification of columns",
+            ErrorOf("alter table t modify doc varchar2(10)"));
+  MustExec("alter table t add (empty_col number)");
+  MustExec("alter table t modify empty_col varchar2(3)");
+  MustExec("insert into t (id, empty_col) values (7, 'abc')");
+  EXPECT_EQ("ORA-12899: value too large for column \"SCOTT\".\"T\".\"EMPTY_COL\" (actual: 4, maximum: 3)",
+            ErrorOf("insert into t (id, empty_col) values (8, 'abcd')"));
 }
 
 TEST_F(AlterColumnTest, RenameColumnAndTable) {
