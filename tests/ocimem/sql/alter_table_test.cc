@@ -174,6 +174,72 @@ TEST_F(AlterTableTest, AnotherSessionsRowsAreBusy) {
   MustExec("alter table t add primary key (id)");
 }
 
+TEST_F(AlterTableTest, SystemNamesAndDropTableOfTheParent) {
+  MustExec("create table p (id number)");
+  MustExec("create table c (pid number)");
+  MustExec("alter table p add primary key (id)");
+  MustExec("alter table c add foreign key (pid) references p on delete set null");
+  MustExec("insert into p values (1)");
+  MustExec("insert into c values (1)");
+  std::string e = ErrorOf("insert into p values (1)");
+  // decision CN2: system names SYS_Cnnnnnn, numbered through the database.
+  EXPECT_EQ(0u, e.find("ORA-00001: unique constraint (SCOTT.SYS_C")) << e;
+  EXPECT_EQ("ORA-02449: unique/primary keys in table referenced by foreign keys",
+            ErrorOf("drop table p"));
+  EXPECT_EQ(1u, Changed("delete from p"));
+  EXPECT_EQ((Rows{"<null>"}), Column("select pid from c"));
+  MustExec("drop table p cascade constraints");
+  MustExec("insert into c values (5)");
+}
+
+TEST_F(AlterTableTest, ForeignKeyToItsOwnTable) {
+  MustExec("create table emp (id number, boss number)");
+  MustExec("insert into emp values (1, null)");
+  MustExec("insert into emp values (2, 1)");
+  MustExec("alter table emp add (constraint emp_pk primary key (id), "
+           "constraint emp_boss foreign key (boss) references emp on delete cascade)");
+  EXPECT_EQ("ORA-02291: integrity constraint (SCOTT.EMP_BOSS) violated - parent key not found",
+            ErrorOf("insert into emp values (3, 9)"));
+  // The row count is the statement's own rows; the cascade takes employee 2 as well.
+  EXPECT_EQ(1u, Changed("delete from emp where id = 1"));
+  EXPECT_EQ(0u, Column("select id from emp").size());
+  MustExec("alter table emp drop primary key cascade");
+  MustExec("insert into emp values (3, 9)");
+}
+
+TEST_F(AlterTableTest, ColumnConstraintsOfAnAddedColumn) {
+  MustExec("create table p (id number primary key)");
+  MustExec("create table c (id number)");
+  MustExec("insert into p values (1)");
+  MustExec("insert into c values (1)");
+  MustExec("alter table c add (pid constraint c_p references p, "
+           "code varchar2(3) default 'A' constraint c_code check (code = 'A'))");
+  EXPECT_EQ((Rows{"<null>"}), Column("select pid from c"));
+  EXPECT_EQ((Rows{"A"}), Column("select code from c"));
+  EXPECT_EQ("ORA-02291: integrity constraint (SCOTT.C_P) violated - parent key not found",
+            ErrorOf("insert into c values (2, 2, 'A')"));
+  EXPECT_EQ("ORA-02290: check constraint (SCOTT.C_CODE) violated",
+            ErrorOf("insert into c values (2, 1, 'B')"));
+  EXPECT_EQ("ORA-02438: Column check constraint cannot reference other columns",
+            ErrorOf("alter table c add (x number check (id = 1))"));
+}
+
+TEST_F(AlterTableTest, ViewsSeeAddedConstraintsAndColumns) {
+  MustExec("create table t (id number)");
+  MustExec("create view v as select id from t");
+  MustExec("alter table t add (constraint t_ck check (id = 1), note varchar2(5))");
+  MustExec("insert into v values (1)");
+  EXPECT_EQ("ORA-02290: check constraint (SCOTT.T_CK) violated",
+            ErrorOf("insert into v values (2)"));
+  EXPECT_EQ((Rows{"1"}), Column("select id from v"));
+}
+
+TEST_F(AlterTableTest, BindVariablesAreRefused) {
+  MustExec("create table t (id number)");
+  EXPECT_EQ("ORA-01027: bind variables not allowed for data definition operations",
+            ErrorOf("alter table t add (x number default :v)"));
+}
+
 TEST_F(AlterTableTest, SyntaxErrors) {
   MustExec("create table t (id number)");
   EXPECT_EQ("ORA-01735: invalid ALTER TABLE option", ErrorOf("alter table t frobnicate"));

@@ -60,6 +60,40 @@ TEST_F(IndexTest, UniqueIndexEnforcesUniqueness) {
   MustExec("insert into t values (5, 'a')");
 }
 
+// decision AT1: a key added over an indexed column list keeps an index of its own.
+TEST_F(IndexTest, KeyAddedOverAnIndexedColumnList) {
+  MustExec("create table t (id number, code varchar2(5))");
+  MustExec("create unique index t_code_i on t (code)");
+  MustExec("alter table t add constraint t_code unique (code)");
+  // The constraint is checked first and named.
+  MustExec("insert into t values (1, 'a')");
+  EXPECT_EQ("ORA-00001: unique constraint (SCOTT.T_CODE) violated",
+            ErrorOf("insert into t values (2, 'a')"));
+  MustExec("drop index t_code_i");
+  EXPECT_EQ("ORA-02429: cannot drop index used for enforcement of unique/primary key",
+            ErrorOf("drop index t_code"));
+  EXPECT_EQ("ORA-01408: such column list already indexed",
+            ErrorOf("create unique index t_code_i on t (code)"));
+  MustExec("create index t_code_id on t (code, id)");
+  MustExec("create index t_id_code on t (id, code)");
+}
+
+TEST_F(IndexTest, IndexOfAnotherSessionsRowsIsBusy) {
+  MustExec("create table t (id number, doc clob)");
+  EXPECT_EQ("ORA-02327: cannot create index on expression with datatype LOB",
+            ErrorOf("create index t_doc on t (doc)"));
+  OCISvcCtx* other = OtherSession();
+  ASSERT_EQ(OCI_SUCCESS, ExecOn(other, "insert into t (id) values (1)")) << FirstError(err_);
+  EXPECT_EQ("ORA-00054: resource busy and acquire with NOWAIT specified or timeout expired",
+            ErrorOf("create unique index t_id on t (id)"));
+  ASSERT_EQ(OCI_SUCCESS, ExecOn(other, "commit"));
+  MustExec("create unique index t_id on t (id)");
+  EXPECT_EQ("ORA-00001: unique constraint (SCOTT.T_ID) violated",
+            ErrorOf("insert into t (id) values (1)"));
+  MustExec("truncate table t");
+  MustExec("insert into t (id) values (1)");
+}
+
 TEST_F(IndexTest, SyntaxErrors) {
   MustExec("create table t (id number)");
   EXPECT_EQ("ORA-00969: missing ON keyword", ErrorOf("create index i t (id)"));
