@@ -71,6 +71,7 @@ struct TableIndex {
   std::string name;
   std::vector<size_t> columns;
   bool unique = false;
+  std::string enforces;  // the primary or UNIQUE key that took the index over, or ""
 };
 
 }  // namespace ocimem

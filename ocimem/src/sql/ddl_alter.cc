@@ -61,6 +61,13 @@ bool AddKey(const ExecContext& ctx, const ConstraintClause& c, const std::string
                      : CannotValidate(error, 2299, *table, name, "duplicate keys found");
     }
   }
+  // A key takes over an index with its columns (in any order) as Oracle does.
+  for (TableIndex& index : table->indexes) {
+    if (index.enforces.empty() && SameColumnSet(index.columns, cols)) {
+      index.enforces = name;
+      break;
+    }
+  }
   if (primary) {
     table->primary_key = cols;
     table->primary_key_name = name;
@@ -158,6 +165,9 @@ std::vector<Referrer> ReferrersOf(const Table& table, const std::vector<size_t>&
 }
 
 void ForgetName(Database* db, Table* table, const std::string& name) {
+  for (TableIndex& index : table->indexes) {
+    if (index.enforces == name) index.enforces.clear();
+  }
   auto& names = table->constraint_names;
   names.erase(std::remove(names.begin(), names.end(), name), names.end());
   db->constraint_names.erase({table->schema, name});

@@ -21,6 +21,10 @@ std::string SchemaOf(const ExecContext& ctx, const QualifiedName& name) {
 const Table* KeyIndexOwner(const Catalog& catalog, const std::string& schema,
                            const std::string& name) {
   for (const Table* t : catalog.Tables(schema)) {
+    // A key that took an existing index over has no index of its name.
+    bool took_over = false;
+    for (const TableIndex& i : t->indexes) took_over = took_over || i.enforces == name;
+    if (took_over) continue;
     if (!t->primary_key.empty() && t->primary_key_name == name) return t;
     for (const UniqueKey& u : t->unique_keys) {
       if (!u.index_only && u.name == name) return t;
@@ -91,7 +95,7 @@ bool CreateIndex(const ExecContext& ctx, const CreateIndexStatement& s, SqlError
     for (RowRecord* r : rows) key.index.Add(*table, r);
     table->unique_keys.push_back(std::move(key));
   }
-  table->indexes.push_back(TableIndex{schema, s.name.name, columns, s.unique});
+  table->indexes.push_back(TableIndex{schema, s.name.name, columns, s.unique, ""});
   catalog.PutIndex(schema, s.name.name, table);
   return true;
 }
@@ -108,6 +112,11 @@ bool DropIndex(const ExecContext& ctx, const DropIndexStatement& s, SqlError* er
     return SetError(error, 1418, "specified index does not exist");
   }
   Table* table = entry->indexed;
+  for (const TableIndex& i : table->indexes) {
+    if (i.schema == schema && i.name == s.name.name && !i.enforces.empty()) {
+      return SetError(error, 2429, "cannot drop index used for enforcement of unique/primary key");
+    }
+  }
   if (!CheckNoLocks(ctx, *table, error)) return false;
   auto& keys = table->unique_keys;
   keys.erase(std::remove_if(keys.begin(), keys.end(),

@@ -60,20 +60,29 @@ TEST_F(IndexTest, UniqueIndexEnforcesUniqueness) {
   MustExec("insert into t values (5, 'a')");
 }
 
-// decision AT1: a key added over an indexed column list keeps an index of its own.
+// A key added over an indexed column list takes that index over: the index cannot be
+// dropped while the key is there, and stays when the key goes.
 TEST_F(IndexTest, KeyAddedOverAnIndexedColumnList) {
   MustExec("create table t (id number, code varchar2(5))");
   MustExec("create unique index t_code_i on t (code)");
   MustExec("alter table t add constraint t_code unique (code)");
-  // The constraint is checked first and named.
   MustExec("insert into t values (1, 'a')");
+  // decision AT1: the constraint is checked first and named.
   EXPECT_EQ("ORA-00001: unique constraint (SCOTT.T_CODE) violated",
             ErrorOf("insert into t values (2, 'a')"));
-  MustExec("drop index t_code_i");
   EXPECT_EQ("ORA-02429: cannot drop index used for enforcement of unique/primary key",
-            ErrorOf("drop index t_code"));
-  EXPECT_EQ("ORA-01408: such column list already indexed",
-            ErrorOf("create unique index t_code_i on t (code)"));
+            ErrorOf("drop index t_code_i"));
+  // The key made no index of its own name.
+  EXPECT_EQ("ORA-01418: specified index does not exist", ErrorOf("drop index t_code"));
+  MustExec("alter table t drop constraint t_code");
+  EXPECT_EQ("ORA-00001: unique constraint (SCOTT.T_CODE_I) violated",
+            ErrorOf("insert into t values (2, 'a')"));
+  MustExec("drop index t_code_i");
+  MustExec("insert into t values (2, 'a')");
+  MustExec("alter table t add constraint t_id primary key (id)");
+  EXPECT_EQ("ORA-02429: cannot drop index used for enforcement of unique/primary key",
+            ErrorOf("drop index t_id"));
+  EXPECT_EQ("ORA-01408: such column list already indexed", ErrorOf("create index t_i on t (id)"));
   MustExec("create index t_code_id on t (code, id)");
   MustExec("create index t_id_code on t (id, code)");
 }
