@@ -70,6 +70,28 @@ TEST_F(AlterTableTest, AddCheckValidatesRows) {
             ErrorOf("alter table t add check (nope = 1)"));
 }
 
+// A CHECK added later takes any condition, as one written in CREATE TABLE does.
+TEST_F(AlterTableTest, AddCheckTakesAnyCondition) {
+  MustExec("create table t (n number, code varchar2(3))");
+  MustExec("insert into t values (5, 'A')");
+  MustExec("insert into t values (null, 'B')");
+  MustExec("alter table t add constraint t_n check (n between 1 and 10 and code in ('A', 'B'))");
+  EXPECT_EQ("ORA-02290: check constraint (SCOTT.T_N) violated",
+            ErrorOf("insert into t values (11, 'A')"));
+  MustExec("insert into t values (null, 'A')");
+  EXPECT_EQ("ORA-02293: cannot validate (SCOTT.T_M) - check constraint violated",
+            ErrorOf("alter table t add constraint t_m check (n is not null or code = 'B')"));
+  EXPECT_EQ("ORA-02436: date or system variable wrongly specified in CHECK constraint",
+            ErrorOf("alter table t add check (n < sysdate - sysdate)"));
+  MustExec("delete from t where n is null and code = 'A'");
+  MustExec("alter table t add constraint t_m check (n is not null or code = 'B')");
+  MustExec("alter table t rename column n to m");
+  EXPECT_EQ("ORA-02290: check constraint (SCOTT.T_N) violated",
+            ErrorOf("insert into t values (11, 'A')"));
+  EXPECT_EQ("ORA-02290: check constraint (SCOTT.T_M) violated",
+            ErrorOf("insert into t values (null, 'A')"));
+}
+
 TEST_F(AlterTableTest, AddForeignKeyValidatesRows) {
   MustExec("create table p (id number primary key)");
   MustExec("create table c (id number, pid number)");
