@@ -270,6 +270,9 @@ TEST_F(AlterTableTest, SyntaxErrors) {
   EXPECT_EQ("ORA-00905: missing keyword", ErrorOf("alter table t drop primary"));
   EXPECT_EQ("ORA-00906: missing left parenthesis", ErrorOf("alter table t add unique id"));
   EXPECT_EQ("ORA-00940: invalid ALTER command", ErrorOf("alter view t compile"));
+  MustExec("create view v as select id from t");
+  EXPECT_EQ("ORA-00942: table or view does not exist",
+            ErrorOf("alter table v add constraint v_ck check (id = 1)"));
   // decision AT9: columns are not dropped.
   EXPECT_EQ("ORA-01735: invalid ALTER TABLE option", ErrorOf("alter table t drop column id"));
 }

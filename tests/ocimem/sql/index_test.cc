@@ -123,6 +123,14 @@ TEST_F(IndexTest, CommentOnTableAndColumn) {
   EXPECT_EQ("ORA-01747: invalid user.table.column, table.column, or column specification",
             ErrorOf("comment on column id is 'x'"));
   EXPECT_EQ("ORA-00905: missing keyword", ErrorOf("comment on index t is 'x'"));
+  // decision AT10: a view's comments are checked and taken.
+  MustExec("create view v as select id from t");
+  MustExec("comment on table v is 'the view'");
+  MustExec("comment on column v.id is 'its key'");
+  EXPECT_EQ("ORA-00904: \"NOPE\": invalid identifier",
+            ErrorOf("comment on column v.nope is 'x'"));
+  EXPECT_EQ("ORA-00942: table or view does not exist",
+            ErrorOf("comment on column nope.id is 'x'"));
 }
 
 }  // namespace
