@@ -41,13 +41,6 @@ def significant(d):
     return 0 if d == 0 else len(t.digits)
 
 
-def round_significant(d, k):
-    if d == 0:
-        return d
-    shift = d.adjusted() - k + 1
-    return d.quantize(D(1).scaleb(shift), rounding=decimal.ROUND_HALF_UP)
-
-
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--driver", required=True)
@@ -92,14 +85,7 @@ def main():
             queries.append("(%s::numeric %s %s::numeric)::text" %
                            (pg.q(pg.plain(a)), op, pg.q(pg.plain(b))))
     signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))
-    server = pg.Server()
-    try:
-        server.start()
-        theirs = []
-        for i in range(0, len(queries), 200):
-            theirs.extend(server.query("".join("select %s;\n" % e for e in queries[i:i + 200])))
-    finally:
-        server.stop()
+    theirs = pg.select_all(queries)
 
     failures = 0
     for (a, op, b), mine, their in zip(cases, ours, theirs):
@@ -114,7 +100,7 @@ def main():
             exact = D(their)
             # Rounded once, half away from zero, to the 39 or 40 significant digits that 20
             # base-100 digits hold (38 allowed for the alignment of the first pair).
-            same = any(got == round_significant(exact, k) for k in (38, 39, 40))
+            same = any(got == pg.round_significant(exact, k) for k in (38, 39, 40))
         if not same:
             failures += 1
             if failures <= 25:

@@ -134,6 +134,28 @@ def plain(d):
     return format(d, "f")
 
 
+def round_significant(d, k):
+    """d rounded half away from zero to k significant digits."""
+    if d == 0:
+        return d
+    shift = d.adjusted() - k + 1
+    return d.quantize(decimal.Decimal(1).scaleb(shift), rounding=decimal.ROUND_HALF_UP)
+
+
+def select_all(expressions):
+    """The text of SELECT e for each expression, from a throw-away server."""
+    server = Server()
+    try:
+        server.start()
+        values = []
+        for i in range(0, len(expressions), 200):
+            values.extend(server.query("".join("select %s;\n" % e
+                                               for e in expressions[i:i + 200])))
+        return values
+    finally:
+        server.stop()
+
+
 def number_cases(rng, count):
     masks = [("FM99999999.99", 8, 2), ("FM99999", 5, 0), ("FM9999999", 7, 0),
              ("FM" + "9" * 28 + "." + "9" * 29, 28, 29)]
