@@ -236,11 +236,12 @@ bool ModifyColumns(const ExecContext& ctx, const AlterTableStatement& s, Table* 
       if (!ChangeType(ctx, c, col, table, error)) return false;
     }
     if (c.has_default) {
-      ColumnSpec spec;
-      spec.name = c.name;
-      spec.has_default = true;
-      spec.default_value = c.default_value;
-      if (!ApplyDefault(ctx, spec, table->columns()[col].type, &table->defaults[col], error)) {
+      ColumnSpec with_default;
+      with_default.name = c.name;
+      with_default.has_default = true;
+      with_default.default_value = c.default_value;
+      if (!ApplyDefault(ctx, with_default, table->columns()[col].type, &table->defaults[col],
+                        error)) {
         return false;
       }
     }

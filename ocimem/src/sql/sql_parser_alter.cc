@@ -112,10 +112,10 @@ bool Parser::ParseColumnChange(ColumnChange* c) {
     if (!ParseDataType(&c->type)) return false;
   }
   if (AcceptWord("DEFAULT")) {
-    ColumnSpec spec;
-    if (!ParseDefault(&spec)) return false;
+    ColumnSpec parsed;
+    if (!ParseDefault(&parsed)) return false;
     c->has_default = true;
-    c->default_value = std::move(spec.default_value);
+    c->default_value = std::move(parsed.default_value);
   }
   bool named = AcceptWord("CONSTRAINT");
   if (named && !ParseIdentifier(&c->constraint)) return false;
@@ -187,13 +187,15 @@ bool Parser::ParseComment(Statement* out) {
   } else if (AcceptWord("COLUMN")) {
     std::string parts[3];
     size_t n = 0;
+    // Oracle's text of ORA-01747, for four names and for one.
+    auto bad_name = [this] {
+      return Fail(1747, "invalid user.table.column, table.column, or column specification");
+    };
     do {
-      if (n == 3) return Fail(1747, "invalid user.table.column, table.column, or column specification");
+      if (n == 3) return bad_name();
       if (!ParseIdentifier(&parts[n++])) return false;
     } while (AcceptSymbol("."));
-    if (n == 1) {
-      return Fail(1747, "invalid user.table.column, table.column, or column specification");
-    }
+    if (n == 1) return bad_name();
     if (n == 3) s.table.schema = parts[0];
     s.table.name = parts[n - 2];
     s.column = parts[n - 1];
