@@ -46,7 +46,8 @@ CAdp::CAdp(DB_SPECIAL_STRINGS* pSpecialStrings)
       m_nSpare(0),
       m_Iterators(0, 16, 0),
       m_nIterators(0),
-      m_nReleaseLater(0) {
+      m_nReleaseLater(0),
+      m_aNumberMasks() {
   if (pSpecialStrings == nullptr) {
     CopyPadded(m_szDelimiter, ADP_DELIMITER, sizeof m_szDelimiter);
     CopyPadded(m_szTerminator, ADP_TERMINATOR, sizeof m_szTerminator);

@@ -136,6 +136,9 @@ class CAdp : public VARNADP {
   void _WriteGroupEnd();
   void _WriteDelimiter();
   void _OraFieldToStream(CAdpTree& element);
+  // The mask of a NUMBER written as text, and its length; NULL when it is
+  // longer than a cached mask can be.
+  const char* _NumberMask(const Column_Def& def, size_t& nLength);
   // Hands what the writer collected to the stream.
   void _FlushOut() { m_Out.Flush(); }
 
@@ -228,6 +231,16 @@ class CAdp : public VARNADP {
   int m_nLeadBytes;
   // Set when some special string is empty: such a string stands everywhere.
   int m_bEmptySpecial;
+  // NUMBER text masks by precision and scale, so that a column's mask is
+  // built once and not for every value written.
+  enum { ADP_NUMBER_MASKS = 16, ADP_NUMBER_MASK_ROOM = 132 };
+  struct SNumberMask {
+    unsigned long nPrecision;
+    short nScale;
+    unsigned short nLength;  // 0: not made yet
+    char szMask[ADP_NUMBER_MASK_ROOM];
+  };
+  SNumberMask m_aNumberMasks[ADP_NUMBER_MASKS];
 };
 
 #endif  // SRC_ADAPTER_ADP_H_

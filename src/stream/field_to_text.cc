@@ -21,9 +21,6 @@ CKelException Unsupported() {
   return CKelException(ADP_ERR_UNSUPPORTED_TYPE, kFunc, gAdpErrLookup, ADP_ERR_LOOKUP_COUNT);
 }
 
-// Room for the masks of every NUMBER(p, s) Oracle declares; longer ones,
-// which only an odd definition asks for, are built on the heap.
-constexpr size_t kNumberMaskRoom = 132;
 
 // Builds "FM" and the nines of the NUMBER text mask into pMask (room
 // nRoom) and returns its length, or the room needed when it does not fit.
@@ -62,6 +59,28 @@ size_t BuildNumberMask(const Column_Def& def, char* pMask, size_t nRoom) {
 
 }  // namespace
 
+// Masks of every NUMBER(p, s) Oracle declares fit a cached one; longer
+// ones, which only an odd definition asks for, are built on the heap each
+// time (nLength then says how long).
+const char* CAdp::_NumberMask(const Column_Def& def, size_t& nLength) {
+  const unsigned long nKey = def.Precision * 131U + static_cast<unsigned short>(def.Scale);
+  const unsigned nSlot = static_cast<unsigned>(nKey % ADP_NUMBER_MASKS);
+  SNumberMask& cached = m_aNumberMasks[nSlot];
+  if (cached.nLength != 0 && cached.nPrecision == def.Precision && cached.nScale == def.Scale) {
+    nLength = cached.nLength;
+    return cached.szMask;
+  }
+  nLength = BuildNumberMask(def, cached.szMask, sizeof cached.szMask);
+  if (nLength + 1 > sizeof cached.szMask) {
+    cached.nLength = 0;
+    return nullptr;
+  }
+  cached.nPrecision = def.Precision;
+  cached.nScale = def.Scale;
+  cached.nLength = static_cast<unsigned short>(nLength);
+  return cached.szMask;
+}
+
 void CAdp::_OraFieldToStream(CAdpTree& element) {
   CKelTraceFunc trace(m_pTrace, kFunc, -2);
   CAdpElementData& data = element.m_Data;
@@ -78,15 +97,14 @@ void CAdp::_OraFieldToStream(CAdpTree& element) {
       }
       const OCINumber* pNumber = static_cast<const OCINumber*>(data.m_pField);
       if (def.ExtType == 5) {
-        char szMask[kNumberMaskRoom];
-        char* pMask = szMask;
+        size_t nMask = 0;
+        const char* pMask = _NumberMask(def, nMask);
         std::unique_ptr<char[]> pLongMask;
-        size_t nMask = BuildNumberMask(def, szMask, sizeof szMask);
-        if (nMask + 1 > sizeof szMask) {
+        if (pMask == nullptr) {
           pLongMask.reset(new (std::nothrow) char[nMask + 1]);
           if (!pLongMask) throw CKelException(KEL_ERR_MEMORY, kFunc, gAdpErrLookup, ADP_ERR_LOOKUP_COUNT);
+          nMask = BuildNumberMask(def, pLongMask.get(), nMask + 1);
           pMask = pLongMask.get();
-          nMask = BuildNumberMask(def, pMask, nMask + 1);
         }
         ub4 nSize = static_cast<ub4>(nMask + 1);
         char* pPage = _BeginValue(nSize);

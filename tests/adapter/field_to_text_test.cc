@@ -132,6 +132,41 @@ TEST_F(FieldToTextTest, NumberWithoutDeclaredScaleGetsTheLongMask) {
   EXPECT_NE(std::string::npos, Trace().find("format \"" + mask + "\", size = 8")) << Trace();
 }
 
+TEST_F(FieldToTextTest, MasksOfManyPrecisionsAlternateOnOneContext) {
+  // Masks are kept by precision and scale; (10, 2) and (26, 2) share a
+  // place among the kept ones, and each value still gets its own mask.
+  SetNumber(inst_, {"N"}, "1234.5");
+  const struct {
+    unsigned long nPrecision;
+    short nScale;
+    const char* pszMask;
+    const char* pszText;
+  } kCases[] = {{10, 2, "FM99999999.99", "1234.5"},
+                {26, 2, "FM999999999999999999999999.99", "1234.5"},
+                {10, 2, "FM99999999.99", "1234.5"},
+                {6, 0, "FM999999", "1235"},
+                {26, 2, "FM999999999999999999999999.99", "1234.5"},
+                {6, 1, "FM99999.9", "1234.5"},
+                {6, 0, "FM999999", "1235"}};
+  for (const auto& c : kCases) {
+    EXPECT_EQ(c.pszText, WriteOne(Def("N", SQLT_NUM, 5, 22, 0, c.nPrecision, c.nScale)))
+        << c.pszMask;
+    EXPECT_NE(std::string::npos, Trace().find(std::string("format \"") + c.pszMask + "\""))
+        << Trace();
+  }
+}
+
+TEST_F(FieldToTextTest, MaskLongerThanAnyDeclaredNumberIsStillBuilt) {
+  // No NUMBER Oracle declares has such a mask; a hand-made definition may.
+  SetNumber(inst_, {"N"}, "-42");
+  EXPECT_EQ("-42", WriteOne(Def("N", SQLT_NUM, 5, 22, 0, 150, 0)));
+  EXPECT_NE(std::string::npos,
+            Trace().find("format \"FM" + std::string(150, '9') + "\", size = 3"))
+      << Trace();
+  // Twice: nothing of the long mask was kept.
+  EXPECT_EQ("-42", WriteOne(Def("N", SQLT_NUM, 5, 22, 0, 150, 0)));
+}
+
 TEST_F(FieldToTextTest, NumberWithScaleAboveItsPrecision) {
   SetNumber(inst_, {"N"}, "0.0012");
   EXPECT_EQ(".0012", WriteOne(Def("N", SQLT_NUM, 5, 22, 0, 2, 4)));

@@ -125,7 +125,7 @@ const ocimem::Attribute* OCIType::FindAttributeScan(const char* attr_name,
   for (size_t i = 0; i < count; ++i) {
     const ocimem::Attribute& a = attributes[i];
     if (a.name.size() == length && ocimem::SameBytes(a.name.data(), attr_name, length)) {
-      attribute_hint.store(i + 1, std::memory_order_relaxed);
+      attribute_hint.store(i + 1 == count ? 0 : i + 1, std::memory_order_relaxed);
       return &a;
     }
   }

@@ -89,7 +89,8 @@ struct OCIType : std::enable_shared_from_this<OCIType> {
 
   std::atomic<int> pins{0};
   // Where FindAttribute looks first: after the attribute it found last, as
-  // callers walking an instance ask for the attributes in order.
+  // callers walking an instance ask for the attributes in order (after the
+  // last attribute, the first: the next instance of the type is walked).
   mutable std::atomic<size_t> attribute_hint{0};
 
   bool IsObject() const { return typecode == OCI_TYPECODE_OBJECT; }
@@ -103,7 +104,8 @@ struct OCIType : std::enable_shared_from_this<OCIType> {
     if (hint < attributes.size()) {
       const ocimem::Attribute& a = attributes[hint];
       if (a.name.size() == length && ocimem::SameBytes(a.name.data(), name, length)) {
-        attribute_hint.store(hint + 1, std::memory_order_relaxed);
+        attribute_hint.store(hint + 1 == attributes.size() ? 0 : hint + 1,
+                             std::memory_order_relaxed);
         return &a;
       }
     }
