@@ -113,6 +113,10 @@ struct Expr {
     kLike,       // negated; args[0] LIKE args[1] [ESCAPE args[2]]
     kAnd, kOr,   // args[0], args[1]
     kNot,        // args[0]
+    // DATE 'text', TIMESTAMP 'text' or INTERVAL 'text' fields: option DATE, TIMESTAMP or
+    // the interval's fields (YEAR TO MONTH, DAY TO SECOND, HOUR, ...), text the quoted text;
+    // cast holds an interval's type and precisions.
+    kTimeLiteral,
   };
   Kind kind = Kind::kNull;
   std::string text;       // number or string literal, bind name (upper case), column name,

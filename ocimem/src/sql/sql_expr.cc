@@ -6,6 +6,7 @@
 
 #include "objects/value_slot.h"
 #include "sql/sql_rows.h"
+#include "sql/sql_time.h"
 #include "values/calendar.h"
 #include "values/date_format.h"
 #include "values/datetime.h"
@@ -82,6 +83,17 @@ bool ToText(const Value& v, std::string* out, SqlError* error) {
     case Value::Kind::kRaw:
       *out = HexText(v.bytes);
       return true;
+    case Value::Kind::kDateTime:
+    case Value::Kind::kInterval: {
+      // The text of the value's type; precisions not known: DAY(2), six digits (IV8).
+      out->clear();
+      int leading = v.leading_precision != 0 ? v.leading_precision : 2;
+      int fraction = v.fraction_precision != 0 ? v.fraction_precision : 6;
+      if (int ora = DescriptorText(v.handle, leading, fraction, out)) {
+        return SetError(error, ora, values::DateErrorText(ora));
+      }
+      return true;
+    }
     default:
       return Inconsistent("CHAR", v, error);
   }
@@ -131,6 +143,8 @@ void ColumnValue(const Attribute& a, const RowData& row, Value* out) {
                                                  : Value::Kind::kInterval;
       out->handle = *reinterpret_cast<void* const*>(slot);
       out->desc_type = t.descriptor_type;
+      out->leading_precision = t.leading_precision;
+      out->fraction_precision = t.fraction_precision;
       return;
     case ValueKind::kObject:
     case ValueKind::kCollection:
@@ -331,6 +345,21 @@ bool EvalExpr(const ExecContext& ctx, const RowScope& scope, const Expr& e, Valu
         *out = Value();
         return true;
       }
+      if (v.kind == Value::Kind::kInterval && e.text == "-") {
+        // Minus an interval: the interval with the other sign.
+        const values::IntervalDescriptor* iv = values::AsInterval(v.handle);
+        if (iv == nullptr) return Inconsistent("NUMBER", v, error);
+        values::IntervalValue negated;
+        negated.months = -iv->value.months;
+        negated.seconds = -iv->value.seconds;
+        negated.nanos = -iv->value.nanos;
+        return MakeIntervalValue(ctx, iv->kind, negated, v.leading_precision,
+                                 v.fraction_precision, out, error);
+      }
+      if (v.kind == Value::Kind::kInterval) {
+        *out = v;
+        return true;
+      }
       Decimal d;
       if (!ToNumber(v, &d, error)) return false;
       if (e.text == "-" && !d.IsZero()) d.negative = !d.negative;
@@ -344,7 +373,8 @@ bool EvalExpr(const ExecContext& ctx, const RowScope& scope, const Expr& e, Valu
         return false;
       }
       if (e.text == "||") return Concatenate(a, b, out, error);
-      bool timed = a.kind == Value::Kind::kDateTime || b.kind == Value::Kind::kDateTime;
+      bool timed = a.kind == Value::Kind::kDateTime || b.kind == Value::Kind::kDateTime ||
+                   a.kind == Value::Kind::kInterval || b.kind == Value::Kind::kInterval;
       if (IsNull(a) || IsNull(b)) {
         // NULL still has to be of a type the operator takes.
         if (!IsNull(a) && NotNumeric(a) && !timed) return Inconsistent("NUMBER", a, error);
@@ -352,11 +382,13 @@ bool EvalExpr(const ExecContext& ctx, const RowScope& scope, const Expr& e, Valu
         *out = Value();
         return true;
       }
-      if (timed) return TimestampArithmetic(ctx, e.text, a, b, out, error);
+      if (timed) return DateTimeArithmetic(ctx, e.text, a, b, out, error);
       return Arithmetic(e.text, a, b, out, error);
     }
     case Expr::Kind::kCase:
       return EvalCase(ctx, scope, e, out, error);
+    case Expr::Kind::kTimeLiteral:
+      return TimeLiteralValue(ctx, e, out, error);
     case Expr::Kind::kFunction:
       return CallFunction(ctx, scope, e, out, error);
     case Expr::Kind::kAggregate: {
@@ -459,8 +491,9 @@ bool CompareTimes(const Value& a, const Value& b, int* out, SqlError* error) {
         a.kind == Value::Kind::kInterval ? values::AsInterval(a.handle) : nullptr;
     const values::IntervalDescriptor* y =
         b.kind == Value::Kind::kInterval ? values::AsInterval(b.handle) : nullptr;
-    if (x == nullptr) return Inconsistent("INTERVAL", a, error);
-    if (y == nullptr || x->kind != y->kind) return Inconsistent("INTERVAL", b, error);
+    // Oracle names the interval's type as the one expected.
+    if (x == nullptr) return Inconsistent(y != nullptr ? ValueKindName(b) : "INTERVAL", a, error);
+    if (y == nullptr || x->kind != y->kind) return Inconsistent(ValueKindName(a), b, error);
     *out = x->kind == values::IntervalKind::YearMonth
                ? Sign(x->value.months - y->value.months)
                : x->value.seconds != y->value.seconds ? Sign(x->value.seconds - y->value.seconds)

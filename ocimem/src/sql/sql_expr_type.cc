@@ -4,6 +4,7 @@
 
 #include "sql/sql_expr.h"
 #include "sql/sql_rows.h"
+#include "sql/sql_time.h"
 
 namespace ocimem {
 namespace {
@@ -101,6 +102,10 @@ bool FunctionType(const ExecContext& ctx, const Table& table, const TableRef& re
     out->descriptor_type = zoned ? OCI_DTYPE_TIMESTAMP_TZ : OCI_DTYPE_TIMESTAMP;
     return true;
   }
+  if (IsIntervalFunction(n)) {
+    *out = IntervalValueType(n == "NUMTOYMINTERVAL" || n == "TO_YMINTERVAL", 9, 9);
+    return true;
+  }
   if (n == "TO_DATE" || n == "SYSDATE" || n == "CURRENT_DATE" || n == "ADD_MONTHS" ||
       n == "LAST_DAY") {
     *out = DateType();
@@ -137,10 +142,16 @@ bool ExprType(const ExecContext& ctx, const Table& table, const TableRef& ref, c
       *out = p.type;
       return true;
     }
+    case Expr::Kind::kUnary:
+      if (!ExprType(ctx, table, ref, e.args[0], out, error)) return false;
+      if (out->kind != ValueKind::kInterval) *out = NumberType();
+      return true;
+    case Expr::Kind::kTimeLiteral:
+      TimeLiteralType(e, out);
+      return true;
     case Expr::Kind::kNumber:
     case Expr::Kind::kRownum:
     case Expr::Kind::kSequence:
-    case Expr::Kind::kUnary:
       *out = NumberType();
       return true;
     case Expr::Kind::kNull:
@@ -162,6 +173,7 @@ bool ExprType(const ExecContext& ctx, const Table& table, const TableRef& ref, c
         *out = TextType(TextLength(a) + TextLength(b));
         return true;
       }
+      if (DateTimeArithmeticType(e.text, a, b, out)) return true;
       bool ta = a.kind == ValueKind::kDateTime;
       bool tb = b.kind == ValueKind::kDateTime;
       bool da = a.kind == ValueKind::kDate || ta;
@@ -216,6 +228,12 @@ bool ExprType(const ExecContext& ctx, const Table& table, const TableRef& ref, c
           out->kind = ValueKind::kRaw;
           out->typecode = OCI_TYPECODE_RAW;
           out->length = 2000;
+          return true;
+        case Value::Kind::kDateTime:
+          *out = DateTimeValueType(v.desc_type, 9);
+          return true;
+        case Value::Kind::kInterval:
+          *out = IntervalValueType(v.desc_type == OCI_DTYPE_INTERVAL_YM, 9, 9);
           return true;
         default:
           return Inconsistent("-", v, error);

@@ -9,6 +9,7 @@
 
 #include "session/session_nls.h"
 #include "sql/sql_expr.h"
+#include "sql/sql_time.h"
 #include "values/calendar.h"
 #include "values/date_format.h"
 #include "values/datetime.h"
@@ -46,7 +47,8 @@ const FunctionInfo kFunctions[] = {
     {"LAST_DAY", 1, 1},     {"SYSTIMESTAMP", 0, 0}, {"CURRENT_TIMESTAMP", 0, 0},
     {"LOCALTIMESTAMP", 0, 0}, {"TO_TIMESTAMP", 1, 2}, {"GREATEST", 1, kMany},
     {"LEAST", 1, kMany},    {"NULLIF", 2, 2},       {"EXTRACT", 1, 1},
-    {"CAST", 1, 1},
+    {"CAST", 1, 1},         {"NUMTODSINTERVAL", 2, 2}, {"NUMTOYMINTERVAL", 2, 2},
+    {"TO_DSINTERVAL", 1, 1}, {"TO_YMINTERVAL", 1, 1},
 };
 
 const FunctionInfo* Find(const std::string& name) {
@@ -148,9 +150,19 @@ bool ToCharFn(const std::vector<Value>& a, Value* out, SqlError* error) {
     zone.offset_minutes = d->value.offset_minutes;
     zone.abbreviation = d->value.abbreviation;
     bool zoned = d->kind == values::DateTimeKind::TimestampTz;
+    values::DateTimeFields fields = values::FieldsOf(d->value);
+    if (d->kind == values::DateTimeKind::TimestampLtz) {
+      // LOCAL TIME ZONE values are shown in the session's time zone.
+      values::Zone session;
+      if (int ora = values::ResolveSessionZone(CurrentNls().time_zone, &session)) {
+        return DateError(ora, error);
+      }
+      values::ZoneOutput shown;
+      values::FromUtc(values::FieldsOf(d->value), session, &fields, &shown);
+    }
     std::string text;
     // FF without digits shows six (decision EX9).
-    if (int ora = values::FormatDateTime(*m, values::FieldsOf(d->value), true, 6,
+    if (int ora = values::FormatDateTime(*m, fields, true, 6,
                                          zoned ? &zone : nullptr, &text)) {
       return DateError(ora, error);
     }
@@ -537,6 +549,7 @@ bool CallFunction(const ExecContext& ctx, const RowScope& scope, const Expr& e, 
       name == "TO_TIMESTAMP") {
     return TimestampFunction(ctx, name, a, out, error);
   }
+  if (IsIntervalFunction(name)) return IntervalFunction(ctx, name, a, out, error);
   return SetError(error, 904, "\"" + name + "\": invalid identifier");
 }
 

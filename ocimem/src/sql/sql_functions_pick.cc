@@ -1,6 +1,7 @@
 // Functions that pick among their arguments or take a field of one: GREATEST, LEAST,
 // NULLIF and EXTRACT.
 #include "sql/sql_expr.h"
+#include "sql/sql_time.h"
 #include "values/datetime.h"
 #include "values/descriptor.h"
 
@@ -30,6 +31,7 @@ bool LikeFirst(const Value& first, const Value& v, Value* out, SqlError* error) 
 }
 
 bool Extract(const std::string& field, const Value& v, Value* out, SqlError* error) {
+  if (v.kind == Value::Kind::kInterval) return ExtractInterval(field, v, out, error);
   values::DateTimeFields f;
   bool has_time = false;
   if (v.kind == Value::Kind::kDateTime) {

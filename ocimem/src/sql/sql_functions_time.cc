@@ -7,10 +7,12 @@
 #include "objects/value_descriptors.h"
 #include "session/session_nls.h"
 #include "sql/sql_expr.h"
+#include "sql/sql_time.h"
 #include "values/calendar.h"
 #include "values/date_format.h"
 #include "values/datetime.h"
 #include "values/datetime_arith.h"
+#include "values/datetime_kinds.h"
 #include "values/descriptor.h"
 #include "values/oci_common.h"
 
@@ -204,6 +206,8 @@ bool MakeIntervalDs(const ExecContext& ctx, std::int64_t seconds, std::int32_t n
   out->kind = Value::Kind::kInterval;
   out->handle = desc;
   out->desc_type = OCI_DTYPE_INTERVAL_DS;
+  out->leading_precision = 9;
+  out->fraction_precision = 9;
   return true;
 }
 
@@ -259,8 +263,10 @@ bool RoundDate(bool round, const OCIDate& date, const std::string& unit, Value* 
   return true;
 }
 
-bool FitDateTime(const ExecContext& ctx, const ValueType& t, Value* v, SqlError* error) {
-  if (t.kind != ValueKind::kDateTime) return true;
+namespace {
+
+// A DATE or datetime value in the datetime kind of `t`.
+bool FitDateTimeKind(const ExecContext& ctx, const ValueType& t, Value* v, SqlError* error) {
   if (v->kind == Value::Kind::kText && t.descriptor_type != OCI_DTYPE_TIMESTAMP_TZ) {
     // Text is read in NLS_TIMESTAMP_FORMAT as a TIMESTAMP, then fitted below.
     values::DateTimeFields fields;
@@ -316,6 +322,32 @@ bool FitDateTime(const ExecContext& ctx, const ValueType& t, Value* v, SqlError*
   if (int ora = values::MakeZonedValue(local, zone, "", &out)) return DateError(ora, error);
   return MakeTimestamp(ctx, OCI_DTYPE_TIMESTAMP_TZ, values::DateTimeKind::TimestampTz, out, v,
                        error);
+}
+
+}  // namespace
+
+bool FitDateTime(const ExecContext& ctx, const ValueType& t, Value* v, SqlError* error) {
+  if (t.kind == ValueKind::kInterval) return FitInterval(ctx, t, v, error);
+  if (t.kind != ValueKind::kDateTime) return true;
+  if (!FitDateTimeKind(ctx, t, v, error)) return false;
+  const values::DateTimeDescriptor* d =
+      v->kind == Value::Kind::kDateTime ? values::AsDateTime(v->handle) : nullptr;
+  if (d == nullptr || t.fraction_precision >= 9) return true;
+  // The fraction of a second rounded to the type's digits.
+  std::int64_t unit = 1;
+  for (int i = t.fraction_precision; i < 9; ++i) unit *= 10;
+  std::int64_t nanos = d->value.nanos;
+  std::int64_t rounded = (nanos + unit / 2) / unit * unit;
+  if (rounded == nanos) return true;
+  values::DateTimeFields point = d->kind == values::DateTimeKind::TimestampTz
+                                     ? values::ToUtc(d->value)
+                                     : values::FieldsOf(d->value);
+  values::DateTimeFields moved;
+  if (int ora = values::AddSeconds(point, 0, rounded - nanos, &moved)) {
+    return DateError(ora, error);
+  }
+  values::DateTimeValue fitted = values::ValueAtPoint(d->kind, d->value, moved);
+  return MakeTimestamp(ctx, v->desc_type, d->kind, fitted, v, error);
 }
 
 bool TimestampFunction(const ExecContext& ctx, const std::string& name,

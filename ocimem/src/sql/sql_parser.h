@@ -95,6 +95,7 @@ class Parser {
   bool ParsePrimary(Expr* out);
   bool ParseCase(Expr* out);
   bool ParseExtract(Expr* out);
+  bool ParseTimeLiteral(Expr* out);
   bool ParseCast(Expr* out);
   bool ParseFunctionCall(Expr* out);
   bool MakeNode(Expr::Kind kind, std::string text, std::vector<Expr> args, Expr* out);

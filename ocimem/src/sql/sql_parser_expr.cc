@@ -8,6 +8,8 @@
 
 #include "sql/sql_functions.h"
 #include "sql/sql_parser.h"
+#include "sql/sql_time.h"
+#include "values/date_format.h"
 
 namespace ocimem {
 namespace {
@@ -271,6 +273,10 @@ bool Parser::ParsePrimary(Expr* out) {
   if (t.IsWord("EXISTS") && Peek(1).IsSymbol("(")) {
     return Fail(936, "missing expression");  // decision EX7: no subqueries
   }
+  if ((t.IsWord("DATE") || t.IsWord("TIMESTAMP") || t.IsWord("INTERVAL")) &&
+      Peek(1).kind == TokenKind::kString) {
+    return ParseTimeLiteral(out);
+  }
   if (t.IsWord("EXTRACT") && Peek(1).IsSymbol("(")) return ParseExtract(out);
   if (t.IsWord("CAST") && Peek(1).IsSymbol("(")) return ParseCast(out);
   if (t.IsWord("ROWNUM")) {
@@ -309,6 +315,75 @@ bool Parser::ParseCast(Expr* out) {
   out->depth = source.depth + 1;
   out->args.push_back(std::move(source));
   return ExpectSymbol(")") && Deeper(out->depth);
+}
+
+// DATE 'text', TIMESTAMP 'text', INTERVAL 'text' start[(p[, f])] [TO end[(f)]]; the text is
+// read here, so that a literal that is none fails the statement whatever rows it meets.
+bool Parser::ParseTimeLiteral(Expr* out) {
+  out->offset = Peek().offset;
+  out->kind = Expr::Kind::kTimeLiteral;
+  out->option = Next().text;
+  out->text = Next().text;
+  auto literal_error = [this](int ora) { return Fail(ora, values::DateErrorText(ora)); };
+  if (out->option == "DATE") {
+    values::DateTimeFields f;
+    int ora = ReadDateLiteral(out->text, &f);
+    return ora == 0 || literal_error(ora);
+  }
+  if (out->option == "TIMESTAMP") {
+    values::DateTimeFields f;
+    values::DateTimeValue zoned;
+    bool has_zone = false;
+    int ora = ReadTimestampLiteral(out->text, &f, &has_zone, &zoned);
+    return ora == 0 || literal_error(ora);
+  }
+  auto field = [this]() {
+    return Peek().kind == TokenKind::kIdentifier ? IntervalFieldOf(Peek().text) : -1;
+  };
+  auto type = std::make_shared<DataTypeSpec>();
+  int start = field();
+  if (start < 0) return Fail(30089, "missing or invalid <datetime field>");
+  Next();
+  type->base = start <= kMonthField ? DataTypeSpec::Base::kIntervalYm
+                                    : DataTypeSpec::Base::kIntervalDs;
+  type->leading_precision = 2;
+  type->fraction_precision = 6;
+  if (AcceptSymbol("(")) {
+    long long v = 0;
+    if (!ParseUnsigned(0, 9, 30088, "datetime/interval precision is out of range", &v)) {
+      return false;
+    }
+    type->leading_precision = static_cast<ub1>(v);
+    if (start == kSecondField && AcceptSymbol(",")) {
+      if (!ParseUnsigned(0, 9, 30088, "datetime/interval precision is out of range", &v)) {
+        return false;
+      }
+      type->fraction_precision = static_cast<ub1>(v);
+    }
+    if (!ExpectSymbol(")")) return false;
+  }
+  int end = start;
+  out->option = IntervalFieldName(start);
+  if (AcceptWord("TO")) {
+    end = field();
+    // The end field is a field of the same kind, no more significant (IV7).
+    bool same_kind = (start <= kMonthField) == (end <= kMonthField);
+    if (end < start || !same_kind || start == kSecondField) {
+      return Fail(30089, "missing or invalid <datetime field>");
+    }
+    Next();
+    out->option += std::string(" TO ") + IntervalFieldName(end);
+    if (end == kSecondField && !ParseOptionalPrecision(6, &type->fraction_precision)) {
+      return false;
+    }
+  }
+  if (end <= kMonthField) type->fraction_precision = 0;
+  values::IntervalValue v;
+  int ora = ReadIntervalLiteral(out->text, start, end, type->leading_precision,
+                                type->fraction_precision, &v);
+  if (ora != 0) return literal_error(ora);
+  out->cast = std::move(type);
+  return true;
 }
 
 // EXTRACT(field FROM expr)

@@ -255,9 +255,12 @@ std::string ValueKindName(const Value& v) {
     case Value::Kind::kDate:
       return "DATE";
     case Value::Kind::kDateTime:
-      return "TIMESTAMP";
+      return v.desc_type == OCI_DTYPE_TIMESTAMP_TZ    ? "TIMESTAMP WITH TIME ZONE"
+             : v.desc_type == OCI_DTYPE_TIMESTAMP_LTZ ? "TIMESTAMP WITH LOCAL TIME ZONE"
+                                                      : "TIMESTAMP";
     case Value::Kind::kInterval:
-      return "INTERVAL";
+      return v.desc_type == OCI_DTYPE_INTERVAL_YM ? "INTERVAL YEAR TO MONTH"
+                                                  : "INTERVAL DAY TO SECOND";
     case Value::Kind::kLob: {
       const OCILobLocator* l = AsLocator(v.handle);
       return l != nullptr && l->lob_type == OCI_TYPECODE_BLOB ? "BLOB" : "CLOB";

@@ -38,6 +38,9 @@ struct Value {
   const OCIInd* ind = nullptr;   // null struct of a bound object
   const OCIType* tdo = nullptr;  // of a bound object or collection
   bool fixed_char = false;       // text of a CHAR column or a literal: compared blank-padded
+  // Precisions of a datetime or interval value's type, for its text (0: the default).
+  ub1 leading_precision = 0;
+  ub1 fraction_precision = 0;
 };
 
 // Where a value is stored, for the texts of ORA-01400 and ORA-12899.

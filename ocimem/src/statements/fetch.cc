@@ -10,6 +10,8 @@
 #include "objects/value_slot.h"
 #include "values/number.h"
 #include "collections/var_block.h"
+#include "sql/sql_time.h"
+#include "values/date_format.h"
 
 namespace ocimem {
 namespace {
@@ -74,7 +76,9 @@ bool DefineFits(ub2 dty, const ValueType& t) {
              (dty == SQLT_BLOB && t.typecode == OCI_TYPECODE_BLOB) || LobDataDefineFits(dty, t);
     case ValueKind::kDateTime:
     case ValueKind::kInterval:
-      return DescriptorTypeOfDty(dty) == t.descriptor_type;
+      // Also shown as text, as the client converts them.
+      return DescriptorTypeOfDty(dty) == t.descriptor_type || dty == SQLT_STR ||
+             dty == SQLT_CHR || dty == SQLT_AFC;
     case ValueKind::kObject:
     case ValueKind::kCollection:
       return dty == SQLT_NTY;
@@ -195,6 +199,17 @@ bool FetchInto(ub2 dty, const OutSlot& o, const ValueType& t, const void* slot, 
           if (t.kind == ValueKind::kRaw && dty != SQLT_BIN && dty != SQLT_LBI &&
               dty != SQLT_LVB) {
             bytes = HexText(bytes);
+          }
+          break;
+        }
+        case ValueKind::kDateTime:
+        case ValueKind::kInterval: {
+          // NLS_TIMESTAMP_FORMAT (NLS_TIMESTAMP_TZ_FORMAT) with the column's precision;
+          // an interval padded to its leading precision.
+          const void* value = *static_cast<void* const*>(slot);
+          if (int ora = DescriptorText(value, t.leading_precision, t.fraction_precision,
+                                       &bytes)) {
+            return SetError(error, ora, values::DateErrorText(ora));
           }
           break;
         }
