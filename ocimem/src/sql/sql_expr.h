@@ -70,7 +70,7 @@ bool TimestampFunction(const ExecContext& ctx, const std::string& name,
 bool RoundDate(bool round, const OCIDate& date, const std::string& unit, Value* out,
                SqlError* error);
 // TIMESTAMP arithmetic: plus or minus days is a DATE; minus a TIMESTAMP or DATE an
-// INTERVAL DAY TO SECOND (sql_expr.cc).
+// INTERVAL DAY TO SECOND (sql_expr_time.cc).
 bool TimestampArithmetic(const ExecContext& ctx, const std::string& op, const Value& a,
                          const Value& b, Value* out, SqlError* error);
 // A new INTERVAL DAY TO SECOND value, kept until the statement ends (sql_functions_time.cc).

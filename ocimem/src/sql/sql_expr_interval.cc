@@ -204,8 +204,7 @@ bool DateTimeArithmetic(const ExecContext& ctx, const std::string& op, const Val
   return Scale(ctx, iv, n, op == "/", out, error);
 }
 
-bool DateTimeArithmeticType(const std::string& op, const ValueType& a, const ValueType& b,
-                            ValueType* out) {
+bool DateTimeArithmeticType(const ValueType& a, const ValueType& b, ValueType* out) {
   bool ia = a.kind == ValueKind::kInterval;
   bool ib = b.kind == ValueKind::kInterval;
   if (!ia && !ib) return false;
@@ -217,7 +216,6 @@ bool DateTimeArithmeticType(const std::string& op, const ValueType& a, const Val
     if (other.kind == ValueKind::kDateTime) *out = DateTimeValueType(other.descriptor_type, 9);
     return true;
   }
-  (void)op;
   *out = IntervalValueType(ym, 9, 9);
   return true;
 }

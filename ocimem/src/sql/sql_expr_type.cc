@@ -173,7 +173,7 @@ bool ExprType(const ExecContext& ctx, const Table& table, const TableRef& ref, c
         *out = TextType(TextLength(a) + TextLength(b));
         return true;
       }
-      if (DateTimeArithmeticType(e.text, a, b, out)) return true;
+      if (DateTimeArithmeticType(a, b, out)) return true;
       bool ta = a.kind == ValueKind::kDateTime;
       bool tb = b.kind == ValueKind::kDateTime;
       bool da = a.kind == ValueKind::kDate || ta;

@@ -55,13 +55,19 @@ ValueType IntervalValueType(bool year_month, int leading, int fraction);
 // `+yy-mm`, padded to `leading` digits). 0 or the ORA error.
 int DescriptorText(const void* descriptor, int leading, int fraction, std::string* out);
 
+// Datetimes with datetimes and DATEs, intervals with intervals of their kind; -1, 0, 1
+// (sql_expr_time.cc).
+bool CompareTimes(const Value& a, const Value& b, int* out, SqlError* error);
+// NUMBER and DATE arithmetic of `+`, `-`, `*`, `/` (sql_expr.cc).
+bool DateNumberArithmetic(const std::string& op, const Value& a, const Value& b, Value* out,
+                          SqlError* error);
 // Arithmetic where an operand is an interval or a TIMESTAMP (sql_expr_interval.cc); the
 // others are left to TimestampArithmetic. Neither operand is NULL.
 bool DateTimeArithmetic(const ExecContext& ctx, const std::string& op, const Value& a,
                         const Value& b, Value* out, SqlError* error);
-// The type of `a op b` where either is a datetime or an interval.
-bool DateTimeArithmeticType(const std::string& op, const ValueType& a, const ValueType& b,
-                            ValueType* out);
+// The type of `a + b`, `a - b`, `a * b` or `a / b` where either is an interval; false when
+// neither is.
+bool DateTimeArithmeticType(const ValueType& a, const ValueType& b, ValueType* out);
 
 // NUMTODSINTERVAL, NUMTOYMINTERVAL, TO_DSINTERVAL and TO_YMINTERVAL, their arguments
 // evaluated and not NULL (sql_functions_interval.cc).
