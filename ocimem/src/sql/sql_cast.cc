@@ -1,10 +1,11 @@
 // CAST(expr AS type): a value converted to a NUMBER (rounded to its scale, ORA-01438 past its
 // precision), a character type (trailing blanks past its length dropped, ORA-25137 for
 // anything else past it; CHAR blank-padded),
-// DATE or a datetime type.  Other target types are ORA-00932.
+// DATE, a datetime type or an interval type.  Other target types are ORA-00932.
 #include <cstring>
 
 #include "sql/sql_expr.h"
+#include "sql/sql_time.h"
 #include "values/descriptor.h"
 
 namespace ocimem {
@@ -83,6 +84,15 @@ bool CastValue(const ExecContext& ctx, const DataTypeSpec& type, const Value& v,
       *out = v;
       if (!FitDateTime(ctx, t, out, error)) return false;
       if (out->kind != Value::Kind::kDateTime) return Inconsistent(TypeName(t), v, error);
+      return true;
+    }
+    case ValueKind::kInterval: {
+      // An interval of the type's kind, or text read as one, fitted to its precisions.
+      *out = v;
+      if (!FitInterval(ctx, t, out, error)) return false;
+      if (out->kind != Value::Kind::kInterval || out->desc_type != t.descriptor_type) {
+        return Inconsistent(TypeName(t), v, error);
+      }
       return true;
     }
     default:

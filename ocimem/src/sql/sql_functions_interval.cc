@@ -1,5 +1,5 @@
 // The interval functions: NUMTODSINTERVAL and NUMTOYMINTERVAL (a number of a unit),
-// TO_DSINTERVAL and TO_YMINTERVAL (text), and EXTRACT of a field of an interval.
+// TO_DSINTERVAL and TO_YMINTERVAL (Oracle's interval text or an ISO 8601 duration), and EXTRACT of a field of an interval.
 #include <cctype>
 
 #include "sql/sql_time.h"
@@ -67,6 +67,78 @@ bool NumberToInterval(const ExecContext& ctx, bool year_month, const Decimal& n,
   return SetError(error, 1760, "illegal argument for function");
 }
 
+// An ISO 8601 duration, `[-]P[nY][nM][nD][T[nH][nM][n[.f]S]]`: years and months for
+// TO_YMINTERVAL (the day and time parts read and left out), days to seconds for
+// TO_DSINTERVAL (no years or months). 0 or ORA-01867.
+int ReadIsoDuration(bool year_month, const std::string& text, values::IntervalValue* out) {
+  size_t i = 0;
+  int sign = 1;
+  if (i < text.size() && text[i] == '-') {
+    sign = -1;
+    ++i;
+  }
+  if (i >= text.size() || text[i] != 'P') return values::kOraIntervalInvalid;
+  ++i;
+  std::int64_t years = 0, months = 0, days = 0, hours = 0, minutes = 0, seconds = 0, nanos = 0;
+  bool in_time = false;
+  bool any = false;
+  // The designators in their order; each at most once.
+  const char* order = "YMD";
+  size_t next = 0;
+  while (i < text.size()) {
+    if (text[i] == 'T' && !in_time) {
+      in_time = true;
+      order = "HMS";
+      next = 0;
+      ++i;
+      continue;
+    }
+    std::int64_t n = 0;
+    size_t digits = 0;
+    while (i < text.size() && std::isdigit(static_cast<unsigned char>(text[i])) != 0) {
+      if (digits < 12) n = n * 10 + (text[i] - '0');
+      ++digits;
+      ++i;
+    }
+    std::int64_t fraction = 0;
+    bool has_fraction = i < text.size() && text[i] == '.';
+    if (has_fraction) {
+      ++i;
+      std::string f;
+      while (i < text.size() && std::isdigit(static_cast<unsigned char>(text[i])) != 0) {
+        f += text[i++];
+      }
+      if (f.size() > 9) return values::kOraIntervalInvalid;
+      f.append(9 - f.size(), '0');
+      fraction = std::stoll(f);
+    }
+    if (digits == 0 || digits > 9 || i >= text.size()) return values::kOraIntervalInvalid;
+    char designator = text[i++];
+    while (order[next] != '\0' && order[next] != designator) ++next;
+    if (order[next] == '\0') return values::kOraIntervalInvalid;
+    ++next;
+    if (has_fraction && !(in_time && designator == 'S')) return values::kOraIntervalInvalid;
+    any = true;
+    if (!in_time) {
+      if (designator == 'Y') years = n;
+      if (designator == 'M') months = n;
+      if (designator == 'D') days = n;
+    } else {
+      if (designator == 'H') hours = n;
+      if (designator == 'M') minutes = n;
+      if (designator == 'S') {
+        seconds = n;
+        nanos = fraction;
+      }
+    }
+  }
+  if (!any) return values::kOraIntervalInvalid;
+  if (year_month) return values::MakeYearMonth(sign * years, sign * months, out);
+  if (years != 0 || months != 0) return values::kOraIntervalInvalid;
+  return values::MakeDaySecond(sign * days, sign * hours, sign * minutes, sign * seconds,
+                               sign * nanos, out);
+}
+
 }  // namespace
 
 bool IsIntervalFunction(const std::string& name) {
@@ -97,7 +169,18 @@ bool IntervalFunction(const ExecContext& ctx, const std::string& name,
     return Inconsistent("CHAR", args[0], error);
   }
   values::IntervalValue v;
-  if (int ora = values::ParseInterval(kind, args[0].bytes, &v)) return DateError(ora, error);
+  const std::string& text = args[0].bytes;
+  size_t first = text.find_first_not_of(' ');
+  bool iso = first != std::string::npos &&
+             (text[first] == 'P' || (text[first] == '-' && text.compare(first, 2, "-P") == 0));
+  if (iso) {
+    size_t last = text.find_last_not_of(' ');
+    if (int ora = ReadIsoDuration(year_month, text.substr(first, last - first + 1), &v)) {
+      return DateError(ora, error);
+    }
+  } else if (int ora = values::ParseInterval(kind, text, &v)) {
+    return DateError(ora, error);
+  }
   return MakeIntervalValue(ctx, kind, v, 9, 9, out, error);
 }
 

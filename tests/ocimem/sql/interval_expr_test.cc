@@ -268,6 +268,58 @@ TEST_F(IntervalExprTest, IntervalFunctions) {
   EXPECT_EQ("2024-01-02 12:00:00", Day("date '2024-01-01' + numtodsinterval(36, 'HOUR')"));
 }
 
+TEST_F(IntervalExprTest, IsoDurations) {
+  EXPECT_EQ("+000000100 05:00:00.000000000", Eval("to_dsinterval('P100DT05H')"));
+  EXPECT_EQ("+000000000 01:30:02.500000000", Eval("to_dsinterval('PT1H30M2.5S')"));
+  EXPECT_EQ("+000000001 12:00:00.000000000", Eval("to_dsinterval('PT36H')"));
+  EXPECT_EQ("-000000001 00:00:00.000000000", Eval("to_dsinterval('-P1D')"));
+  EXPECT_EQ("+000000001-02", Eval("to_yminterval('P1Y2M')"));
+  // decision IV9: the day and time of a duration are left out of a YEAR TO MONTH.
+  EXPECT_EQ("+000000001-02", Eval("to_yminterval('P1Y2M3DT4H')"));
+  EXPECT_EQ("ORA-01867: the interval is invalid",
+            QueryError("select to_dsinterval('P1Y') from dual"));
+  EXPECT_EQ("ORA-01867: the interval is invalid",
+            QueryError("select to_dsinterval('P1H') from dual"));
+  EXPECT_EQ("ORA-01867: the interval is invalid",
+            QueryError("select to_yminterval('P') from dual"));
+  EXPECT_EQ("ORA-01867: the interval is invalid",
+            QueryError("select to_yminterval('P2M1Y') from dual"));
+}
+
+TEST_F(IntervalExprTest, CastToIntervals) {
+  EXPECT_EQ("+01 02:03:04.500000",
+            Eval("cast('1 2:3:4.5' as interval day to second)"));
+  EXPECT_EQ("+001 02:03:04.57",
+            Eval("cast(interval '1 2:3:4.567' day to second(3) as interval day(3) to second(2))"));
+  EXPECT_EQ("+01-06", Eval("cast(numtoyminterval(18, 'month') as interval year to month)"));
+  EXPECT_EQ("ORA-01873: the leading precision of the interval is too small",
+            QueryError("select cast(interval '100' day(3) as interval day to second) from dual"));
+  EXPECT_EQ("ORA-00932: inconsistent datatypes: expected INTERVAL DAY TO SECOND got NUMBER",
+            QueryError("select cast(1 as interval day to second) from dual"));
+  EXPECT_EQ("ORA-00932: inconsistent datatypes: expected INTERVAL YEAR TO MONTH got "
+            "INTERVAL DAY TO SECOND",
+            QueryError("select cast(interval '1' day as interval year to month) from dual"));
+  EXPECT_EQ("ORA-01867: the interval is invalid",
+            QueryError("select cast('1-2' as interval day to second) from dual"));
+}
+
+TEST_F(IntervalExprTest, IntervalsInQueries) {
+  MustExec("create table spans (id number, ds interval day to second)");
+  MustExec("insert into spans values (1, interval '2' hour)");
+  MustExec("insert into spans values (2, interval '-1' day)");
+  MustExec("insert into spans values (3, null)");
+  MustExec("insert into spans values (4, interval '1 0:0:0.5' day to second)");
+  EXPECT_EQ((Rows{"2", "1", "4", "3"}), Column("select id from spans order by ds"));
+  EXPECT_EQ((Rows{"+01 00:00:00.500000"}), Column("select max(ds) from spans"));
+  EXPECT_EQ((Rows{"-01 00:00:00.000000"}), Column("select min(ds) from spans"));
+  EXPECT_EQ((Rows{"4"}), Column("select id from spans where ds between interval '3' hour "
+                                "and interval '2' day"));
+  EXPECT_EQ((Rows{"1"}), Column("select id from spans where ds in (interval '120' minute(3))"));
+  // Oracle's SUM and AVG take numbers.
+  EXPECT_EQ("ORA-00932: inconsistent datatypes: expected NUMBER got INTERVAL DAY TO SECOND",
+            QueryError("select sum(ds) from spans"));
+}
+
 TEST_F(IntervalExprTest, ExtractAndText) {
   EXPECT_EQ("3", Eval("extract(day from interval '3 4:05:06.7' day to second)"));
   EXPECT_EQ("4", Eval("extract(hour from interval '3 4:05:06.7' day to second)"));
