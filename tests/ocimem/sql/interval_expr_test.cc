@@ -367,6 +367,35 @@ TEST_F(IntervalExprTest, StoredFetchedAndUpdated) {
             ErrorOf("insert into ev (id, ym) values (4, '5')"));
 }
 
+TEST_F(IntervalExprTest, BoundIntervalsAndDates) {
+  OCIInterval* iv = nullptr;
+  ASSERT_EQ(OCI_SUCCESS, OCIDescriptorAlloc(env_, reinterpret_cast<void**>(&iv),
+                                            OCI_DTYPE_INTERVAL_DS, 0, nullptr));
+  ASSERT_EQ(OCI_SUCCESS, OCIIntervalSetDaySecond(env_, err_, 1, 2, 30, 0, 0, iv));
+  OCIStmt* stmt = Prepare("select to_char(date '2024-02-28' + :iv, 'YYYY-MM-DD HH24:MI:SS'), "
+                          "to_char(:iv * 2), :iv - interval '30' minute from dual");
+  OCIBind* b = nullptr;
+  ASSERT_EQ(OCI_SUCCESS, OCIBindByName(stmt, &b, err_, Text(":iv"), 3, &iv, sizeof iv,
+                                       SQLT_INTERVAL_DS, nullptr, nullptr, nullptr, 0, nullptr,
+                                       OCI_DEFAULT));
+  char bufs[3][64];
+  sb2 inds[3] = {0, 0, 0};
+  for (ub4 i = 0; i < 3; ++i) {
+    OCIDefine* d = nullptr;
+    ASSERT_EQ(OCI_SUCCESS, OCIDefineByPos(stmt, &d, err_, i + 1, bufs[i], sizeof bufs[i],
+                                          SQLT_STR, &inds[i], nullptr, nullptr, OCI_DEFAULT));
+  }
+  ASSERT_EQ(OCI_SUCCESS, Execute(stmt)) << FirstError(err_);
+  EXPECT_EQ("2024-02-29 02:30:00", std::string(bufs[0]));
+  EXPECT_EQ("+000000002 05:00:00.000000000", std::string(bufs[1]));
+  EXPECT_EQ("+000000001 02:00:00.000000000", std::string(bufs[2]));
+  OCIDescriptorFree(iv, OCI_DTYPE_INTERVAL_DS);
+  // decision IV8: TO_CHAR without a mask of a TIMESTAMP whose precision the value does not
+  // carry shows six digits.
+  EXPECT_EQ("01-JAN-24 10.00.00.000000 AM",
+            Eval("to_char(to_timestamp('2024-01-01 10:00:00', 'YYYY-MM-DD HH24:MI:SS'))"));
+}
+
 class IntervalDescribeTest : public DescribeFixture {};
 
 TEST_F(IntervalDescribeTest, ResultTypesOfTheArithmetic) {
