@@ -131,7 +131,8 @@ void Now(values::DateTimeFields* f) {
 
 bool ToCharFn(const std::vector<Value>& a, Value* out, SqlError* error) {
   const Value& v = a[0];
-  if (a.size() == 1) {
+  // An interval is written in its own form whatever the mask (decision IV10).
+  if (a.size() == 1 || v.kind == Value::Kind::kInterval) {
     std::string text;
     if (!ToText(v, &text, error)) return false;
     TextValue(text, out);

@@ -333,6 +333,8 @@ TEST_F(IntervalExprTest, ExtractAndText) {
   EXPECT_EQ("ORA-30076: invalid extract field for extract source",
             QueryError("select extract(year from interval '1' day) from dual"));
   EXPECT_EQ("+01 02:00:00.000000", Eval("to_char(interval '1 2' day to hour)"));
+  // decision IV10: the mask is not used.
+  EXPECT_EQ("+01-02", Eval("to_char(interval '1-2' year to month, 'YYYY')"));
   EXPECT_EQ("x+01-02", Eval("'x' || interval '1-2' year to month"));
 }
 
