@@ -328,6 +328,28 @@ bool FitDateTimeKind(const ExecContext& ctx, const ValueType& t, Value* v, SqlEr
 
 bool FitDateTime(const ExecContext& ctx, const ValueType& t, Value* v, SqlError* error) {
   if (t.kind == ValueKind::kInterval) return FitInterval(ctx, t, v, error);
+  if (t.kind == ValueKind::kDate && v->kind == Value::Kind::kDateTime) {
+    // A datetime stored as a DATE: the fields it shows, without the fraction (as CAST).
+    const values::DateTimeDescriptor* d = values::AsDateTime(v->handle);
+    if (d == nullptr) return true;
+    values::DateTimeFields f = values::FieldsOf(d->value);
+    if (d->kind == values::DateTimeKind::TimestampLtz) {
+      values::Zone zone;
+      const std::string setting = ctx.session != nullptr ? ctx.session->nls->time_zone : "";
+      if (int ora = values::ResolveSessionZone(setting, &zone)) return DateError(ora, error);
+      values::ZoneOutput shown;
+      values::FromUtc(values::FieldsOf(d->value), zone, &f, &shown);
+    }
+    *v = Value();
+    v->kind = Value::Kind::kDate;
+    v->date.OCIDateYYYY = static_cast<sb2>(f.year);
+    v->date.OCIDateMM = static_cast<ub1>(f.month);
+    v->date.OCIDateDD = static_cast<ub1>(f.day);
+    v->date.OCIDateTime.OCITimeHH = static_cast<ub1>(f.hour);
+    v->date.OCIDateTime.OCITimeMI = static_cast<ub1>(f.minute);
+    v->date.OCIDateTime.OCITimeSS = static_cast<ub1>(f.second);
+    return true;
+  }
   if (t.kind != ValueKind::kDateTime) return true;
   if (!FitDateTimeKind(ctx, t, v, error)) return false;
   const values::DateTimeDescriptor* d =

@@ -9,6 +9,7 @@
 #include "lob/lob.h"
 #include "lob/lob_data.h"
 #include "session/session_nls.h"
+#include "sql/sql_time.h"
 #include "objects/value_descriptors.h"
 #include "objects/value_slot.h"
 #include "values/date_format.h"
@@ -339,6 +340,13 @@ bool StoreValue(const Value& v, const ValueType& t, void* slot, OCIInd* ind, con
         DateMaskText(v.date, &text);
       } else if (v.kind == Value::Kind::kRaw) {
         text = HexText(v.bytes);
+      } else if (v.kind == Value::Kind::kDateTime || v.kind == Value::Kind::kInterval) {
+        // Their text in the session's formats, as TO_CHAR without a mask writes it.
+        int leading = v.leading_precision != 0 ? v.leading_precision : 2;
+        int fraction = v.fraction_precision != 0 ? v.fraction_precision : 6;
+        if (int ora = DescriptorText(v.handle, leading, fraction, &text)) {
+          return SetError(error, ora, values::DateErrorText(ora));
+        }
       } else {
         return mismatch();
       }

@@ -398,6 +398,20 @@ TEST_F(IntervalExprTest, BoundIntervalsAndDates) {
             Eval("to_char(to_timestamp('2024-01-01 10:00:00', 'YYYY-MM-DD HH24:MI:SS'))"));
 }
 
+TEST_F(IntervalExprTest, DatetimesStoredInDateAndTextColumns) {
+  MustExec("create table note (id number, d date, txt varchar2(40))");
+  MustExec("insert into note values (1, timestamp '2024-01-01 10:20:30.9', "
+           "interval '1 2' day to hour)");
+  MustExec("insert into note values (2, timestamp '2024-01-01 10:20:30 +05:00', "
+           "date '2024-01-01' + interval '1' day)");
+  // A TIMESTAMP in a DATE column keeps the fields it shows without the fraction, as CAST.
+  EXPECT_EQ((Rows{"1|2024-01-01 10:20:30|+01 02:00:00.000000", "2|2024-01-01 10:20:30|02-JAN-24"}),
+            Fetch("select id, to_char(d, 'YYYY-MM-DD HH24:MI:SS'), txt from note order by id",
+                  3));
+  EXPECT_EQ(1u, Changed("update note set d = d + interval '1-1' year to month where id = 1"));
+  EXPECT_EQ((Rows{"2025-02-01"}), Column("select to_char(d, 'YYYY-MM-DD') from note where id = 1"));
+}
+
 class IntervalDescribeTest : public DescribeFixture {};
 
 TEST_F(IntervalDescribeTest, ResultTypesOfTheArithmetic) {
