@@ -7,6 +7,7 @@
 #include "values/date_format.h"
 #include "values/datetime.h"
 #include "values/descriptor.h"
+#include "values/interval_text.h"
 
 namespace ocimem {
 namespace {
@@ -71,6 +72,18 @@ bool CompareTimeValues(const Value& a, const Value& b, int* out, SqlError* error
         a.kind == Value::Kind::kInterval ? values::AsInterval(a.handle) : nullptr;
     const values::IntervalDescriptor* y =
         b.kind == Value::Kind::kInterval ? values::AsInterval(b.handle) : nullptr;
+    // Text meeting an interval is read as one of its kind.
+    values::IntervalDescriptor text_value;
+    for (int side = 0; side < 2; ++side) {
+      const Value& v = side == 0 ? a : b;
+      const values::IntervalDescriptor* other = side == 0 ? y : x;
+      if (v.kind != Value::Kind::kText || other == nullptr) continue;
+      text_value.kind = other->kind;
+      if (int ora = values::ParseInterval(other->kind, v.bytes, &text_value.value)) {
+        return SetError(error, ora, values::DateErrorText(ora));
+      }
+      (side == 0 ? x : y) = &text_value;
+    }
     // Oracle names the interval's type as the one expected.
     if (x == nullptr) return Inconsistent(y != nullptr ? ValueKindName(b) : "INTERVAL", a, error);
     if (y == nullptr || x->kind != y->kind) return Inconsistent(ValueKindName(a), b, error);

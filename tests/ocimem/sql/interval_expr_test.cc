@@ -315,6 +315,17 @@ TEST_F(IntervalExprTest, IntervalsInQueries) {
   EXPECT_EQ((Rows{"4"}), Column("select id from spans where ds between interval '3' hour "
                                 "and interval '2' day"));
   EXPECT_EQ((Rows{"1"}), Column("select id from spans where ds in (interval '120' minute(3))"));
+  // Text meeting an interval is read as one of its kind.
+  EXPECT_EQ((Rows{"1"}), Column("select id from spans where ds = '0 02:00:00'"));
+  EXPECT_EQ((Rows{"4"}), Column("select id from spans where '0 03:00:00' < ds"));
+  EXPECT_EQ("ORA-01867: the interval is invalid",
+            QueryError("select id from spans where ds = '1-2'"));
+  EXPECT_EQ((Rows{"-01 00:00:00.000000", "+00 02:00:00.000000", "+01 00:00:00.500000",
+                  "<null>"}),
+            Column("select distinct ds from spans order by ds"));
+  EXPECT_EQ((Rows{"1|-01 00:00:00.000000", "1|+00 02:00:00.000000"}),
+            Fetch("select count(*), ds from spans where ds < interval '1' day group by ds "
+                  "order by ds", 2));
   // Oracle's SUM and AVG take numbers.
   EXPECT_EQ("ORA-00932: inconsistent datatypes: expected NUMBER got INTERVAL DAY TO SECOND",
             QueryError("select sum(ds) from spans"));
