@@ -79,6 +79,10 @@ bool Parser::ParseTableElement(CreateTableStatement* s, bool object_table) {
 
 bool Parser::ParseDefault(ColumnSpec* column) {
   column->has_default = true;
+  bool time_literal = (Peek().IsWord("DATE") || Peek().IsWord("TIMESTAMP") ||
+                       Peek().IsWord("INTERVAL")) &&
+                      Peek(1).kind == TokenKind::kString;
+  if (time_literal) return ParseTimeLiteral(&column->default_value);
   if (!ParseValue(&column->default_value)) return false;
   Expr::Kind kind = column->default_value.kind;
   if (kind == Expr::Kind::kColumn || kind == Expr::Kind::kValue) {

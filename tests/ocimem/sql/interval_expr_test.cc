@@ -423,6 +423,19 @@ TEST_F(IntervalExprTest, DatetimesStoredInDateAndTextColumns) {
   EXPECT_EQ((Rows{"2025-02-01"}), Column("select to_char(d, 'YYYY-MM-DD') from note where id = 1"));
 }
 
+TEST_F(IntervalExprTest, LiteralsInDefaultsAndChecks) {
+  MustExec("create table plan (id number, starts date default date '2024-01-01' "
+           "check (starts >= date '2000-01-01'), lasts interval day to second "
+           "default interval '1' hour check (lasts > interval '0' second))");
+  MustExec("insert into plan (id) values (1)");
+  EXPECT_EQ((Rows{"1|2024-01-01|+00 01:00:00.000000"}),
+            Fetch("select id, to_char(starts, 'YYYY-MM-DD'), lasts from plan", 3));
+  EXPECT_EQ(2290, ExecError("insert into plan values (2, date '1999-12-31', null)"));
+  EXPECT_EQ(2290, ExecError("insert into plan (id, lasts) values (3, interval '-1' second)"));
+  EXPECT_EQ((Rows{"2024-01-01 01:00:00"}),
+            Column("select to_char(starts + lasts, 'YYYY-MM-DD HH24:MI:SS') from plan"));
+}
+
 class IntervalDescribeTest : public DescribeFixture {};
 
 TEST_F(IntervalDescribeTest, ResultTypesOfTheArithmetic) {
