@@ -275,7 +275,9 @@ bool ExecuteUpdate(const ExecContext& ctx, const UpdateStatement& s, ExecResult*
     set_values.push_back(e.kind == Expr::Kind::kDefault ? DefaultOf(*table, targets[i]) : e);
   }
   for (const Expr& e : set_values) {
-    if (e.kind == Expr::Kind::kValue) return SetError(error, 936, "missing expression");
+    if (e.kind == Expr::Kind::kValue && e.path.empty()) {
+      return SetError(error, 936, "missing expression");
+    }
     if (HasAggregate(e)) return SetError(error, 934, "group function is not allowed here");
     if (!SequencesExist(ctx, e, error)) return false;
     if (!CheckWhereExpr(*table, s.table, e, error)) return false;

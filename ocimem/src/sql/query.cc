@@ -2,6 +2,7 @@
 #include "statements/convert.h"
 #include "sql/sql_exec.h"
 #include "sql/query_shape.h"
+#include "sql/query_collection.h"
 #include "sql/sql_rows.h"
 
 #include <cstdlib>
@@ -105,7 +106,7 @@ bool ProjectItem(const ExecContext& ctx, const Table& table, const TableRef& ref
 namespace {
 
 bool IsPlain(const Expr& e) {
-  return e.kind == Expr::Kind::kColumn || e.kind == Expr::Kind::kValue;
+  return (e.kind == Expr::Kind::kColumn || e.kind == Expr::Kind::kValue) && e.path.empty();
 }
 
 // The select-list position an ORDER BY item names: a number, or an alias.
@@ -149,7 +150,17 @@ bool OrderPosition(const SelectStatement& s, const std::vector<const SelectItem*
 bool ExecuteSelect(const ExecContext& ctx, const SelectStatement& s, ExecResult* result,
                    SqlError* error) {
   Table* table = nullptr;
-  if (!ResolveTable(ctx, s.table, &table, error)) return false;
+  // FROM TABLE(...): the query reads rows made of the collection's elements.
+  CollectionRows from_collection;
+  const TableRef* from = &s.table;
+  if (ReadsCollection(s)) {
+    if (!CollectionSource(ctx, s, &from_collection, error)) return false;
+    table = from_collection.table.get();
+    from = &from_collection.ref;
+  } else if (!ResolveTable(ctx, s.table, &table, error)) {
+    return false;
+  }
+  const TableRef& ref = *from;
   auto cursor = std::make_unique<Cursor>();
   const std::vector<Attribute>& columns = table->columns();
   // The select list with `*` spelled out: one item per column of the cursor.
@@ -159,16 +170,22 @@ bool ExecuteSelect(const ExecContext& ctx, const SelectStatement& s, ExecResult*
       spelled.push_back(item);
       continue;
     }
-    if (!item.expr.qualifier.empty()) {
-      const std::string& q = item.expr.qualifier;
-      bool ok = s.table.alias.empty() ? q == s.table.name.name : q == s.table.alias;
+    const std::string& q = item.expr.qualifier;
+    if (!q.empty() && ref.owners.empty()) {
+      bool ok = ref.alias.empty() ? q == ref.name.name : q == ref.alias;
       if (!ok) return SetError(error, 904, "\"" + q + "\": invalid identifier");
     }
-    for (const Attribute& a : columns) {
+    size_t before = spelled.size();
+    for (size_t i = 0; i < columns.size(); ++i) {
+      if (!ref.owners.empty() && !q.empty() && ref.owners[i] != q) continue;
       SelectItem column;
       column.expr.kind = Expr::Kind::kColumn;
-      column.expr.text = a.name;
+      column.expr.text = columns[i].name;
+      if (!ref.owners.empty()) column.expr.qualifier = ref.owners[i];
       spelled.push_back(std::move(column));
+    }
+    if (spelled.size() == before && !q.empty()) {
+      return SetError(error, 904, "\"" + q + "\": invalid identifier");
     }
   }
   std::vector<const Expr*> aggregates;
@@ -177,7 +194,7 @@ bool ExecuteSelect(const ExecContext& ctx, const SelectStatement& s, ExecResult*
   for (const OrderItem& o : s.order_by) CollectAggregates(o.expr, &aggregates);
   for (const Expr& g : s.group_by) {
     if (HasAggregate(g)) return SetError(error, 934, "group function is not allowed here");
-    if (!CheckWhereExpr(*table, s.table, g, error)) return false;
+    if (!CheckWhereExpr(*table, ref, g, error)) return false;
   }
   const bool grouped = !aggregates.empty() || !s.group_by.empty() || !s.having.empty();
   // Only a plain query keeps the table's rows under its plain columns.
@@ -194,7 +211,7 @@ bool ExecuteSelect(const ExecContext& ctx, const SelectStatement& s, ExecResult*
     if (e.kind == Expr::Kind::kSequence) {
       if (reshaped) return SetError(error, 2287, "sequence number not allowed here");
       Projection p;
-      if (!ProjectItem(ctx, *table, s.table, e, &p, error)) return false;
+      if (!ProjectItem(ctx, *table, ref, e, &p, error)) return false;
       sequence_items.push_back(&e);
       sequence_positions.push_back(cursor->items.size());
       cursor->items.push_back(std::move(p));
@@ -204,15 +221,17 @@ bool ExecuteSelect(const ExecContext& ctx, const SelectStatement& s, ExecResult*
     if (HasSequence(e)) return SetError(error, 2287, "sequence number not allowed here");
     if (!grouped && IsPlain(e)) {
       Projection p;
-      if (!ProjectItem(ctx, *table, s.table, e, &p, error)) return false;
+      if (!ProjectItem(ctx, *table, ref, e, &p, error)) return false;
       cursor->items.push_back(std::move(p));
       computed.push_back(false);
       continue;
     }
-    if (e.kind == Expr::Kind::kValue) return SetError(error, 979, "not a GROUP BY expression");
+    if (e.kind == Expr::Kind::kValue && e.path.empty()) {
+      return SetError(error, 979, "not a GROUP BY expression");
+    }
     Attribute a;
     a.name = "COLUMN" + std::to_string(result_type->attributes.size());
-    if (!ExprType(ctx, *table, s.table, e, &a.type, error)) return false;
+    if (!ExprType(ctx, *table, ref, e, &a.type, error)) return false;
     if (a.type.kind == ValueKind::kLob || a.type.kind == ValueKind::kObject ||
         a.type.kind == ValueKind::kCollection) {
       if (grouped && e.kind != Expr::Kind::kAggregate) {
@@ -231,7 +250,7 @@ bool ExecuteSelect(const ExecContext& ctx, const SelectStatement& s, ExecResult*
   auto comparable = [&](const Expr& e) {
     ValueType t;
     SqlError ignored;  // other errors show when the values are worked out
-    if (!ExprType(ctx, *table, s.table, e, &t, &ignored)) return true;
+    if (!ExprType(ctx, *table, ref, e, &t, &ignored)) return true;
     if (t.kind == ValueKind::kLob || t.kind == ValueKind::kObject ||
         t.kind == ValueKind::kCollection || t.kind == ValueKind::kRef) {
       return SetError(error, 932, "inconsistent datatypes: expected - got " + TypeName(t));
@@ -251,9 +270,13 @@ bool ExecuteSelect(const ExecContext& ctx, const SelectStatement& s, ExecResult*
   }
   result_type->Layout();
   std::vector<Found> found;
-  if (!FindRows(ctx, table, s.table, s.where, &found, error)) return false;
+  if (!FindRows(ctx, table, ref, s.where, &found, error)) return false;
   if (s.for_update) {
     if (table->dual) return SetError(error, 1031, "insufficient privileges");
+    // decision TC5: the rows of a collection are not locked.
+    if (!ref.owners.empty()) {
+      return SetError(error, 1786, "FOR UPDATE of this query expression is not allowed");
+    }
     if (reshaped)
       return SetError(error, 1786, "FOR UPDATE of this query expression is not allowed");
     if (!CheckLocks(ctx, found, error)) return false;
@@ -264,7 +287,7 @@ bool ExecuteSelect(const ExecContext& ctx, const SelectStatement& s, ExecResult*
   }
   std::vector<ResultRow> rows;
   if (grouped) {
-    if (!GroupRows(ctx, table, s, aggregates, found, &rows, error)) return false;
+    if (!GroupRows(ctx, table, ref, s, aggregates, found, &rows, error)) return false;
   } else {
     rows.reserve(found.size());
     for (Found& f : found) {
@@ -287,14 +310,14 @@ bool ExecuteSelect(const ExecContext& ctx, const SelectStatement& s, ExecResult*
     if (!is_position && grouped && !CheckGrouped(s.order_by[i].expr, s.group_by, error)) {
       return false;
     }
-    if (!is_position && !grouped && !CheckWhereExpr(*table, s.table, s.order_by[i].expr, error)) {
+    if (!is_position && !grouped && !CheckWhereExpr(*table, ref, s.order_by[i].expr, error)) {
       return false;
     }
   }
   for (ResultRow& r : rows) {
     RowScope scope;
     scope.table = table;
-    scope.ref = &s.table;
+    scope.ref = &ref;
     scope.row = r.base.get();
     scope.rownum = r.rownum;
     if (grouped) scope.aggregates = &r.aggregates;
@@ -303,7 +326,7 @@ bool ExecuteSelect(const ExecContext& ctx, const SelectStatement& s, ExecResult*
       r.items.resize(spelled.size());
       for (size_t i = 0; i < spelled.size(); ++i) {
         if (spelled[i].expr.kind == Expr::Kind::kSequence) continue;
-        if (spelled[i].expr.kind == Expr::Kind::kValue) continue;
+        if (spelled[i].expr.kind == Expr::Kind::kValue && spelled[i].expr.path.empty()) continue;
         if (!computed[i] && !s.distinct && s.order_by.empty()) continue;
         if (!EvalExpr(ctx, scope, spelled[i].expr, &r.items[i], error)) return false;
       }

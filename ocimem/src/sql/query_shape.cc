@@ -134,7 +134,7 @@ bool SameExpr(const Expr& a, const Expr& b) {
       a.negated != b.negated || a.distinct != b.distinct || a.star != b.star ||
       a.option != b.option || a.has_operand != b.has_operand || a.has_else != b.has_else ||
       a.type.schema != b.type.schema || a.type.name != b.type.name ||
-      a.args.size() != b.args.size()) {
+      a.path != b.path || a.args.size() != b.args.size()) {
     return false;
   }
   if (a.kind == Expr::Kind::kBind && a.bind != b.bind) return false;
@@ -185,8 +185,8 @@ void CollectAggregates(const Expr& e, std::vector<const Expr*>* out) {
   for (const Expr& a : e.args) CollectAggregates(a, out);
 }
 
-bool GroupRows(const ExecContext& ctx, Table* table, const SelectStatement& s,
-               const std::vector<const Expr*>& aggregates, const std::vector<Found>& found,
+bool GroupRows(const ExecContext& ctx, Table* table, const TableRef& ref,
+               const SelectStatement& s, const std::vector<const Expr*>& aggregates, const std::vector<Found>& found,
                std::vector<ResultRow>* out, SqlError* error) {
   struct Group {
     std::vector<Value> key;
@@ -202,7 +202,7 @@ bool GroupRows(const ExecContext& ctx, Table* table, const SelectStatement& s,
     }
     RowScope scope;
     scope.table = table;
-    scope.ref = &s.table;
+    scope.ref = &ref;
     scope.row = f.row.get();
     scope.rownum = f.rownum;
     std::vector<Value> key(s.group_by.size());
@@ -235,13 +235,13 @@ bool GroupRows(const ExecContext& ctx, Table* table, const SelectStatement& s,
     }
     for (const Expr* a : aggregates) {
       Value v;
-      if (!Aggregate(ctx, table, s.table, *a, g.rows, &v, error)) return false;
+      if (!Aggregate(ctx, table, ref, *a, g.rows, &v, error)) return false;
       r.aggregates[a] = std::move(v);
     }
     if (!s.having.empty()) {
       RowScope scope;
       scope.table = table;
-      scope.ref = &s.table;
+      scope.ref = &ref;
       scope.row = r.base.get();
       scope.aggregates = &r.aggregates;
       Truth t = Truth::kUnknown;

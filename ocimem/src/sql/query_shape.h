@@ -30,8 +30,8 @@ bool CheckGrouped(const Expr& e, const std::vector<Expr>& group_by, SqlError* er
 
 // Groups `found` by the GROUP BY values (one group of all rows when there is no GROUP BY
 // but aggregates) and computes each group's aggregates; groups failing HAVING are left out.
-bool GroupRows(const ExecContext& ctx, Table* table, const SelectStatement& s,
-               const std::vector<const Expr*>& aggregates, const std::vector<Found>& found,
+bool GroupRows(const ExecContext& ctx, Table* table, const TableRef& ref,
+               const SelectStatement& s, const std::vector<const Expr*>& aggregates, const std::vector<Found>& found,
                std::vector<ResultRow>* out, SqlError* error);
 
 // The aggregates in `e`, appended to `out`.

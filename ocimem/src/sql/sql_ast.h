@@ -135,6 +135,9 @@ struct Expr {
   bool parenthesized = false;  // written in parentheses
   size_t depth = 1;            // levels of the tree below and including this one
   std::shared_ptr<const DataTypeSpec> cast;  // the type of CAST(expr AS type)
+  // Attributes named after a column or VALUE(alias): alias.column.attr... reads attributes of
+  // an object column, VALUE(alias).attr... attributes of an object table's rows.
+  std::vector<std::string> path;
 };
 
 // One condition of a WHERE clause; a clause is the AND of its conditions.
@@ -175,9 +178,22 @@ struct CreateTableStatement {
   std::vector<NestedStorage> nested;
 };
 
+struct SelectStatement;
+
 struct TableRef {
   QualifiedName name;
   std::string alias;
+  // FROM TABLE(collection) [alias]: the rows of a collection, given by an expression (a
+  // column of the table before it in FROM, a bind variable) or by a query of one row and
+  // one column.  `outer`: TABLE(...) (+), a parent row with no element still gives one row.
+  std::shared_ptr<const Expr> collection;
+  std::shared_ptr<const SelectStatement> collection_query;
+  bool outer = false;
+  // The columns of a row made of a table's row and a collection's element: the name that
+  // qualifies each (the alias, or the table's name), and whether that name is an alias.
+  // Empty for a table's own rows.
+  std::vector<std::string> owners;
+  std::vector<bool> owner_is_alias;
 };
 
 // RETURNING expr, ... INTO :bind, ... of INSERT, UPDATE and DELETE.
@@ -210,6 +226,9 @@ struct SelectStatement {
   bool distinct = false;
   std::vector<SelectItem> items;
   TableRef table;
+  // FROM table [alias], TABLE(alias.column) [alias]: the collection joined with each row.
+  bool has_joined = false;
+  TableRef joined;
   std::vector<Condition> where;
   std::vector<Expr> group_by;
   std::vector<Condition> having;

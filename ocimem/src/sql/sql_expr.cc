@@ -322,6 +322,7 @@ bool EvalExpr(const ExecContext& ctx, const RowScope& scope, const Expr& e, Valu
       if (scope.table == nullptr || scope.row == nullptr) {
         return SetError(error, 984, "column not allowed here");
       }
+      if (!e.path.empty()) return PathValue(*scope.table, *scope.ref, e, *scope.row, out, error);
       size_t pos = 0;
       if (!ResolveColumn(*scope.table, *scope.ref, e, &pos, error)) return false;
       ColumnValue(scope.table->columns()[pos], *scope.row, out);
@@ -331,6 +332,7 @@ bool EvalExpr(const ExecContext& ctx, const RowScope& scope, const Expr& e, Valu
       if (scope.table == nullptr || scope.row == nullptr) {
         return SetError(error, 984, "column not allowed here");
       }
+      if (!e.path.empty()) return PathValue(*scope.table, *scope.ref, e, *scope.row, out, error);
       Projection p;
       if (!ProjectItem(ctx, *scope.table, *scope.ref, e, &p, error)) return false;
       *out = Value();

@@ -129,6 +129,12 @@ bool FunctionType(const ExecContext& ctx, const Table& table, const TableRef& re
 
 bool ExprType(const ExecContext& ctx, const Table& table, const TableRef& ref, const Expr& e,
               ValueType* out, SqlError* error) {
+  if (!e.path.empty() && (e.kind == Expr::Kind::kColumn || e.kind == Expr::Kind::kValue)) {
+    ColumnPlace place;
+    if (!ResolvePlace(table, ref, e, &place, error)) return false;
+    *out = place.attr.type;
+    return true;
+  }
   switch (e.kind) {
     case Expr::Kind::kColumn: {
       size_t pos = 0;

@@ -117,6 +117,12 @@ class Parser {
   bool AtSequenceRef() const;
   bool ParseSequenceRef(Expr* out);
   bool SequenceNotAllowed() { return Fail(2287, "sequence number not allowed here"); }
+  bool BadColumnSpec() {
+    return Fail(1747, "invalid user.table.column, table.column, or column specification");
+  }
+  // FROM t [alias] [, TABLE(...) [alias]] or FROM TABLE(...) [alias] (sql_parser_query.cc).
+  bool ParseFrom(SelectStatement* out);
+  bool ParseCollectionRef(TableRef* out);
   bool ParseDataType(DataTypeSpec* out);
   bool ParseCharLength(DataTypeSpec* out, bool required, ub4 max);
   bool ParseOptionalPrecision(ub1 default_value, ub1* out);

@@ -58,6 +58,8 @@ bool Parser::ParseDropView(Statement* out) {
 
 bool Parser::ParseTableRef(TableRef* out, bool allow_alias) {
   if (Peek().kind == TokenKind::kEnd) return Fail(903, "invalid table name");
+  // decision TC3: INSERT, UPDATE and DELETE do not take TABLE(collection).
+  if (Peek().IsWord("TABLE") && Peek(1).IsSymbol("(")) return Fail(903, "invalid table name");
   if (!Peek().IsIdentifier()) return Fail(903, "invalid table name");
   if (!ParseQualifiedName(&out->name)) return false;
   if (allow_alias && Peek().IsIdentifier() && !IsClauseWord(Peek())) out->alias = Next().text;
@@ -71,7 +73,14 @@ bool Parser::ParseColumnRef(Expr* out) {
   out->kind = Expr::Kind::kColumn;
   if (AcceptSymbol(".")) {
     out->qualifier = std::move(first);
-    return ParseIdentifier(&out->text);
+    if (!ParseIdentifier(&out->text)) return false;
+    // alias.column.attribute...: attributes of an object column.
+    while (AcceptSymbol(".")) {
+      std::string attr;
+      if (!ParseIdentifier(&attr)) return false;
+      out->path.push_back(std::move(attr));
+    }
+    return true;
   }
   out->text = std::move(first);
   return true;
@@ -123,8 +132,14 @@ bool Parser::ParseValue(Expr* out) {
     Next();
     Next();
     out->kind = Expr::Kind::kValue;
-    if (!ParseIdentifier(&out->qualifier)) return false;
-    return ExpectSymbol(")");
+    if (!ParseIdentifier(&out->qualifier) || !ExpectSymbol(")")) return false;
+    // VALUE(alias).attribute...
+    while (AcceptSymbol(".")) {
+      std::string attr;
+      if (!ParseIdentifier(&attr)) return false;
+      out->path.push_back(std::move(attr));
+    }
+    return true;
   }
   if (AtSequenceRef()) return ParseSequenceRef(out);
   if (t.IsIdentifier() && !IsClauseWord(t)) {
@@ -165,6 +180,7 @@ bool Parser::ParseInsert(Statement* out) {
     do {
       Expr c;
       if (!ParseColumnRef(&c)) return false;
+      if (!c.path.empty()) return BadColumnSpec();  // decision TC2
       s.columns.push_back(std::move(c));
     } while (AcceptSymbol(","));
     if (!ExpectSymbol(")")) return false;
@@ -195,6 +211,7 @@ bool Parser::ParseUpdate(Statement* out) {
     Expr column;
     Expr value;
     if (!ParseColumnRef(&column)) return false;
+    if (!column.path.empty()) return BadColumnSpec();  // decision TC2
     if (!AcceptSymbol("=")) return Fail(927, "missing equal sign");
     if (!ParseValueOrDefault(&value)) return false;
     s.sets.emplace_back(std::move(column), std::move(value));
@@ -226,8 +243,8 @@ bool Parser::ParseReturning(std::vector<ReturningClause>* out) {
     if (Peek().IsWord("INTO")) return Fail(936, "missing expression");
     if (!ParseExpr(&e)) return false;
     // decision EX8: aggregates and ROWNUM are not taken here.
-    if (e.kind == Expr::Kind::kConstructor || e.kind == Expr::Kind::kValue ||
-        e.kind == Expr::Kind::kAggregate || e.kind == Expr::Kind::kRownum) {
+    if (e.kind == Expr::Kind::kConstructor ||
+        (e.kind == Expr::Kind::kValue && e.path.empty()) || e.kind == Expr::Kind::kAggregate || e.kind == Expr::Kind::kRownum) {
       return Fail(936, "missing expression");
     }
     // decision SQ2: RETURNING takes no sequence values.

@@ -2,6 +2,8 @@
 // FOR UPDATE.
 #include "sql/sql_parser.h"
 
+#include <memory>
+
 namespace ocimem {
 namespace {
 
@@ -27,6 +29,8 @@ bool ShapesRows(const Expr& e, bool aggregates) {
 }  // namespace
 
 bool ViewQueryMergeable(const SelectStatement& q) {
+  // decision TC4: a view reads the rows of one table.
+  if (q.has_joined || q.table.collection || q.table.collection_query) return false;
   if (q.distinct || !q.group_by.empty() || !q.having.empty() || !q.order_by.empty()) {
     return false;
   }
@@ -129,9 +133,58 @@ bool Parser::ParseQuery(SelectStatement* out) {
     out->items.push_back(std::move(item));
   } while (AcceptSymbol(","));
   if (!AcceptWord("FROM")) return Fail(923, "FROM keyword not found where expected");
-  if (!ParseTableRef(&out->table, true)) return false;
+  if (!ParseFrom(out)) return false;
   if (!ParseWhere(&out->where) || !ParseGroupBy(out)) return false;
   return ParseOrderBy(out);
+}
+
+namespace {
+
+bool AtCollectionRef(const Token& a, const Token& b) {
+  return a.IsWord("TABLE") && b.IsSymbol("(");
+}
+
+}  // namespace
+
+// FROM t [alias], FROM TABLE(...) [alias], or FROM t [alias], TABLE(...) [alias]: a
+// collection after a table reads the collection of each of its rows.  Two tables are no
+// join here: the comma is left for the end of the statement (ORA-00933).
+bool Parser::ParseFrom(SelectStatement* out) {
+  if (AtCollectionRef(Peek(), Peek(1))) return ParseCollectionRef(&out->table);
+  if (!ParseTableRef(&out->table, true)) return false;
+  if (Peek().IsSymbol(",") && AtCollectionRef(Peek(1), Peek(2))) {
+    Next();
+    out->has_joined = true;
+    return ParseCollectionRef(&out->joined);
+  }
+  return true;
+}
+
+// TABLE(expr) or TABLE(query), then (+) and an alias.
+bool Parser::ParseCollectionRef(TableRef* out) {
+  Next();  // TABLE
+  Next();  // (
+  if (!Deeper(++nesting_)) return false;
+  bool ok = true;
+  if (AcceptWord("SELECT")) {
+    auto query = std::make_shared<SelectStatement>();
+    ok = ParseQuery(query.get());
+    out->collection_query = std::move(query);
+  } else {
+    auto e = std::make_shared<Expr>();
+    ok = ParseExpr(e.get());
+    out->collection = std::move(e);
+  }
+  --nesting_;
+  if (!ok || !ExpectSymbol(")")) return false;
+  if (Peek().IsSymbol("(") && Peek(1).IsSymbol("+") && Peek(2).IsSymbol(")")) {
+    Next();
+    Next();
+    Next();
+    out->outer = true;
+  }
+  if (Peek().IsIdentifier() && !IsClauseWord(Peek())) out->alias = Next().text;
+  return true;
 }
 
 bool Parser::ParseSelect(Statement* out) {

@@ -12,13 +12,15 @@
 namespace ocimem {
 namespace {
 
-bool InvalidIdentifier(SqlError* error, const Expr& e) {
+}  // namespace
+
+bool UnknownColumn(SqlError* error, const Expr& e) {
   std::string shown =
       e.qualifier.empty() ? "\"" + e.text + "\"" : "\"" + e.qualifier + "\".\"" + e.text + "\"";
+  if (e.kind == Expr::Kind::kValue) shown.clear();
+  for (const std::string& a : e.path) shown += (shown.empty() ? "\"" : ".\"") + a + "\"";
   return SetError(error, 904, shown + ": invalid identifier");
 }
-
-}  // namespace
 
 BindHandle* BindForOccurrence(const StmtHandle& stmt, size_t occurrence) {
   BindHandle* by_name = nullptr;
@@ -76,12 +78,32 @@ bool ResolveTable(const ExecContext& ctx, const TableRef& ref, Table** out, SqlE
 // name when the statement gave no alias).
 bool ResolveColumn(const Table& table, const TableRef& ref, const Expr& e, size_t* out,
                    SqlError* error) {
+  if (!e.path.empty()) {
+    ColumnPlace place;
+    if (!ResolvePlace(table, ref, e, &place, error)) return false;
+    *out = place.column;
+    return true;
+  }
+  if (!ref.owners.empty()) {
+    // A row of a table and a collection: the qualifier picks the side; a name both have
+    // needs one.
+    int found = -1;
+    for (size_t i = 0; i < table.columns().size(); ++i) {
+      if (table.columns()[i].name != e.text) continue;
+      if (!e.qualifier.empty() && e.qualifier != ref.owners[i]) continue;
+      if (found >= 0) return SetError(error, 918, "column ambiguously defined");
+      found = static_cast<int>(i);
+    }
+    if (found < 0) return UnknownColumn(error, e);
+    *out = static_cast<size_t>(found);
+    return true;
+  }
   if (!e.qualifier.empty()) {
     bool ok = ref.alias.empty() ? e.qualifier == ref.name.name : e.qualifier == ref.alias;
-    if (!ok) return InvalidIdentifier(error, e);
+    if (!ok) return UnknownColumn(error, e);
   }
   int pos = table.FindColumn(e.text);
-  if (pos < 0) return InvalidIdentifier(error, e);
+  if (pos < 0) return UnknownColumn(error, e);
   *out = static_cast<size_t>(pos);
   return true;
 }
@@ -115,7 +137,9 @@ bool Evaluate(const ExecContext& ctx, const Expr& e, Value* out, SqlError* error
 namespace {
 
 // An operator or function among RETURNING items: computed for each row returned.
-bool Computed(const Expr& e) { return !e.args.empty() || e.kind == Expr::Kind::kFunction; }
+bool Computed(const Expr& e) {
+  return !e.args.empty() || e.kind == Expr::Kind::kFunction || !e.path.empty();
+}
 
 }  // namespace
 
@@ -283,6 +307,7 @@ bool FindRows(const ExecContext& ctx, Table* table, const TableRef& ref,
     const Expr* value = &c->args[1];
     if (column->kind != Expr::Kind::kColumn) std::swap(column, value);
     if (column->kind != Expr::Kind::kColumn || !IsConstant(*value)) continue;
+    if (!column->path.empty()) continue;  // an attribute of an object column
     size_t pos = 0;
     if (!ResolveColumn(*table, ref, *column, &pos, error)) return false;
     std::string key;

@@ -38,6 +38,26 @@ bool ResolveTable(const ExecContext& ctx, const TableRef& ref, Table** out, SqlE
 // name when the statement gave no alias).
 bool ResolveColumn(const Table& table, const TableRef& ref, const Expr& e, size_t* out,
                    SqlError* error);
+// ORA-00904 "Q"."NAME"[."ATTR"...]: invalid identifier for a column reference.
+bool UnknownColumn(SqlError* error, const Expr& e);
+
+// Where an attribute path (alias.column.attr..., VALUE(alias).attr...) lies in a row: the
+// column it starts from, the attribute with its offsets in the row, and the null
+// information of each object along the way (a NULL one makes the attribute NULL).  The
+// qualifier must be a table alias, as Oracle requires (ORA-00904 otherwise, with the
+// whole path shown, as for an unknown attribute).  sql_attr_path.cc.
+struct ColumnPlace {
+  size_t column = 0;
+  Attribute attr;
+  std::vector<size_t> objects;  // ind offsets of the objects the path goes through
+};
+bool ResolvePlace(const Table& table, const TableRef& ref, const Expr& e, ColumnPlace* out,
+                  SqlError* error);
+void PlaceValue(const ColumnPlace& place, const RowData& row, Value* out);
+// The value an attribute path reads in `row`.
+bool PathValue(const Table& table, const TableRef& ref, const Expr& e, const RowData& row,
+               Value* out, SqlError* error);
+
 // The value of a literal or bind variable.
 bool Evaluate(const ExecContext& ctx, const Expr& e, Value* out, SqlError* error);
 
