@@ -11,10 +11,12 @@
 namespace ocimem {
 namespace {
 
-bool InvalidIdentifier(SqlError* error, const Expr& e) {
-  std::string shown =
-      e.qualifier.empty() ? "\"" + e.text + "\"" : "\"" + e.qualifier + "\".\"" + e.text + "\"";
-  return SetError(error, 904, shown + ": invalid identifier");
+// The type of an attribute path read on `table` (the path unqualified, as views keep it).
+bool AttributeType(const Table& table, const Expr& e, ValueType* out, SqlError* error) {
+  ColumnPlace place;
+  if (!ResolvePlace(table, TableRef(), e, &place, error)) return false;
+  *out = place.attr.type;
+  return true;
 }
 
 // A qualifier names the alias, or the table or view itself when the statement gave none.
@@ -94,24 +96,39 @@ bool MapColumn(const Source& src, const TableRef& ref, const Expr& e, ViewColumn
     size_t pos = 0;
     if (!ResolveColumn(*src.table, ref, e, &pos, error)) return false;
     const Attribute& a = src.table->columns()[pos];
-    out->name = a.name;
+    out->name = e.path.empty() ? a.name : e.path.back();
     out->type = a.type;
-    out->nullable = !src.table->not_null[pos];
+    out->nullable = e.path.empty() ? !src.table->not_null[pos] : true;
     out->source = Expr();
     out->source.kind = Expr::Kind::kColumn;
     out->source.text = a.name;
     out->source.offset = e.offset;
-    out->base_column = true;
-    return true;
+    out->base_column = e.path.empty();
+    // An attribute path, checked here: on the base table it reads the column unqualified.
+    out->source.path = e.path;
+    return e.path.empty() || AttributeType(*src.table, out->source, &out->type, error);
   }
-  if (!QualifierFits(ref, e.qualifier)) return InvalidIdentifier(error, e);
+  if (!QualifierFits(ref, e.qualifier)) return UnknownColumn(error, e);
+  // A path through a view's column needs the view's alias, as one through a table's.
+  if (!e.path.empty() && (ref.alias.empty() || e.qualifier != ref.alias)) {
+    return UnknownColumn(error, e);
+  }
   for (const ViewColumn& c : *src.view->columns) {
     if (c.name == e.text) {
       *out = c;
+      if (e.path.empty()) return true;
+      if (c.source.kind != Expr::Kind::kColumn) return UnknownColumn(error, e);
+      out->source.path.insert(out->source.path.end(), e.path.begin(), e.path.end());
+      out->base_column = false;
+      out->nullable = true;
+      SqlError ignored;
+      if (!AttributeType(*src.table, out->source, &out->type, &ignored)) {
+        return UnknownColumn(error, e);
+      }
       return true;
     }
   }
-  return InvalidIdentifier(error, e);
+  return UnknownColumn(error, e);
 }
 
 bool MapItem(const Source& src, const TableRef& ref, const Expr& e, Expr* out, SqlError* error) {

@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "collections/coll.h"
+#include "database/view.h"
 #include "objects/value_slot.h"
 #include "sql/sql_expr.h"
 
@@ -128,7 +129,12 @@ class RowMaker {
 // The collection of TABLE(query): the one value of its one row, or none.
 bool QueryCollection(const ExecContext& ctx, const SelectStatement& q, ExecResult* sub,
                      ValueType* type, std::vector<CollectionOf>* out, SqlError* error) {
-  if (!ExecuteSelect(ctx, q, sub, error)) return false;
+  // The query may read a view.
+  Statement on_base;
+  bool on_view = false;
+  if (!RewriteOnView(ctx, Statement(q), &on_base, &on_view, error)) return false;
+  const SelectStatement& run = on_view ? std::get<SelectStatement>(on_base) : q;
+  if (!ExecuteSelect(ctx, run, sub, error)) return false;
   const Cursor& c = *sub->cursor;
   if (c.items.size() != 1) return SetError(error, 913, "too many values");
   const Projection& p = c.items[0];

@@ -19,16 +19,15 @@ bool ResolvePlace(const Table& table, const TableRef& ref, const Expr& e, Column
     if (pos < 0) return UnknownColumn(error, e);
   } else {
     // Oracle reads a path only through a table alias: without one, t.column.attr names no
-    // column it knows.
+    // column it knows.  A statement always writes the alias; a path without one is a
+    // view's column read on its base table, checked when the view was read.
     Expr column = e;
     column.path.clear();
     size_t found = 0;
     SqlError ignored;
-    if (e.qualifier.empty() || !ResolveColumn(table, ref, column, &found, &ignored)) {
-      return UnknownColumn(error, e);
-    }
+    if (!ResolveColumn(table, ref, column, &found, &ignored)) return UnknownColumn(error, e);
     bool aliased = ref.owners.empty() ? !ref.alias.empty() : ref.owner_is_alias[found];
-    if (!aliased) return UnknownColumn(error, e);
+    if (!aliased && !e.qualifier.empty()) return UnknownColumn(error, e);
     pos = static_cast<int>(found);
   }
   out->column = static_cast<size_t>(pos);

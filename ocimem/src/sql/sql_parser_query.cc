@@ -166,9 +166,12 @@ bool Parser::ParseCollectionRef(TableRef* out) {
   Next();  // (
   if (!Deeper(++nesting_)) return false;
   bool ok = true;
+  // TABLE(SELECT ...) or TABLE((SELECT ...)).
+  bool inner = Peek().IsSymbol("(") && Peek(1).IsWord("SELECT");
+  if (inner) Next();
   if (AcceptWord("SELECT")) {
     auto query = std::make_shared<SelectStatement>();
-    ok = ParseQuery(query.get());
+    ok = ParseQuery(query.get()) && (!inner || ExpectSymbol(")"));
     out->collection_query = std::move(query);
   } else {
     auto e = std::make_shared<Expr>();

@@ -41,6 +41,8 @@ bool MapReturning(const Source& src, const TableRef& ref,
 
 bool RewriteSelect(const Source& src, const SelectStatement& s, Statement* out,
                    SqlError* error) {
+  // decision TC7: a view's rows are not joined to a collection.
+  if (s.has_joined) return SetError(error, 933, "SQL command not properly ended");
   SelectStatement b;
   b.table = src.base;
   b.for_update = s.for_update;

@@ -150,6 +150,24 @@ TEST_F(AttributePathTest, AnObjectAttributeIsNoComparableValue) {
   EXPECT_EQ(932, ExecError("select p.id from people p where p.who.addr = p.home"));
 }
 
+TEST_F(AttributePathTest, ViewsShowAttributesAndPassPathsThrough) {
+  MustExec("create view zips as select p.id, p.home.zip z from people p");
+  MustExec("create view homes as select p.id, p.home from people p");
+  MustExec("create view streets as select p.home.street from people p");
+  EXPECT_EQ((Rows{"20002", "<null>", "30003"}), Column("select z from zips order by id"));
+  EXPECT_EQ((Rows{"Elm", "<null>", "<null>"}), Column("select street from streets"));
+  EXPECT_EQ((Rows{"1"}), Column("select h.id from homes h where h.home.zip = '20002'"));
+  EXPECT_EQ((Rows{"Elm"}), Column("select h.home.street from homes h where h.id = 1"));
+  EXPECT_EQ("ORA-00904: \"HOMES\".\"HOME\".\"STREET\": invalid identifier",
+            ErrorOf("select homes.home.street from homes"));
+  EXPECT_EQ("ORA-00904: \"H\".\"HOME\".\"NOPE\": invalid identifier",
+            ErrorOf("select h.home.nope from homes h"));
+  EXPECT_EQ("ORA-00904: \"V\".\"Z\".\"X\": invalid identifier",
+            ErrorOf("select v.z.x from zips v"));
+  // An attribute a view shows is no base column to change.
+  EXPECT_EQ("ORA-01733: virtual column not allowed here", ErrorOf("update zips set z = '1'"));
+}
+
 TEST_F(AttributePathTest, SetOfAnAttributeIsRefused) {
   // decision TC2: SET alias.column.attribute = ... and an attribute in an INSERT column list
   // are not taken.

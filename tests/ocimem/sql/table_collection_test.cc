@@ -53,6 +53,28 @@ TEST_F(TableCollectionTest, AQueryGivesOneRowsNestedTableOfObjects) {
                                  "where id = 1) i where i.qty > 3"));
 }
 
+TEST_F(TableCollectionTest, TheQueryMayBeParenthesizedAndReadAView) {
+  EXPECT_EQ((Rows{"A1", "B2"}),
+            Column("select sku from table((select items from orders where id = 1))"));
+  MustExec("create view order_nums as select id, nums from orders");
+  EXPECT_EQ((Rows{"7", "<null>"}),
+            Column("select * from table(select v.nums from order_nums v where v.id = 2)"));
+}
+
+TEST_F(TableCollectionTest, TheQueryMayTakeBindVariables) {
+  OCIStmt* stmt = Prepare("select sku from table(select items from orders where id = :1)");
+  int id = 2;
+  OCIBind* bind = nullptr;
+  ASSERT_EQ(OCI_SUCCESS, OCIBindByPos(stmt, &bind, err_, 1, &id, sizeof id, SQLT_INT, nullptr,
+                                      nullptr, nullptr, 0, nullptr, OCI_DEFAULT));
+  char sku[11] = {0};
+  OCIDefine* def = nullptr;
+  ASSERT_EQ(OCI_SUCCESS, OCIDefineByPos(stmt, &def, err_, 1, sku, sizeof sku, SQLT_STR, nullptr,
+                                        nullptr, nullptr, OCI_DEFAULT));
+  ASSERT_EQ(OCI_SUCCESS, Execute(stmt, 1)) << FirstError(err_);
+  EXPECT_STREQ("C3", sku);
+}
+
 TEST_F(TableCollectionTest, AVarrayOfNumbersGivesColumnValueInElementOrder) {
   EXPECT_EQ((Rows{"30", "10", "20"}),
             Column("select column_value from table(select nums from orders where id = 1)"));
@@ -80,6 +102,7 @@ TEST_F(TableCollectionTest, NullElementsAndAttributesAreNull) {
 }
 
 TEST_F(TableCollectionTest, EachRowJoinsItsOwnCollection) {
+  // decision TC6: the table's rows in their order, each followed by its elements.
   EXPECT_EQ((Rows{"1|A1|2", "1|B2|5", "2|C3|<null>"}),
             Fetch("select o.id, i.sku, i.qty from orders o, table(o.items) i", 3));
   EXPECT_EQ((Rows{"ADA|A1|2", "ADA|B2|5", "BOB|C3|<null>"}),
@@ -231,6 +254,10 @@ TEST_F(TableCollectionTest, ViewsAndForUpdateDoNotTakeTable) {
   // decision TC4: a view reads one table's rows.
   EXPECT_EQ("ORA-00900: invalid SQL statement",
             ErrorOf("create view v as select i.sku from orders o, table(o.items) i"));
+  // decision TC7: a view's rows are not joined to a collection.
+  MustExec("create view order_items as select id, items from orders");
+  EXPECT_EQ("ORA-00933: SQL command not properly ended",
+            ErrorOf("select i.sku from order_items v, table(v.items) i"));
   // decision TC5: the rows of a collection are not locked.
   EXPECT_EQ("ORA-01786: FOR UPDATE of this query expression is not allowed",
             ErrorOf("select i.sku from orders o, table(o.items) i for update"));
