@@ -87,6 +87,30 @@ Target TargetOf(const Table& table, size_t column) {
   return Target{table.schema, table.name, table.columns()[column].name};
 }
 
+bool HasPathOf(const std::set<std::vector<std::string>>& paths, const std::string& column) {
+  for (const std::vector<std::string>& p : paths) {
+    if (p.front() == column) return true;
+  }
+  return false;
+}
+
+// SET alias.column.attr... = value: the attribute inside the row's object.  An object along
+// the way that is NULL has no attribute to set (decision TC2).
+bool StoreAttribute(const ExecContext& ctx, const Table& table, size_t column,
+                    const Expr& target, const ColumnPlace& place, const Expr& e, Value* v,
+                    RowData* row, SqlError* error) {
+  for (size_t ind : place.objects) {
+    if (*IndAt(*row, ind) == OCI_IND_NULL) {
+      return SetError(error, 6530, "Reference to uninitialized composite");
+    }
+  }
+  Target where = TargetOf(table, column);
+  for (const std::string& a : target.path) where.column += "\".\"" + a;
+  return FitDateTime(ctx, place.attr.type, v, error) &&
+         StoreColumn(ctx, e, *v, place.attr.type, SlotAt(*row, place.attr),
+                     IndAt(*row, place.attr.ind_offset), where, error);
+}
+
 // Bytes of a LOB as the transaction sees them.
 std::string VisibleLobBytes(const OCILobLocator& l, std::uint64_t txn) {
   if (!l.cell) return std::string();
@@ -258,12 +282,23 @@ bool ExecuteUpdate(const ExecContext& ctx, const UpdateStatement& s, ExecResult*
   if (!ProjectReturning(ctx, *table, s.table, s.returning, result, error)) return false;
   const std::vector<Attribute>& columns = table->columns();
   std::vector<size_t> targets;
+  std::vector<ColumnPlace> places(s.sets.size());  // of SET alias.column.attr = ...
   std::set<size_t> seen;
+  std::set<std::vector<std::string>> seen_paths;
   std::vector<Value> values;
-  for (const auto& set : s.sets) {
+  for (size_t i = 0; i < s.sets.size(); ++i) {
+    const Expr& target = s.sets[i].first;
     size_t pos = 0;
-    if (!ResolveColumn(*table, s.table, set.first, &pos, error)) return false;
-    if (!seen.insert(pos).second) {
+    if (!ResolveColumn(*table, s.table, target, &pos, error)) return false;
+    if (!target.path.empty()) {
+      if (!ResolvePlace(*table, s.table, target, &places[i], error)) return false;
+      std::vector<std::string> key = target.path;
+      key.insert(key.begin(), columns[pos].name);
+      // decision TC2: an attribute is set once, and not with its whole column.
+      if (seen.count(pos) != 0 || !seen_paths.insert(key).second) {
+        return SetError(error, 957, "duplicate column name");
+      }
+    } else if (!seen.insert(pos).second || HasPathOf(seen_paths, columns[pos].name)) {
       return SetError(error, 957, "duplicate column name");
     }
     targets.push_back(pos);
@@ -272,6 +307,9 @@ bool ExecuteUpdate(const ExecContext& ctx, const UpdateStatement& s, ExecResult*
   std::vector<Expr> set_values;
   for (size_t i = 0; i < s.sets.size(); ++i) {
     const Expr& e = s.sets[i].second;
+    if (e.kind == Expr::Kind::kDefault && !s.sets[i].first.path.empty()) {
+      return SetError(error, 936, "missing expression");  // decision TC2
+    }
     set_values.push_back(e.kind == Expr::Kind::kDefault ? DefaultOf(*table, targets[i]) : e);
   }
   for (const Expr& e : set_values) {
@@ -309,6 +347,13 @@ bool ExecuteUpdate(const ExecContext& ctx, const UpdateStatement& s, ExecResult*
       }
     }
     for (size_t i = 0; i < targets.size(); ++i) {
+      if (!s.sets[i].first.path.empty()) {
+        if (!StoreAttribute(ctx, *table, targets[i], s.sets[i].first, places[i], set_values[i],
+                            &values[i], row.get(), error)) {
+          return false;
+        }
+        continue;
+      }
       const Attribute& a = columns[targets[i]];
       if (!FitDateTime(ctx, a.type, &values[i], error)) return false;
       if (!StoreColumn(ctx, set_values[i], values[i], a.type, SlotAt(*row, a),

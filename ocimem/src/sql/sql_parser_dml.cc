@@ -211,7 +211,6 @@ bool Parser::ParseUpdate(Statement* out) {
     Expr column;
     Expr value;
     if (!ParseColumnRef(&column)) return false;
-    if (!column.path.empty()) return BadColumnSpec();  // decision TC2
     if (!AcceptSymbol("=")) return Fail(927, "missing equal sign");
     if (!ParseValueOrDefault(&value)) return false;
     s.sets.emplace_back(std::move(column), std::move(value));

@@ -168,14 +168,67 @@ TEST_F(AttributePathTest, ViewsShowAttributesAndPassPathsThrough) {
   EXPECT_EQ("ORA-01733: virtual column not allowed here", ErrorOf("update zips set z = '1'"));
 }
 
-TEST_F(AttributePathTest, SetOfAnAttributeIsRefused) {
-  // decision TC2: SET alias.column.attribute = ... and an attribute in an INSERT column list
-  // are not taken.
-  EXPECT_EQ("ORA-01747: invalid user.table.column, table.column, or column specification",
-            ErrorOf("update people p set p.home.zip = '99999'"));
+TEST_F(AttributePathTest, SetChangesOneAttributeOfTheObject) {
+  EXPECT_EQ(1u, Changed("update people p set p.home.zip = '99999' where p.id = 1"));
+  EXPECT_EQ((Rows{"Elm|99999"}),
+            Fetch("select p.home.street, p.home.zip from people p where p.id = 1", 2));
+  EXPECT_EQ(1u, Changed("update people p set p.who.addr.street = 'Broad', "
+                        "p.home.street = null where p.id = 1"));
+  EXPECT_EQ((Rows{"Broad|10001|<null>|99999"}),
+            Fetch("select p.who.addr.street, p.who.addr.zip, p.home.street, p.home.zip "
+                  "from people p where p.id = 1",
+                  4));
+  MustExec("rollback");
+  EXPECT_EQ((Rows{"Main|Elm|20002"}),
+            Fetch("select p.who.addr.street, p.home.street, p.home.zip from people p "
+                  "where p.id = 1",
+                  3));
+}
+
+TEST_F(AttributePathTest, SetReadsTheRowAsItWas) {
+  EXPECT_EQ(1u, Changed("update people p set p.home.zip = p.who.addr.zip, "
+                        "note = p.home.zip where p.id = 1"));
+  EXPECT_EQ((Rows{"10001|20002"}),
+            Fetch("select p.home.zip, note from people p where p.id = 1", 2));
+}
+
+TEST_F(AttributePathTest, SetOnAnObjectTable) {
+  EXPECT_EQ(1u, Changed("update folks f set f.addr.zip = '49999' where f.name = 'CY'"));
+  EXPECT_EQ((Rows{"Oak|49999"}),
+            Fetch("select f.addr.street, f.addr.zip from folks f where f.name = 'CY'", 2));
+}
+
+TEST_F(AttributePathTest, SetOfAnAttributeMisuses) {
+  EXPECT_EQ("ORA-00904: \"PEOPLE\".\"HOME\".\"ZIP\": invalid identifier",
+            ErrorOf("update people set people.home.zip = '1'"));
+  EXPECT_EQ("ORA-00904: \"P\".\"HOME\".\"ZAP\": invalid identifier",
+            ErrorOf("update people p set p.home.zap = '1'"));
+  EXPECT_EQ("ORA-12899: value too large for column \"SCOTT\".\"PEOPLE\".\"HOME\".\"ZIP\" "
+            "(actual: 6, maximum: 5)",
+            ErrorOf("update people p set p.home.zip = '123456' where p.id = 1"));
+  // decision TC2: no object to set an attribute of; an attribute set twice, or with its
+  // whole column; DEFAULT for an attribute.
+  EXPECT_EQ("ORA-06530: Reference to uninitialized composite",
+            ErrorOf("update people p set p.home.zip = '1' where p.id = 2"));
+  EXPECT_EQ("ORA-06530: Reference to uninitialized composite",
+            ErrorOf("update people p set p.who.addr.zip = '1' where p.id = 2"));
+  EXPECT_EQ("ORA-00957: duplicate column name",
+            ErrorOf("update people p set p.home.zip = '1', p.home.zip = '2'"));
+  EXPECT_EQ("ORA-00957: duplicate column name",
+            ErrorOf("update people p set p.home = null, p.home.zip = '2'"));
+  EXPECT_EQ("ORA-00957: duplicate column name",
+            ErrorOf("update people p set p.home.zip = '2', p.home = null"));
+  EXPECT_EQ("ORA-00936: missing expression",
+            ErrorOf("update people p set p.home.zip = default"));
+  // Nothing changed.
+  EXPECT_EQ((Rows{"20002", "<null>", "30003"}),
+            Column("select p.home.zip from people p order by p.id"));
+}
+
+TEST_F(AttributePathTest, InsertColumnListsTakeWholeColumns) {
+  // decision TC2: an attribute in an INSERT column list is not taken.
   EXPECT_EQ("ORA-01747: invalid user.table.column, table.column, or column specification",
             ErrorOf("insert into people p (p.home.zip) values ('1')"));
-  EXPECT_EQ((Rows{"20002"}), Column("select p.home.zip from people p where p.id = 1"));
 }
 
 }  // namespace
