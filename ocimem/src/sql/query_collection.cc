@@ -169,6 +169,14 @@ bool CollectionSource(const ExecContext& ctx, const SelectStatement& s, Collecti
   ExecResult sub;  // holds the collection TABLE(query) reads
   const Expr* e = cref.collection.get();
   const BindHandle* bind = nullptr;
+  // TABLE(CAST(x AS type)): x must be a collection of that type (decision TC1).
+  ValueType cast_type;
+  if (e != nullptr && e->kind == Expr::Kind::kFunction && e->text == "CAST" && e->cast &&
+      e->cast->base == DataTypeSpec::Base::kNamed) {
+    if (!ResolveType(ctx, *e->cast, ctx.schema, "", &cast_type, error)) return false;
+    if (cast_type.kind != ValueKind::kCollection) return NotNested(error);
+    e = &e->args[0];
+  }
   if (cref.collection_query) {
     if (!QueryCollection(ctx, *cref.collection_query, &sub, &ctype, &sources, error)) {
       return false;
@@ -192,6 +200,11 @@ bool CollectionSource(const ExecContext& ctx, const SelectStatement& s, Collecti
     if (ctype.kind != ValueKind::kCollection) return NotNested(error);
   }
   if (!ctype.named) return NotNested(error);
+  if (cast_type.named && cast_type.named != ctype.named) {
+    return SetError(error, 932,
+                    "inconsistent datatypes: expected " + TypeName(cast_type) + " got " +
+                        TypeName(ctype));
+  }
   if (!cref.collection_query) {
     std::vector<Found> found;
     if (parent != nullptr && !FindRows(ctx, parent, s.table, {}, &found, error)) return false;

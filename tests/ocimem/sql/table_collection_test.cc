@@ -200,6 +200,33 @@ TEST_F(TableCollectionTest, ABoundCollectionGivesItsElements) {
   OCIObjectFree(env_, err_, coll, OCI_DEFAULT);
 }
 
+TEST_F(TableCollectionTest, CastOfACollectionToItsOwnTypeIsTheCollection) {
+  EXPECT_EQ((Rows{"1|30", "1|10", "1|20", "2|7", "2|<null>"}),
+            Fetch("select o.id, n.column_value from orders o, "
+                  "table(cast(o.nums as num_list)) n",
+                  2));
+  OCIColl* coll = NewNumList({4, 2});
+  OCIStmt* stmt = Prepare("select sum(column_value) from table(cast(:1 as num_list))");
+  OCIBind* bind = nullptr;
+  ASSERT_EQ(OCI_SUCCESS, OCIBindByPos(stmt, &bind, err_, 1, nullptr, 0, SQLT_NTY, nullptr,
+                                      nullptr, nullptr, 0, nullptr, OCI_DEFAULT));
+  void* bound = coll;
+  ASSERT_EQ(OCI_SUCCESS, OCIBindObject(bind, err_, TypeByName("NUM_LIST"), &bound, nullptr,
+                                       nullptr, nullptr));
+  int sum = 0;
+  OCIDefine* def = nullptr;
+  ASSERT_EQ(OCI_SUCCESS, OCIDefineByPos(stmt, &def, err_, 1, &sum, sizeof sum, SQLT_INT,
+                                        nullptr, nullptr, nullptr, OCI_DEFAULT));
+  ASSERT_EQ(OCI_SUCCESS, Execute(stmt, 1)) << FirstError(err_);
+  EXPECT_EQ(6, sum);
+  OCIObjectFree(env_, err_, coll, OCI_DEFAULT);
+  // decision TC1: CAST to another collection type, or to an object type.
+  EXPECT_EQ("ORA-00932: inconsistent datatypes: expected SCOTT.ITEM_LIST got SCOTT.NUM_LIST",
+            ErrorOf("select * from orders o, table(cast(o.nums as item_list)) n"));
+  EXPECT_EQ("ORA-22905: cannot access rows from a non-nested table item",
+            ErrorOf("select * from orders o, table(cast(o.nums as item_t)) n"));
+}
+
 TEST_F(TableCollectionTest, AScalarBindIsNoCollection) {
   OCIStmt* stmt = Prepare("select * from table(:1)");
   int v = 1;
