@@ -108,7 +108,11 @@ class RowMaker {
       const Attribute& d = type_->attributes[parent_columns_];
       return CopyValue(element_, SlotAt(*row, d), IndAt(*row, d.ind_offset), value, ind, error);
     }
-    if (ind[0] == OCI_IND_NULL) return true;  // a NULL object: every attribute NULL
+    if (ind[0] == OCI_IND_NULL) {
+      // A NULL object: every attribute NULL, and VALUE() of a row of its type NULL.
+      if (parent_columns_ == 0 && type_ == element_.named) row->ind[0] = OCI_IND_NULL;
+      return true;
+    }
     const std::vector<Attribute>& attrs = element_.named->attributes;
     for (size_t k = 0; k < attrs.size(); ++k) {
       const Attribute& d = type_->attributes[parent_columns_ + k];
@@ -226,15 +230,20 @@ bool CollectionSource(const ExecContext& ctx, const SelectStatement& s, Collecti
   }
   // The columns: the parent's, then the element's attributes or COLUMN_VALUE.
   const ValueType& element = ctype.named->element;
-  auto type = std::make_shared<OCIType>();
+  // Alone, a collection of objects gives rows of the element's own type, so that
+  // VALUE(alias) is the element, as for an object table.
+  const bool element_rows = parent == nullptr && element.kind == ValueKind::kObject;
+  auto type = element_rows ? element.named : std::make_shared<OCIType>();
   const std::string parent_owner = s.table.alias.empty() ? s.table.name.name : s.table.alias;
   const std::string element_owner = cref.alias.empty() ? std::string(kNoAlias) : cref.alias;
   auto add = [&](const std::string& name, const ValueType& t, const std::string& owner,
                  bool is_alias) {
-    Attribute a;
-    a.name = name;
-    a.type = t;
-    type->attributes.push_back(std::move(a));
+    if (!element_rows) {
+      Attribute a;
+      a.name = name;
+      a.type = t;
+      type->attributes.push_back(std::move(a));
+    }
     out->ref.owners.push_back(owner);
     out->ref.owner_is_alias.push_back(is_alias);
   };
@@ -250,8 +259,9 @@ bool CollectionSource(const ExecContext& ctx, const SelectStatement& s, Collecti
   } else {
     add("COLUMN_VALUE", element, element_owner, !cref.alias.empty());
   }
-  type->Layout();
+  if (!element_rows) type->Layout();
   auto table = std::make_shared<Table>();
+  table->object_table = element_rows;
   table->schema = ctx.schema;
   table->name = cref.alias;
   table->row_type = type;

@@ -11,8 +11,7 @@ bool ResolvePlace(const Table& table, const TableRef& ref, const Expr& e, Column
   int pos = -1;
   if (e.kind == Expr::Kind::kValue) {
     // VALUE(alias) of an object table's row: the first attribute is a column.
-    if (ref.alias.empty() || e.qualifier != ref.alias || !table.object_table ||
-        !ref.owners.empty()) {
+    if (ref.alias.empty() || e.qualifier != ref.alias || !table.object_table) {
       return SetError(error, 904, "\"" + e.qualifier + "\": invalid identifier");
     }
     pos = table.FindColumn(*attr++);

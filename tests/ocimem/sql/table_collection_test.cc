@@ -11,6 +11,14 @@
 namespace ocimem_test {
 namespace {
 
+struct Item {
+  OCIString* sku;
+  OCINumber qty;
+};
+struct ItemInd {
+  OCIInd atomic, sku, qty;
+};
+
 class TableCollectionTest : public ExprTest {
  protected:
   void SetUp() override {
@@ -225,6 +233,38 @@ TEST_F(TableCollectionTest, CastOfACollectionToItsOwnTypeIsTheCollection) {
             ErrorOf("select * from orders o, table(cast(o.nums as item_list)) n"));
   EXPECT_EQ("ORA-22905: cannot access rows from a non-nested table item",
             ErrorOf("select * from orders o, table(cast(o.nums as item_t)) n"));
+}
+
+TEST_F(TableCollectionTest, ValueOfAnElementIsTheObject) {
+  EXPECT_EQ((Rows{"A1", "B2"}),
+            Column("select value(i).sku from table(select items from orders where id = 1) i"));
+  MustExec("insert into orders values (6, 'FAY', item_list(item_t('Q1', 4), null), null)");
+  OCIStmt* stmt = Prepare("select value(i) from table(select items from orders where id = 6) i");
+  OCIDefine* def = nullptr;
+  ASSERT_EQ(OCI_SUCCESS, OCIDefineByPos(stmt, &def, err_, 1, nullptr, 0, SQLT_NTY, nullptr,
+                                        nullptr, nullptr, OCI_DEFAULT));
+  Item* item = nullptr;
+  ItemInd* ind = nullptr;
+  ASSERT_EQ(OCI_SUCCESS, OCIDefineObject(def, err_, TypeByName("ITEM_T"),
+                                         reinterpret_cast<void**>(&item), nullptr,
+                                         reinterpret_cast<void**>(&ind), nullptr));
+  ASSERT_EQ(OCI_SUCCESS, Execute(stmt)) << FirstError(err_);
+  ASSERT_NE(nullptr, item);
+  ASSERT_NE(nullptr, ind);
+  EXPECT_EQ(OCI_IND_NOTNULL, ind->atomic);
+  EXPECT_EQ("Q1", std::string(reinterpret_cast<const char*>(OCIStringPtr(env_, item->sku)),
+                              OCIStringSize(env_, item->sku)));
+  sb4 qty = 0;
+  ASSERT_EQ(OCI_SUCCESS, OCINumberToInt(err_, &item->qty, sizeof qty, OCI_NUMBER_SIGNED, &qty));
+  EXPECT_EQ(4, qty);
+  // The NULL element is a NULL object.
+  ASSERT_EQ(OCI_SUCCESS, OCIStmtFetch2(stmt, err_, 1, OCI_FETCH_NEXT, 0, OCI_DEFAULT))
+      << FirstError(err_);
+  EXPECT_EQ(OCI_IND_NULL, ind->atomic);
+  EXPECT_EQ(OCI_NO_DATA, OCIStmtFetch2(stmt, err_, 1, OCI_FETCH_NEXT, 0, OCI_DEFAULT));
+  // decision TC8: joined to its table, an element has no VALUE().
+  EXPECT_EQ("ORA-00904: \"I\": invalid identifier",
+            ErrorOf("select value(i) from orders o, table(o.items) i"));
 }
 
 TEST_F(TableCollectionTest, AScalarBindIsNoCollection) {
