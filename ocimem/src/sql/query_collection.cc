@@ -269,7 +269,8 @@ bool CollectionSource(const ExecContext& ctx, const SelectStatement& s, Collecti
   RowMaker maker(parent, element, type);
   std::vector<std::shared_ptr<RowData>> rows;
   for (const CollectionOf& src : sources) {
-    if (!maker.Add(src, cref.outer, &rows, error)) return false;
+    // (+) joins the collection to the table before it; alone it changes nothing.
+    if (!maker.Add(src, cref.outer && parent != nullptr, &rows, error)) return false;
   }
   for (std::shared_ptr<RowData>& row : rows) {
     auto record = std::make_shared<RowRecord>();

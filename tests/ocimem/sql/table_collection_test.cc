@@ -122,6 +122,9 @@ TEST_F(TableCollectionTest, EachRowJoinsItsOwnCollection) {
 TEST_F(TableCollectionTest, OuterJoinKeepsRowsWithoutElements) {
   EXPECT_EQ((Rows{"1|A1", "1|B2", "2|C3", "3|<null>", "4|<null>"}),
             Fetch("select o.id, i.sku from orders o, table(o.items) (+) i", 2));
+  // Without a table before it there is nothing to join to.
+  EXPECT_EQ((Rows{"0"}),
+            Column("select count(*) from table(select items from orders where id = 4) (+)"));
 }
 
 TEST_F(TableCollectionTest, WhereOrderByAndRownumWorkOnTheJoinedRows) {
