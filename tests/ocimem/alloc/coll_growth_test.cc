@@ -9,6 +9,9 @@
 
 namespace {
 std::atomic<unsigned long> g_news{0};
+// Out of line: an optimizing compiler that sees free() inside operator
+// delete takes it for a release that does not match operator new.
+[[gnu::noinline]] void Release(void* p) noexcept { std::free(p); }
 }  // namespace
 
 void* operator new(std::size_t size) {
@@ -20,9 +23,9 @@ void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
   g_news.fetch_add(1, std::memory_order_relaxed);
   return std::malloc(size == 0 ? 1 : size);
 }
-void operator delete(void* p) noexcept { std::free(p); }
-void operator delete(void* p, std::size_t) noexcept { std::free(p); }
-void operator delete(void* p, const std::nothrow_t&) noexcept { std::free(p); }
+void operator delete(void* p) noexcept { Release(p); }
+void operator delete(void* p, std::size_t) noexcept { Release(p); }
+void operator delete(void* p, const std::nothrow_t&) noexcept { Release(p); }
 
 namespace {
 
