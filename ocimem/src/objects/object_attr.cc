@@ -53,23 +53,6 @@ struct AttributeRef {
   return OCI_SUCCESS;
 }
 
-// A caller that asks for a string, RAW, descriptor or collection attribute
-// reads the value it points to soon after: hosts fetch every attribute of an
-// instance first and read them afterwards. Starting the load of that memory
-// now lets the fetches of many attributes overlap instead of each read
-// waiting for its own.
-inline void PrefetchHeld(const ValueType& t, const unsigned char* slot) {
-#if defined(__GNUC__)
-  if (!t.IsHandleSlot()) return;
-  const void* held;
-  std::memcpy(&held, slot, sizeof held);
-  if (held != nullptr) __builtin_prefetch(held);
-#else
-  (void)t;
-  (void)slot;
-#endif
-}
-
 }  // namespace
 }  // namespace ocimem
 
@@ -94,7 +77,6 @@ sword OCIObjectGetAttr(OCIEnv* envh, OCIError* err, void* instance, void* null_s
   if (attr_null_status != nullptr) *attr_null_status = ref.ind[0];
   if (attr_null_struct != nullptr) *attr_null_struct = embedded ? ref.ind : nullptr;
   if (attr_value != nullptr) *attr_value = ref.slot;
-  PrefetchHeld(t, ref.slot);
   if (attr_tdo != nullptr) {
     bool named = embedded || t.kind == ValueKind::kCollection;
     *attr_tdo = named ? t.named.get() : nullptr;
