@@ -23,24 +23,6 @@ bool DateError(int ora, SqlError* error) {
   return SetError(error, ora, values::DateErrorText(ora));
 }
 
-// A descriptor of `type` holding `value`, kept until the statement ends.
-bool MakeTimestamp(const ExecContext& ctx, ub4 type, values::DateTimeKind kind,
-                   const values::DateTimeValue& value, Value* out, SqlError* error) {
-  void* desc = nullptr;
-  if (AllocValueDescriptor(nullptr, type, &desc) != OCI_SUCCESS || desc == nullptr) {
-    return SetError(error, 4030, "out of process memory");
-  }
-  ctx.temporaries.emplace_back(desc, [](void* p) { FreeValueDescriptor(p); });
-  values::DateTimeDescriptor* d = values::AsDateTime(desc);
-  d->kind = kind;
-  d->value = value;
-  *out = Value();
-  out->kind = Value::Kind::kDateTime;
-  out->handle = desc;
-  out->desc_type = type;
-  return true;
-}
-
 // Now in UTC, to the microsecond.
 values::DateTimeFields UtcNow() {
   using namespace std::chrono;
@@ -64,12 +46,12 @@ bool Now(const ExecContext& ctx, const std::string& setting, bool zoned, Value* 
   values::DateTimeValue v;
   if (!zoned) {
     values::SetFields(local, &v);
-    return MakeTimestamp(ctx, OCI_DTYPE_TIMESTAMP, values::DateTimeKind::Timestamp, v, out,
-                         error);
+    return MakeDateTimeValueOf(ctx, OCI_DTYPE_TIMESTAMP, values::DateTimeKind::Timestamp, v, out,
+                               error);
   }
   if (int ora = values::MakeZonedValue(local, zone, "", &v)) return DateError(ora, error);
-  return MakeTimestamp(ctx, OCI_DTYPE_TIMESTAMP_TZ, values::DateTimeKind::TimestampTz, v, out,
-                       error);
+  return MakeDateTimeValueOf(ctx, OCI_DTYPE_TIMESTAMP_TZ, values::DateTimeKind::TimestampTz, v, out,
+                             error);
 }
 
 // Local fields of a DATE or datetime value, and its UTC instant when it has one.
@@ -275,8 +257,8 @@ bool FitDateTimeKind(const ExecContext& ctx, const ValueType& t, Value* v, SqlEr
     }
     values::DateTimeValue plain;
     values::SetFields(fields, &plain);
-    if (!MakeTimestamp(ctx, OCI_DTYPE_TIMESTAMP, values::DateTimeKind::Timestamp, plain, v,
-                       error)) {
+    if (!MakeDateTimeValueOf(ctx, OCI_DTYPE_TIMESTAMP, values::DateTimeKind::Timestamp, plain, v,
+                             error)) {
       return false;
     }
   }
@@ -300,8 +282,8 @@ bool FitDateTimeKind(const ExecContext& ctx, const ValueType& t, Value* v, SqlEr
       values::FromUtc(utc, zone, &local, &shown);
     }
     values::SetFields(local, &out);
-    return MakeTimestamp(ctx, OCI_DTYPE_TIMESTAMP, values::DateTimeKind::Timestamp, out, v,
-                         error);
+    return MakeDateTimeValueOf(ctx, OCI_DTYPE_TIMESTAMP, values::DateTimeKind::Timestamp, out, v,
+                               error);
   }
   if (!has_utc) {
     values::DateTimeValue zoned;
@@ -310,8 +292,8 @@ bool FitDateTimeKind(const ExecContext& ctx, const ValueType& t, Value* v, SqlEr
   }
   if (t.descriptor_type == OCI_DTYPE_TIMESTAMP_LTZ) {
     values::SetFields(utc, &out);
-    return MakeTimestamp(ctx, OCI_DTYPE_TIMESTAMP_LTZ, values::DateTimeKind::TimestampLtz, out,
-                         v, error);
+    return MakeDateTimeValueOf(ctx, OCI_DTYPE_TIMESTAMP_LTZ, values::DateTimeKind::TimestampLtz,
+                               out, v, error);
   }
   if (v->kind == Value::Kind::kDateTime &&
       values::AsDateTime(v->handle)->kind == values::DateTimeKind::TimestampTz) {
@@ -320,8 +302,8 @@ bool FitDateTimeKind(const ExecContext& ctx, const ValueType& t, Value* v, SqlEr
   values::ZoneOutput shown;
   values::FromUtc(utc, zone, &local, &shown);
   if (int ora = values::MakeZonedValue(local, zone, "", &out)) return DateError(ora, error);
-  return MakeTimestamp(ctx, OCI_DTYPE_TIMESTAMP_TZ, values::DateTimeKind::TimestampTz, out, v,
-                       error);
+  return MakeDateTimeValueOf(ctx, OCI_DTYPE_TIMESTAMP_TZ, values::DateTimeKind::TimestampTz, out, v,
+                             error);
 }
 
 }  // namespace
@@ -369,7 +351,7 @@ bool FitDateTime(const ExecContext& ctx, const ValueType& t, Value* v, SqlError*
     return DateError(ora, error);
   }
   values::DateTimeValue fitted = values::ValueAtPoint(d->kind, d->value, moved);
-  return MakeTimestamp(ctx, v->desc_type, d->kind, fitted, v, error);
+  return MakeDateTimeValueOf(ctx, v->desc_type, d->kind, fitted, v, error);
 }
 
 bool TimestampFunction(const ExecContext& ctx, const std::string& name,
@@ -391,8 +373,8 @@ bool TimestampFunction(const ExecContext& ctx, const std::string& name,
   if (!ParseTimestampText(text, mask, &fields, error)) return false;
   values::DateTimeValue v;
   values::SetFields(fields, &v);
-  return MakeTimestamp(ctx, OCI_DTYPE_TIMESTAMP, values::DateTimeKind::Timestamp, v, out,
-                       error);
+  return MakeDateTimeValueOf(ctx, OCI_DTYPE_TIMESTAMP, values::DateTimeKind::Timestamp, v, out,
+                             error);
 }
 
 }  // namespace ocimem

@@ -40,6 +40,9 @@ void TimeLiteralType(const Expr& e, ValueType* out);
 // New values, kept until the statement ends.
 bool MakeDateTimeValue(const ExecContext& ctx, values::DateTimeKind kind,
                        const values::DateTimeValue& value, Value* out, SqlError* error);
+// The same in a descriptor of the given OCI_DTYPE_ (the kind alone does not tell a DATE's).
+bool MakeDateTimeValueOf(const ExecContext& ctx, ub4 type, values::DateTimeKind kind,
+                         const values::DateTimeValue& value, Value* out, SqlError* error);
 bool MakeIntervalValue(const ExecContext& ctx, values::IntervalKind kind,
                        const values::IntervalValue& value, int leading, int fraction,
                        Value* out, SqlError* error);

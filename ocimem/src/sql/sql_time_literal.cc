@@ -163,6 +163,11 @@ bool MakeDateTimeValue(const ExecContext& ctx, values::DateTimeKind kind,
   ub4 type = kind == values::DateTimeKind::TimestampTz    ? OCI_DTYPE_TIMESTAMP_TZ
              : kind == values::DateTimeKind::TimestampLtz ? OCI_DTYPE_TIMESTAMP_LTZ
                                                           : OCI_DTYPE_TIMESTAMP;
+  return MakeDateTimeValueOf(ctx, type, kind, value, out, error);
+}
+
+bool MakeDateTimeValueOf(const ExecContext& ctx, ub4 type, values::DateTimeKind kind,
+                         const values::DateTimeValue& value, Value* out, SqlError* error) {
   void* desc = nullptr;
   if (AllocValueDescriptor(nullptr, type, &desc) != OCI_SUCCESS || desc == nullptr) {
     return SetError(error, 4030, "out of process memory");
