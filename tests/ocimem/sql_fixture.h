@@ -10,6 +10,10 @@
 
 namespace ocimem_test {
 
+// Oracle's text of ORA-01747, which several statements give for a bad column name.
+inline constexpr char kBadColumnName[] =
+    "ORA-01747: invalid user.table.column, table.column, or column specification";
+
 class SqlTest : public OciTest {
  protected:
   void TearDown() override {

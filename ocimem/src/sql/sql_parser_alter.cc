@@ -187,10 +187,8 @@ bool Parser::ParseComment(Statement* out) {
   } else if (AcceptWord("COLUMN")) {
     std::string parts[3];
     size_t n = 0;
-    // Oracle's text of ORA-01747, for four names and for one.
-    auto bad_name = [this] {
-      return Fail(1747, "invalid user.table.column, table.column, or column specification");
-    };
+    // ORA-01747, for four names and for one.
+    auto bad_name = [this] { return BadColumnSpec(); };
     do {
       if (n == 3) return bad_name();
       if (!ParseIdentifier(&parts[n++])) return false;

@@ -120,10 +120,8 @@ TEST_F(IndexTest, CommentOnTableAndColumn) {
             ErrorOf("comment on column t.nope is 'x'"));
   EXPECT_EQ("ORA-01780: string literal required", ErrorOf("comment on table t is 5"));
   // decision AT11
-  EXPECT_EQ("ORA-01747: invalid user.table.column, table.column, or column specification",
-            ErrorOf("comment on column id is 'x'"));
-  EXPECT_EQ("ORA-01747: invalid user.table.column, table.column, or column specification",
-            ErrorOf("comment on column scott.t.id.x is 'x'"));
+  EXPECT_EQ(kBadColumnName, ErrorOf("comment on column id is 'x'"));
+  EXPECT_EQ(kBadColumnName, ErrorOf("comment on column scott.t.id.x is 'x'"));
   EXPECT_EQ("ORA-00905: missing keyword", ErrorOf("comment on index t is 'x'"));
   // decision AT10: a view's comments are checked and taken.
   MustExec("create view v as select id from t");
