@@ -212,6 +212,21 @@ unsigned long CKelStream::Read(void* pDest, unsigned long nBytes) {
   if (nBytes == 0) return 0;
   if (pDest == nullptr) Fail(KEL_ERR_ARGUMENT, "CKelStream::Read");
   char* pOut = static_cast<char*>(pDest);
+  // The usual read: a few bytes that the current segment holds.
+  if (s.nSegment < s.segments.size()) {
+    const KelSegment& segment = s.segments[s.nSegment];
+    if (segment.nSize - s.nOffset >= nBytes) {
+      const char* pIn = segment.pData + s.nOffset;
+      if (nBytes == 1) {
+        *pOut = *pIn;
+      } else {
+        memcpy(pOut, pIn, nBytes);
+      }
+      s.nOffset += nBytes;
+      s.nPosition += nBytes;
+      return nBytes;
+    }
+  }
   unsigned long nDone = 0;
   while (nDone < nBytes && s.nPosition < s.nTotal) {
     const KelSegment& segment = s.segments[s.nSegment];

@@ -34,11 +34,7 @@ const CatalogEntry* Catalog::Find(std::string_view schema, std::string_view name
   return nullptr;
 }
 
-OCIType* Catalog::FindTypeRaw(std::string_view schema, std::string_view name) const {
-  if (last_type_ != nullptr && last_type_->first.first == schema &&
-      last_type_->first.second == name) {
-    return last_type_->second.type.get();
-  }
+OCIType* Catalog::FindTypeIndexed(std::string_view schema, std::string_view name) const {
   auto range = index_.equal_range(Hash(schema, name));
   for (auto i = range.first; i != range.second; ++i) {
     const Objects::value_type& entry = *i->second;

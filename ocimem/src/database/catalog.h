@@ -5,6 +5,7 @@
 #ifndef OCIMEM_SRC_DATABASE_CATALOG_H
 #define OCIMEM_SRC_DATABASE_CATALOG_H
 
+#include <cstring>
 #include <map>
 #include <memory>
 #include <string>
@@ -55,7 +56,19 @@ class Catalog {
   // The type's descriptor without taking a reference: it lives as long as the database
   // (a dropped or replaced type is retired, not freed).  Remembers the entry it found for
   // the next call, so the caller must hold the database's mutex, as for any change.
-  OCIType* FindTypeRaw(std::string_view schema, std::string_view name) const;
+  // In line when it is the entry found last: names are compared by length first.
+  OCIType* FindTypeRaw(std::string_view schema, std::string_view name) const {
+    if (last_type_ != nullptr) {
+      const std::string& last_name = last_type_->first.second;
+      const std::string& last_schema = last_type_->first.first;
+      if (last_name.size() == name.size() && last_schema.size() == schema.size() &&
+          std::memcmp(last_name.data(), name.data(), name.size()) == 0 &&
+          std::memcmp(last_schema.data(), schema.data(), schema.size()) == 0) {
+        return last_type_->second.type.get();
+      }
+    }
+    return FindTypeIndexed(schema, name);
+  }
   // Adds or replaces the entry of the type's (schema, name).
   void PutType(std::shared_ptr<OCIType> type);
   std::shared_ptr<Table> FindTable(const std::string& schema, const std::string& name) const;
@@ -87,6 +100,8 @@ class Catalog {
   // The entries of objects_ by the hash of their (schema, name), so that a lookup costs
   // one hash and, as a rule, one comparison (map nodes stay put until erased).
   std::unordered_multimap<std::size_t, Objects::iterator> index_;
+  // FindTypeRaw through the index; remembers the entry.
+  OCIType* FindTypeIndexed(std::string_view schema, std::string_view name) const;
   // The entry FindTypeRaw found last (hosts look one element type up for every element);
   // forgotten by every change of objects_.
   mutable const Objects::value_type* last_type_ = nullptr;

@@ -64,22 +64,21 @@ struct ErrorHandle : Handle {
   std::vector<ErrorRecord> records;
 };
 
-// Byte offset of Handle::live in every handle (Handle::type follows it).
-inline std::size_t HandleTagOffset() {
-  static const std::size_t offset = [] {
-    ErrorHandle probe(nullptr);
-    return static_cast<std::size_t>(reinterpret_cast<const unsigned char*>(&probe.live) -
-                                    reinterpret_cast<const unsigned char*>(
-                                        static_cast<Handle*>(&probe)));
-  }();
-  return offset;
-}
+// Byte offset of Handle::live in every handle (Handle::type follows it). Handle is not
+// standard-layout (it has a virtual destructor), which makes offsetof conditionally
+// supported; GCC and Clang give the member's offset for a class without virtual bases.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Winvalid-offsetof"
+inline constexpr std::size_t kHandleTagOffset = offsetof(Handle, live);
+static_assert(offsetof(Handle, live) + sizeof(ub4) == offsetof(Handle, type),
+              "the tag is live followed by type");
+#pragma GCC diagnostic pop
 
 // Reads live and type straight from memory: a stale pointer to a freed handle holds no
 // object that could be accessed as one.
 inline void ReadHandleTag(const void* p, ub4* live, ub4* type) {
   ub4 tag[2];
-  std::memcpy(tag, static_cast<const unsigned char*>(p) + HandleTagOffset(), sizeof tag);
+  std::memcpy(tag, static_cast<const unsigned char*>(p) + kHandleTagOffset, sizeof tag);
   *live = tag[0];
   *type = tag[1];
 }
@@ -87,7 +86,7 @@ inline void ReadHandleTag(const void* p, ub4* live, ub4* type) {
 inline void Handle::operator delete(void* p) noexcept {
   if (p != nullptr) {
     const ub4 dead = 0;
-    std::memcpy(static_cast<unsigned char*>(p) + HandleTagOffset(), &dead, sizeof dead);
+    std::memcpy(static_cast<unsigned char*>(p) + kHandleTagOffset, &dead, sizeof dead);
   }
   RecycledFree(p);
 }

@@ -151,6 +151,76 @@ NumberError DecodeNumberDigits(const unsigned char* bytes, DecimalDigits* out) {
   return NumberError::None;
 }
 
+int FormatPlainNumberBytes(const unsigned char* bytes, long int_positions, long frac_positions,
+                           bool has_point, char* buf, std::size_t room) {
+  const int length = bytes[0];
+  if (length < 1 || length > kNumberSize - 1) return -1;
+  const unsigned char* p = bytes + 1;
+  if (length == 1) {
+    if (p[0] != kZeroByte) return -1;
+    const std::size_t n = has_point ? 2 : 1;
+    if (n + 1 > room) return -1;
+    buf[0] = '0';
+    if (has_point) buf[1] = '.';
+    return static_cast<int>(n);
+  }
+  // The decimal digits of the base-100 digits, checked as DecodeNumberDigits checks them.
+  char digits[2 * kMaxMantissaBytes];
+  char* digit_out = digits;
+  int mantissa = length - 1;
+  int exponent100 = 0;
+  const bool negative = (p[0] & 0x80) == 0;
+  if (!negative) {
+    exponent100 = p[0] - kPositiveBase;
+    for (int i = 1; i <= mantissa; ++i) {
+      const unsigned digit = static_cast<unsigned>(p[i]) - 1U;
+      if (digit > 99U) return -1;
+      std::memcpy(digit_out, kDigitPairs.text + 2 * digit, 2);
+      digit_out += 2;
+    }
+    if (p[1] == 1 || p[mantissa] == 1) return -1;
+  } else {
+    exponent100 = kNegativeBase - p[0];
+    if (p[mantissa] == kNegativeTrailer) {
+      --mantissa;
+    } else if (mantissa != kMaxMantissaBytes) {
+      return -1;
+    }
+    if (mantissa < 1) return -1;
+    for (int i = 1; i <= mantissa; ++i) {
+      const unsigned digit = 101U - static_cast<unsigned>(p[i]);
+      if (digit > 99U) return -1;
+      std::memcpy(digit_out, kDigitPairs.text + 2 * digit, 2);
+      digit_out += 2;
+    }
+    if (p[1] == 101 || p[mantissa] == 101) return -1;
+  }
+  // The first and last base-100 digits are not zero: at most one zero to drop at each end.
+  const long lead = digits[0] == '0' ? 1 : 0;
+  const long trail = digit_out[-1] == '0' ? 1 : 0;
+  const char* first = digits + lead;
+  const long count = static_cast<long>(digit_out - digits) - lead - trail;
+  const long exponent = 2L * (exponent100 + 1) - lead;
+  if (exponent + frac_positions < count) return -1;  // rounds
+  const long int_digits = exponent > 0 ? exponent : 0;
+  if (int_digits > int_positions) return -1;  // overflow
+  const long frac_digits = count > exponent ? count - exponent : 0;
+  const std::size_t n = (negative ? 1U : 0U) + static_cast<std::size_t>(int_digits) +
+                        (has_point ? 1U : 0U) + static_cast<std::size_t>(frac_digits);
+  if (n + 1 > room) return -1;
+  char* q = buf;
+  if (negative) *q++ = '-';
+  const long int_given = int_digits < count ? int_digits : count;
+  std::memcpy(q, first, static_cast<std::size_t>(int_given));
+  q += int_given;
+  for (long i = int_given; i < int_digits; ++i) *q++ = '0';
+  if (has_point) *q++ = '.';
+  const long frac_zeros = exponent < 0 ? -exponent : 0;
+  for (long j = 0; j < frac_zeros; ++j) *q++ = '0';
+  std::memcpy(q, first + int_given, static_cast<std::size_t>(frac_digits - frac_zeros));
+  return static_cast<int>(n);
+}
+
 NumberError DecodeNumber(const unsigned char* bytes, Decimal* out) {
   // A bad length byte, or a one-byte value other than zero, leaves `out` as it was.
   const int length = bytes[0];

@@ -44,6 +44,13 @@ struct DecimalDigits {
 // invalid bytes leave zero behind.
 NumberError DecodeNumberDigits(const unsigned char* bytes, DecimalDigits* out);
 
+// The text of a NUMBER's bytes under a plain fill-mode mask ("FM", `int_positions` nines,
+// the point when `has_point`, `frac_positions` nines) straight from the bytes: the text
+// FormatNumberPlain gives, its length returned; -1 (nothing written) when the bytes are
+// invalid, the value would round or overflow, or `room` (NUL included) is too small.
+int FormatPlainNumberBytes(const unsigned char* bytes, long int_positions, long frac_positions,
+                           bool has_point, char* buf, std::size_t room);
+
 // Rounds to 20 base-100 digits (half away from zero); values below 1E-130 in
 // magnitude become zero; Overflow when the rounded magnitude reaches 1E126.
 NumberError EncodeNumber(const Decimal& value, unsigned char* bytes);

@@ -195,12 +195,6 @@ bool PlainMaskShape(std::string_view mask, PlainShape* out) {
   return pos == n;
 }
 
-int FormatNumberPlain(const DecimalDigits& value, const PlainShape& shape, char* buf,
-                      std::size_t room) {
-  return FormatPlain(value.negative, value.Digits(), value.count, value.exponent,
-                     shape.int_positions, shape.frac_positions, shape.has_point, buf, room);
-}
-
 int FormatNumber(const Decimal& value, const NumberModel& model, std::string* out) {
   if (model.unsupported) return kOraInvalidFormat;
   const int int_positions = static_cast<int>(DigitPositions(model.integer));

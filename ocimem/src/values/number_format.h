@@ -57,9 +57,6 @@ struct PlainShape {
   bool has_point = false;
 };
 bool PlainMaskShape(std::string_view mask, PlainShape* out);
-// FormatNumberPlain for the model of such a mask, without the model.
-int FormatNumberPlain(const DecimalDigits& value, const PlainShape& shape, char* buf,
-                      std::size_t room);
 
 // Returns 0 or kOraInvalidInput; the result is not yet range-checked.
 int ParseNumber(std::string_view text, const NumberModel& model, Decimal* out);

@@ -164,22 +164,24 @@ sword OCINumberToText(OCIError* err, const OCINumber* number, const oratext* fmt
   if (HasNlsParams(nls_params, nls_p_length)) {
     return FailNlsParams(err, nls_params, nls_p_length);
   }
-  ocimem::values::DecimalDigits digits;
-  if (ocimem::values::DecodeNumberDigits(number->OCINumberPart, &digits) != NumberError::None) {
-    return FailInvalidNumber(err, 2);
-  }
   const std::string_view mask = View(fmt, fmt_length);
   // The masks a host builds from a column's precision and scale ("FM99999.99") are read
-  // from their text; their values mostly need neither a model nor rounding.
+  // from their text; their values mostly need neither a model nor rounding, and their
+  // text comes straight from the number's bytes.
   ocimem::values::PlainShape shape;
   if (ocimem::values::PlainMaskShape(mask, &shape)) {
-    const int plain = ocimem::values::FormatNumberPlain(digits, shape,
-                                                        reinterpret_cast<char*>(buf), *buf_size);
+    const int plain = ocimem::values::FormatPlainNumberBytes(
+        number->OCINumberPart, shape.int_positions, shape.frac_positions, shape.has_point,
+        reinterpret_cast<char*>(buf), *buf_size);
     if (plain >= 0) {
       buf[plain] = '\0';
       *buf_size = static_cast<ub4>(plain);
       return OCI_SUCCESS;
     }
+  }
+  ocimem::values::DecimalDigits digits;
+  if (ocimem::values::DecodeNumberDigits(number->OCINumberPart, &digits) != NumberError::None) {
+    return FailInvalidNumber(err, 2);
   }
   const ocimem::values::NumberModel* model = nullptr;
   if (CachedNumberModel(mask, &model) != 0) {

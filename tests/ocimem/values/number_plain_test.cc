@@ -116,7 +116,8 @@ TEST(NumberPlainShape, WritesAsTheModelOnRandomValues) {
       const std::size_t room = rng() % 4 == 0 ? rng() % 12 : 200;
       char a[200];
       char b[200];
-      const int na = ocimem::values::FormatNumberPlain(digits, shape, a, room);
+      const int na = ocimem::values::FormatPlainNumberBytes(
+          bytes, shape.int_positions, shape.frac_positions, shape.has_point, a, room);
       const int nb = ocimem::values::FormatNumberPlain(digits, model, b, room);
       ASSERT_EQ(na, nb) << mask;
       if (na >= 0) {
@@ -128,6 +129,53 @@ TEST(NumberPlainShape, WritesAsTheModelOnRandomValues) {
     }
   }
   EXPECT_GT(written, 10000);
+}
+
+// Random bytes, mostly not a NUMBER at all: the text straight from the bytes is written
+// exactly when they decode, and then is the model's.
+TEST(NumberPlainShape, WritesFromBytesOnlyWhatDecodes) {
+  std::mt19937_64 rng(2411);
+  const char* const kMasks[] = {"FM999999999999.99", "FM99999999999999999999999999999999999999",
+                                "FM.9999999999999999999999999999999999999999"};
+  int decoded = 0;
+  int refused = 0;
+  for (const char* mask : kMasks) {
+    PlainShape shape;
+    ASSERT_TRUE(ocimem::values::PlainMaskShape(mask, &shape)) << mask;
+    NumberModel model;
+    ASSERT_EQ(ocimem::values::ParseNumberModel(mask, &model), 0);
+    for (int i = 0; i < 50000; ++i) {
+      unsigned char bytes[22] = {};
+      bytes[0] = static_cast<unsigned char>(rng() % 23);
+      const int mantissa = bytes[0] > 0 ? bytes[0] - 1 : 0;
+      bytes[1] = static_cast<unsigned char>(rng() % 256);
+      // Digits mostly in range, now and then out of it.
+      for (int k = 2; k <= mantissa + 1 && k < 22; ++k) {
+        bytes[k] = static_cast<unsigned char>(rng() % 16 == 0 ? rng() % 256 : 1 + rng() % 101);
+      }
+      if (rng() % 3 == 0 && mantissa >= 1 && mantissa + 1 < 22) bytes[mantissa + 1] = 0x66;
+      char a[200];
+      char b[200];
+      const int na = ocimem::values::FormatPlainNumberBytes(
+          bytes, shape.int_positions, shape.frac_positions, shape.has_point, a, sizeof a);
+      DecimalDigits digits;
+      if (ocimem::values::DecodeNumberDigits(bytes, &digits) != ocimem::values::NumberError::None) {
+        ASSERT_EQ(na, -1) << mask;
+        ++refused;
+        continue;
+      }
+      ++decoded;
+      const int nb = ocimem::values::FormatNumberPlain(digits, model, b, sizeof b);
+      ASSERT_EQ(na, nb) << mask;
+      if (na >= 0) {
+        ASSERT_EQ(std::string(a, static_cast<std::size_t>(na)),
+                  std::string(b, static_cast<std::size_t>(nb)))
+            << mask;
+      }
+    }
+  }
+  EXPECT_GT(decoded, 1000);
+  EXPECT_GT(refused, 1000);
 }
 
 }  // namespace
