@@ -99,7 +99,7 @@ CAdp::CAdp(DB_SPECIAL_STRINGS* pSpecialStrings)
       continue;
     }
     const unsigned char bLead = static_cast<unsigned char>(m_apszSpecial[i][0]);
-    if (!m_abSpecialLead[bLead]) m_abLeadBytes[m_nLeadBytes++] = bLead;
+    if (!m_abSpecialLead[bLead]) std::memset(m_aabLeadBlocks[m_nLeadBytes++], bLead, 16);
     m_abSpecialLead[bLead] = 1;
   }
 

@@ -226,8 +226,9 @@ class CAdp : public VARNADP {
   // Bytes that can begin a special string, so that escaping looks closer
   // only where one may start.
   unsigned char m_abSpecialLead[256];
-  // The same bytes as a list, for scanning many bytes at a time.
-  unsigned char m_abLeadBytes[5];
+  // The same bytes as a list, each sixteen times, for scanning sixteen
+  // bytes at a time.
+  alignas(16) unsigned char m_aabLeadBlocks[5][16];
   int m_nLeadBytes;
   // Set when some special string is empty: such a string stands everywhere.
   int m_bEmptySpecial;

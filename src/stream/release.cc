@@ -23,19 +23,21 @@ int EqualAsStrncmp(const char* pA, const char* pB, long nLength) {
   return 1;
 }
 
-// The first byte at or after p that is one of the nLeads lead bytes (also
-// marked in abLead), or pEnd: sixteen bytes at a time while they last. The
-// value begins at pBegin (<= p); nothing outside [pBegin, pEnd) is read.
+// The first byte at or after p that is one of the nLeads lead bytes (each
+// sixteen times in aabLeads, also marked in abLead), or pEnd: sixteen bytes
+// at a time while they last. The value begins at pBegin (<= p); nothing
+// outside [pBegin, pEnd) is read.
 const char* FindLead(const char* pBegin, const char* p, const char* pEnd,
-                     const unsigned char* abLeads, int nLeads, const unsigned char* abLead) {
+                     const unsigned char (*aabLeads)[16], int nLeads, const unsigned char* abLead) {
 #ifdef __SSE2__
   if (nLeads > 0 && pEnd - pBegin >= 16) {
-    __m128i aLead[5];
-    for (int k = 0; k < nLeads; ++k) aLead[k] = _mm_set1_epi8(static_cast<char>(abLeads[k]));
+    auto lead = [aabLeads](int k) {
+      return _mm_load_si128(reinterpret_cast<const __m128i*>(aabLeads[k]));
+    };
     auto leadBits = [&](const char* pFrom) {
       const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(pFrom));
-      __m128i any = _mm_cmpeq_epi8(block, aLead[0]);
-      for (int k = 1; k < nLeads; ++k) any = _mm_or_si128(any, _mm_cmpeq_epi8(block, aLead[k]));
+      __m128i any = _mm_cmpeq_epi8(block, lead(0));
+      for (int k = 1; k < nLeads; ++k) any = _mm_or_si128(any, _mm_cmpeq_epi8(block, lead(k)));
       return static_cast<unsigned>(_mm_movemask_epi8(any));
     };
     for (; pEnd - p >= 16; p += 16) {
@@ -53,7 +55,7 @@ const char* FindLead(const char* pBegin, const char* p, const char* pEnd,
   }
 #else
   (void)pBegin;
-  (void)abLeads;
+  (void)aabLeads;
   (void)nLeads;
 #endif
   // Short values byte by byte against the table.
@@ -102,7 +104,7 @@ long CAdp::_WriteStringAddRelease(void* pData, unsigned long nSize, int bEscape)
   const bool bEverywhere = m_bEmptySpecial != 0;
   for (const char* pPos = pBegin; pPos < pEnd; ++pPos) {
     if (!bEverywhere) {
-      pPos = FindLead(pBegin, pPos, pEnd, m_abLeadBytes, m_nLeadBytes, pLead);
+      pPos = FindLead(pBegin, pPos, pEnd, m_aabLeadBlocks, m_nLeadBytes, pLead);
       if (pPos == pEnd) break;
     }
     if (!_IsSpecialString(pPos, pEnd)) continue;

@@ -5,7 +5,6 @@
 #ifndef OCIMEM_SRC_DATABASE_CATALOG_H
 #define OCIMEM_SRC_DATABASE_CATALOG_H
 
-#include <cstring>
 #include <map>
 #include <memory>
 #include <string>
@@ -18,6 +17,7 @@
 #include "database/table.h"
 #include "objects/type.h"
 #include "database/view.h"
+#include "session/same_bytes.h"
 
 namespace ocimem {
 
@@ -62,8 +62,8 @@ class Catalog {
       const std::string& last_name = last_type_->first.second;
       const std::string& last_schema = last_type_->first.first;
       if (last_name.size() == name.size() && last_schema.size() == schema.size() &&
-          std::memcmp(last_name.data(), name.data(), name.size()) == 0 &&
-          std::memcmp(last_schema.data(), schema.data(), schema.size()) == 0) {
+          SameBytes(last_name.data(), name.data(), name.size()) &&
+          SameBytes(last_schema.data(), schema.data(), schema.size())) {
         return last_type_->second.type.get();
       }
     }

@@ -47,21 +47,18 @@ inline char* Put2(char* p, int v) {
 
 }  // namespace
 
-bool FormatFixed(const DateMask& mask, const DateTimeFields& v, bool allow_fraction, int fsprec,
-                 std::string* out) {
+int FormatFixedText(const DateMask& mask, const DateTimeFields& v, bool allow_fraction,
+                    int fsprec, char* buf) {
   if (v.year < 1 || v.year > 9999 || v.month < 1 || v.month > 12 || v.day < 0 || v.day > 99 ||
       v.hour < 0 || v.hour > 99 || v.minute < 0 || v.minute > 99 || v.second < 0 ||
       v.second > 99 || v.nanos > 999999999U) {
-    return false;
+    return -1;
   }
-  char buf[128];
   char* p = buf;
   for (const DateToken& t : mask.tokens) {
     switch (t.element) {
       case DateElement::Literal:
-        if (t.text.size() > 16 || static_cast<std::size_t>(buf + sizeof buf - p) < 32) {
-          return false;
-        }
+        if (t.text.size() > 16 || buf + kFixedTextRoom - p < 32) return -1;
         for (char c : t.text) *p++ = c;
         break;
       case DateElement::Year4:
@@ -74,9 +71,9 @@ bool FormatFixed(const DateMask& mask, const DateTimeFields& v, bool allow_fract
       case DateElement::Minute: p = Put2(p, v.minute); break;
       case DateElement::Second: p = Put2(p, v.second); break;
       case DateElement::Fraction: {
-        if (!allow_fraction) return false;
+        if (!allow_fraction) return -1;
         const int digits = t.digits != 0 ? t.digits : fsprec;
-        if (digits < 0 || digits > 9) return false;
+        if (digits < 0 || digits > 9) return -1;
         std::uint32_t n = v.nanos;
         char nine[9];
         for (int i = 8; i >= 0; --i) {
@@ -86,10 +83,18 @@ bool FormatFixed(const DateMask& mask, const DateTimeFields& v, bool allow_fract
         for (int i = 0; i < digits; ++i) *p++ = nine[i];
         break;
       }
-      default: return false;
+      default: return -1;
     }
   }
-  out->assign(buf, static_cast<std::size_t>(p - buf));
+  return static_cast<int>(p - buf);
+}
+
+bool FormatFixed(const DateMask& mask, const DateTimeFields& v, bool allow_fraction, int fsprec,
+                 std::string* out) {
+  char buf[kFixedTextRoom];
+  const int n = FormatFixedText(mask, v, allow_fraction, fsprec, buf);
+  if (n < 0) return false;
+  out->assign(buf, static_cast<std::size_t>(n));
   return true;
 }
 

@@ -17,6 +17,10 @@ bool IsFixedMask(const DateMask& mask);
 // the general formatter (a year outside 1..9999, a fraction not allowed, ...).
 bool FormatFixed(const DateMask& mask, const DateTimeFields& value, bool allow_fraction,
                  int fsprec, std::string* out);
+// The same text into `buf`, which has room for kFixedTextRoom bytes: its length, or -1.
+constexpr int kFixedTextRoom = 128;
+int FormatFixedText(const DateMask& mask, const DateTimeFields& value, bool allow_fraction,
+                    int fsprec, char* buf);
 
 // The value ParseDateTime reads from `text` when the text has exactly the mask's shape
 // (every digit of every element, the literals as written) and a valid date and time;

@@ -53,11 +53,11 @@ int CachedDateMask(std::string_view text, const DateMask** out) {
   return cache.Get(text, out);
 }
 
-sword CopyText(OCIError* err, const std::string& text, ub4* buf_size, oratext* buf) {
-  if (text.size() > *buf_size) return FailDate(err, 1877);
-  std::memcpy(buf, text.data(), text.size());
-  if (text.size() < *buf_size) buf[text.size()] = '\0';
-  *buf_size = static_cast<ub4>(text.size());
+sword CopyText(OCIError* err, const char* text, std::size_t length, ub4* buf_size, oratext* buf) {
+  if (length > *buf_size) return FailDate(err, 1877);
+  std::memcpy(buf, text, length);
+  if (length < *buf_size) buf[length] = '\0';
+  *buf_size = static_cast<ub4>(length);
   return OCI_SUCCESS;
 }
 

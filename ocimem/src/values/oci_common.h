@@ -100,7 +100,10 @@ int CachedDateMask(std::string_view text, const DateMask** out);
 
 // Copies text into a caller buffer of *buf_size bytes: a text that exactly
 // fills the buffer is accepted without terminator; longer is ORA-01877.
-sword CopyText(OCIError* err, const std::string& text, ub4* buf_size, oratext* buf);
+sword CopyText(OCIError* err, const char* text, std::size_t length, ub4* buf_size, oratext* buf);
+inline sword CopyText(OCIError* err, const std::string& text, ub4* buf_size, oratext* buf) {
+  return CopyText(err, text.data(), text.size(), buf_size, buf);
+}
 
 }  // namespace ocimem::values
 

@@ -4,6 +4,7 @@
 
 #include "session/internal.h"
 #include "calendar.h"
+#include "date_fixed.h"
 #include "date_format.h"
 #include "oci_common.h"
 
@@ -34,6 +35,13 @@ sword OCIDateToText(OCIError* err, const OCIDate* date, const oratext* fmt, ub1 
   v.hour = date->OCIDateTime.OCITimeHH;
   v.minute = date->OCIDateTime.OCITimeMI;
   v.second = date->OCIDateTime.OCITimeSS;
+  if (mask->fixed) {
+    char fixed[ocimem::values::kFixedTextRoom];
+    const int n = ocimem::values::FormatFixedText(*mask, v, false, 0, fixed);
+    if (n >= 0) {
+      return ocimem::values::CopyText(err, fixed, static_cast<std::size_t>(n), buf_size, buf);
+    }
+  }
   thread_local std::string text;  // keeps its buffer from call to call
   if (int ora = ocimem::values::FormatDateTime(*mask, v, false, 0, nullptr, &text)) {
     return ocimem::values::FailDate(err, ora);

@@ -4,6 +4,7 @@
 
 #include "session/internal.h"
 #include "calendar.h"
+#include "date_fixed.h"
 #include "date_format.h"
 #include "datetime.h"
 #include "datetime_kinds.h"
@@ -195,6 +196,13 @@ sword OCIDateTimeToText(void* hndl, OCIError* err, const OCIDateTime* date, cons
   ocimem::values::ZoneOutput zone;
   bool has_zone = false;
   const DateTimeFields f = Shown(*d, session, &zone, &has_zone);
+  if (mask->fixed) {
+    char fixed[ocimem::values::kFixedTextRoom];
+    const int n = ocimem::values::FormatFixedText(*mask, f, true, fsprec, fixed);
+    if (n >= 0) {
+      return ocimem::values::CopyText(err, fixed, static_cast<std::size_t>(n), buf_size, buf);
+    }
+  }
   thread_local std::string text;  // keeps its buffer from call to call
   if (int ora = ocimem::values::FormatDateTime(*mask, f, true, fsprec, has_zone ? &zone : nullptr,
                                                &text)) {
