@@ -29,7 +29,11 @@ int CAdp::_ReadGroupEnd() {
 int CAdp::_ReadDelimiter() {
   const unsigned long nLength = static_cast<unsigned long>(m_nDelimiterLen);
   const unsigned long nRead = m_pStream->Read(m_szValueBuf, nLength);
-  if (nRead == nLength && std::strncmp(m_szValueBuf, m_szDelimiter, nLength) == 0) return 1;
+  // Over one byte strncmp is a comparison of that byte.
+  if (nRead == nLength && (nLength == 1 ? m_szValueBuf[0] == m_szDelimiter[0]
+                                        : std::strncmp(m_szValueBuf, m_szDelimiter, nLength) == 0)) {
+    return 1;
+  }
   m_pStream->Seek(-static_cast<long>(nRead), 1);
   return 0;
 }
