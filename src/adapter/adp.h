@@ -242,6 +242,9 @@ class CAdp : public VARNADP {
     char szMask[ADP_NUMBER_MASK_ROOM];
   };
   SNumberMask m_aNumberMasks[ADP_NUMBER_MASKS];
+  // _NumberMask for a mask not cached yet: built into its slot.
+  [[gnu::noinline]] const char* _NewNumberMask(const Column_Def& def, SNumberMask& cached,
+                                               size_t& nLength);
 };
 
 #endif  // SRC_ADAPTER_ADP_H_

@@ -70,6 +70,10 @@ const char* CAdp::_NumberMask(const Column_Def& def, size_t& nLength) {
     nLength = cached.nLength;
     return cached.szMask;
   }
+  return _NewNumberMask(def, cached, nLength);
+}
+
+const char* CAdp::_NewNumberMask(const Column_Def& def, SNumberMask& cached, size_t& nLength) {
   nLength = BuildNumberMask(def, cached.szMask, sizeof cached.szMask);
   if (nLength + 1 > sizeof cached.szMask) {
     cached.nLength = 0;

@@ -58,6 +58,10 @@ int FormatFixedText(const DateMask& mask, const DateTimeFields& v, bool allow_fr
   for (const DateToken& t : mask.tokens) {
     switch (t.element) {
       case DateElement::Literal:
+        if (t.text.size() == 1 && buf + kFixedTextRoom - p >= 32) {
+          *p++ = t.text[0];  // the usual '-', ':', ' ' and '.'
+          break;
+        }
         if (t.text.size() > 16 || buf + kFixedTextRoom - p < 32) return -1;
         for (char c : t.text) *p++ = c;
         break;
