@@ -97,7 +97,8 @@ struct OCIType : std::enable_shared_from_this<OCIType> {
   bool IsCollection() const { return typecode == OCI_TYPECODE_NAMEDCOLLECTION; }
   // Computes offsets, size and null-struct size of an object type.
   void Layout();
-  const ocimem::Attribute* FindAttribute(const char* name, size_t length) const {
+  [[gnu::always_inline]] const ocimem::Attribute* FindAttribute(const char* name,
+                                                                size_t length) const {
     // In line: the attribute after the one found last (attribute names are unique, so
     // this finds the same attribute as the scan).
     const size_t hint = attribute_hint.load(std::memory_order_relaxed);
