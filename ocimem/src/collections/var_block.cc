@@ -6,6 +6,7 @@
 #include <unordered_set>
 
 #include "session/handles.h"
+#include "session/recycle.h"
 #include "objects/instance.h"
 
 namespace ocimem {
@@ -34,10 +35,16 @@ VarPrefix* PrefixOf(const void* value) {
 // fits where it is: prefix, length word, 27 bytes and the NUL make 64 bytes.
 constexpr ub4 kMinCapacity = 27;
 
+// Bytes of a block with room for `capacity` bytes.
+size_t BlockBytes(ub4 capacity) {
+  return sizeof(VarPrefix) + kVarLengthSize + size_t{capacity} + 1;
+}
+
+// Blocks come from the value pool (recycle.h): strings and raws are made and freed for
+// every object read.
 void* Allocate(ub4 capacity) {
   if (capacity < kMinCapacity) capacity = kMinCapacity;
-  size_t bytes = sizeof(VarPrefix) + kVarLengthSize + size_t{capacity} + 1;
-  auto* block = static_cast<unsigned char*>(std::malloc(bytes));
+  auto* block = static_cast<unsigned char*>(PooledAlloc(BlockBytes(capacity)));
   if (block == nullptr) return nullptr;
   auto* prefix = reinterpret_cast<VarPrefix*>(block);
   prefix->live = kLiveVar;
@@ -72,7 +79,7 @@ void FreeVarBlock(void* value) {
     prefix->owner->loose_values.erase(value);
   }
   prefix->live = 0;
-  std::free(prefix);
+  PooledFree(prefix, BlockBytes(prefix->capacity));
 }
 
 void FreeLooseValues(Env* env) {

@@ -1,8 +1,24 @@
 #include "session/recycle.h"
 
+#include <atomic>
+#include <cstdlib>
 #include <mutex>
+#include <thread>
 #include <unordered_map>
 #include <vector>
+
+#if defined(__SANITIZE_ADDRESS__)
+#define OCIMEM_POOL_ASAN 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define OCIMEM_POOL_ASAN 1
+#endif
+#endif
+
+#ifdef OCIMEM_POOL_ASAN
+extern "C" void __asan_poison_memory_region(void const volatile* addr, size_t size);
+extern "C" void __asan_unpoison_memory_region(void const volatile* addr, size_t size);
+#endif
 
 namespace ocimem {
 namespace {
@@ -19,6 +35,48 @@ struct Pool {
 Pool& ThePool() {
   static Pool* pool = new Pool;
   return *pool;
+}
+
+// The value pool: size classes of 64 bytes up to kPooledMax, each a list of free blocks
+// linked through their first word.  Constant-initialised and never destroyed, like the
+// pool above.  Its lock is held for a few instructions only, so a waiter spins (yielding).
+constexpr std::size_t kGrain = 64;
+constexpr std::size_t kClasses = kPooledMax / kGrain;
+// Bytes of free blocks a class keeps at most; a block freed beyond goes back to free().
+constexpr std::size_t kKeptBytes = 256 * 1024;
+
+struct ValuePool {
+  std::atomic<bool> held{false};
+  void* free_list[kClasses] = {};
+  std::size_t kept[kClasses] = {};
+
+  void Lock() noexcept {
+    while (held.exchange(true, std::memory_order_acquire)) {
+      while (held.load(std::memory_order_relaxed)) std::this_thread::yield();
+    }
+  }
+  void Unlock() noexcept { held.store(false, std::memory_order_release); }
+};
+
+ValuePool g_values;
+
+// A free block is poisoned for the address sanitizer, so that a stale pointer into it still
+// reads as freed memory; its first word (the link) is opened only while the lock is held.
+void PoisonBlock(void* p, std::size_t n) {
+#ifdef OCIMEM_POOL_ASAN
+  __asan_poison_memory_region(p, n);
+#else
+  (void)p;
+  (void)n;
+#endif
+}
+void UnpoisonBlock(void* p, std::size_t n) {
+#ifdef OCIMEM_POOL_ASAN
+  __asan_unpoison_memory_region(p, n);
+#else
+  (void)p;
+  (void)n;
+#endif
 }
 
 }  // namespace
@@ -52,6 +110,44 @@ void RecycledFree(void* p) noexcept {
     // No room to remember it: give it back, stale pointers to it are then unchecked.
     ::operator delete(block);
   }
+}
+
+void* PooledAlloc(std::size_t size) noexcept {
+  if (size == 0 || size > kPooledMax) return std::malloc(size == 0 ? 1 : size);
+  const std::size_t c = (size - 1) / kGrain;
+  g_values.Lock();
+  void* block = g_values.free_list[c];
+  if (block != nullptr) {
+    UnpoisonBlock(block, sizeof(void*));
+    g_values.free_list[c] = *static_cast<void**>(block);
+    --g_values.kept[c];
+    g_values.Unlock();
+    UnpoisonBlock(block, (c + 1) * kGrain);
+    return block;
+  }
+  g_values.Unlock();
+  return std::malloc((c + 1) * kGrain);
+}
+
+void PooledFree(void* p, std::size_t size) noexcept {
+  if (p == nullptr) return;
+  if (size == 0 || size > kPooledMax) {
+    std::free(p);
+    return;
+  }
+  const std::size_t c = (size - 1) / kGrain;
+  const std::size_t bytes = (c + 1) * kGrain;
+  g_values.Lock();
+  if (g_values.kept[c] * bytes >= kKeptBytes) {
+    g_values.Unlock();
+    std::free(p);
+    return;
+  }
+  *static_cast<void**>(p) = g_values.free_list[c];
+  PoisonBlock(p, bytes);
+  g_values.free_list[c] = p;
+  ++g_values.kept[c];
+  g_values.Unlock();
 }
 
 }  // namespace ocimem

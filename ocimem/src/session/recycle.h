@@ -2,6 +2,11 @@
 // locators).  A freed block is kept for the next object of the same size instead of going
 // back to the system allocator, with its live tag cleared, so that a stale pointer a caller
 // passes in later reads "not alive" and is refused, instead of reading freed memory.
+//
+// Beside it, a pool for the values that are made and freed many times for each object a
+// host reads (object instances, their null structures, strings and raws): blocks from
+// malloc, sorted into size classes, a freed one kept (up to a limit per class) for the next
+// request of its class.  These blocks carry no live tag: nothing reads them once freed.
 #ifndef OCIMEM_SRC_SESSION_RECYCLE_H
 #define OCIMEM_SRC_SESSION_RECYCLE_H
 
@@ -14,6 +19,14 @@ namespace ocimem {
 void* RecycledAlloc(std::size_t size) noexcept;
 // `p` from RecycledAlloc, or nullptr.
 void RecycledFree(void* p) noexcept;
+
+// Largest request the value pool keeps blocks for; larger ones go to malloc and free.
+constexpr std::size_t kPooledMax = 1024;
+// A block of at least `size` bytes, aligned for any type; nullptr when out of memory.  The
+// block comes from malloc, so it may also be released with std::free.
+void* PooledAlloc(std::size_t size) noexcept;
+// Releases `p` from PooledAlloc(size) (the same size), or nullptr.
+void PooledFree(void* p, std::size_t size) noexcept;
 
 }  // namespace ocimem
 
