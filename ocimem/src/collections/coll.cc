@@ -108,6 +108,8 @@ bool OCIColl::Grow() {
   return true;
 }
 
+void OCIColl::Unused(unsigned char* block) { Poison(block, stride_); }
+
 void OCIColl::TrimBack(size_t n) {
   n = std::min(n, size_);
   for (size_t i = 0; i < n; ++i) {

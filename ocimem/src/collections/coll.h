@@ -53,6 +53,15 @@ struct OCIColl {
   }
   // Appends an initialised element (value null-free, indicators "not null").
   bool Grow();
+  // Appending an element made in place: the zeroed block of element size() (nullptr when
+  // out of memory), then Push() to append it, or Unused() when it was not filled (its
+  // value freed).
+  unsigned char* NextFree() { return NextBlock(); }
+  OCIInd* IndIn(unsigned char* block) const {
+    return reinterpret_cast<OCIInd*>(block + ind_offset_);
+  }
+  void Push() { ++size_; }
+  void Unused(unsigned char* block);
   void TrimBack(size_t n);
   void Clear() { TrimBack(size_); }
   void Adopt(OCIIter* it) { iterators.push_back(it); }

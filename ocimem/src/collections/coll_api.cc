@@ -18,6 +18,10 @@ sword IndexError(OCIError* err, long long index, long long low, long long high) 
                   " to " + Bracket(high));
 }
 
+sword NoMemory(OCIError* err) {
+  return Fail(err, 21500, "internal error code, arguments: [out of memory]");
+}
+
 // Stores the element given in by OCICollAppend/OCICollAssignElem at index i.
 sword StoreElement(Env* env, OCIError* err, OCIColl* coll, size_t i, const void* elem,
                    const void* elemind, int elem_position) {
@@ -98,10 +102,33 @@ sword OCICollAppend(OCIEnv* envh, OCIError* err, const void* elem, const void* e
       c->size() >= static_cast<size_t>(type.max_elements)) {
     return IndexError(err, static_cast<long long>(c->size()), 0, type.max_elements - 1LL);
   }
-  if (!c->Grow()) return Fail(err, 21500, "internal error code, arguments: [out of memory]");
-  rc = StoreElement(env, err, c, c->size() - 1, elem, elemind, 3);
-  if (rc != OCI_SUCCESS) c->TrimBack(1);
-  return rc;
+  // The element is copied straight into its block (what Grow and StoreElement make of it).
+  unsigned char* block = c->NextFree();
+  if (block == nullptr) return NoMemory(err);
+  const ValueType& t = c->element_type();
+  if (!ObjectValueFits(env, t, elem)) {
+    c->Unused(block);
+    return FailArgument(err, 3);
+  }
+  OCIInd* ind = c->IndIn(block);
+  AssignResult r = AssignResult::kOk;
+  if (elem != block) {
+    r = ConstructSlot(env, t, block, elem);
+  } else if (!InitSlot(env, t, block, ind, true)) {  // a stale address: the new value stays
+    r = AssignResult::kNoMemory;
+  }
+  if (r != AssignResult::kOk) {
+    FreeSlot(t, block);
+    c->Unused(block);
+    return r == AssignResult::kBadValue ? FailArgument(err, 3) : NoMemory(err);
+  }
+  if (elemind == nullptr || elemind == ind) {
+    SetNullInfo(t, ind, OCI_IND_NOTNULL);
+  } else {
+    std::memmove(ind, elemind, t.IndSize());
+  }
+  c->Push();
+  return OCI_SUCCESS;
 }
 
 sword OCICollGetElem(OCIEnv* envh, OCIError* err, const OCIColl* coll, sb4 index,

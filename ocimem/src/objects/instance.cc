@@ -1,6 +1,8 @@
 #include "objects/instance.h"
 
+#include <cstddef>
 #include <cstdlib>
+#include <cstring>
 #include <mutex>
 #include <new>
 
@@ -13,6 +15,8 @@
 namespace ocimem {
 namespace {
 
+size_t RoundUp(size_t n, size_t align) { return (n + align - 1) / align * align; }
+
 Instance* Register(Env* env, std::unique_ptr<Instance> instance) {
   Instance* raw = instance.get();
   std::lock_guard<std::mutex> lock(env->registry_mutex);
@@ -23,22 +27,25 @@ Instance* Register(Env* env, std::unique_ptr<Instance> instance) {
 }  // namespace
 
 Instance* NewObjectInstance(Env* env, std::shared_ptr<OCIType> type) {
-  auto instance = std::make_unique<Instance>();
-  instance->kind = Instance::Kind::kObject;
-  // calloc: every slot starts zeroed, so a partly initialised instance frees cleanly.
-  instance->value = std::calloc(1, type->size == 0 ? 1 : type->size);
-  instance->null_struct = static_cast<OCIInd*>(std::calloc(1, type->ind_size));
-  instance->type = std::move(type);
-  if (instance->value == nullptr || instance->null_struct == nullptr) {
-    FreeInstanceMemory(instance.get());
+  const OCIType& t = *type;
+  const size_t ind_bytes = RoundUp(t.ind_size, alignof(std::max_align_t));
+  const size_t bytes = ind_bytes + (t.size == 0 ? 1 : t.size);
+  auto* block = static_cast<unsigned char*>(PooledAlloc(bytes));
+  if (block == nullptr) return nullptr;
+  std::unique_ptr<Instance> instance(new (std::nothrow) Instance);
+  if (instance == nullptr) {
+    PooledFree(block, bytes);
     return nullptr;
   }
-  ValueType t;
-  t.kind = ValueKind::kObject;
-  t.typecode = OCI_TYPECODE_OBJECT;
-  t.named = instance->type;
-  bool not_null = env->new_not_null;
-  if (!InitSlot(env, t, instance->value, instance->null_struct, not_null)) {
+  instance->kind = Instance::Kind::kObject;
+  instance->block_bytes = bytes;
+  instance->null_struct = reinterpret_cast<OCIInd*>(block);
+  // Every slot starts zeroed, so a partly initialised instance frees cleanly; InitObject
+  // writes every indicator of the null struct.
+  instance->value = block + ind_bytes;
+  std::memset(instance->value, 0, bytes - ind_bytes);
+  instance->type = std::move(type);
+  if (!InitObject(env, t, instance->value, instance->null_struct, env->new_not_null)) {
     FreeInstanceMemory(instance.get());
     return nullptr;
   }
@@ -89,14 +96,11 @@ Instance* FindInstance(Env* env, const void* value) {
 void FreeInstanceMemory(Instance* instance) {
   switch (instance->kind) {
     case Instance::Kind::kObject:
-      if (instance->value != nullptr) {
-        ValueType t;
-        t.kind = ValueKind::kObject;
-        t.named = instance->type;
-        FreeSlot(t, instance->value);
+      if (instance->value != nullptr) FreeObject(*instance->type, instance->value);
+      // Without its null struct (left to the caller) the block is the caller's.
+      if (instance->null_struct != nullptr) {
+        PooledFree(instance->null_struct, instance->block_bytes);
       }
-      std::free(instance->value);
-      std::free(instance->null_struct);
       break;
     case Instance::Kind::kCollection:
       delete static_cast<OCIColl*>(instance->value);
@@ -113,16 +117,23 @@ void FreeInstanceMemory(Instance* instance) {
   instance->null_struct = nullptr;
 }
 
-void DestroyInstance(Env* env, void* value) {
+std::unique_ptr<Instance> TakeInstance(Env* env, void* value, bool keep_null_struct) {
   std::unique_ptr<Instance> instance;
-  {
-    std::lock_guard<std::mutex> lock(env->registry_mutex);
-    auto it = env->instances.find(value);
-    if (it == env->instances.end()) return;
-    instance = std::move(it->second);
-    env->instances.erase(it);
+  std::lock_guard<std::mutex> lock(env->registry_mutex);
+  auto it = env->instances.find(value);
+  if (it == env->instances.end()) return instance;
+  if (keep_null_struct && it->second->kind == Instance::Kind::kObject) {
+    env->kept_null_structs.push_back(it->second->null_struct);
+    it->second->null_struct = nullptr;
   }
-  FreeInstanceMemory(instance.get());
+  instance = std::move(it->second);
+  env->instances.erase(it);
+  return instance;
+}
+
+void DestroyInstance(Env* env, void* value) {
+  std::unique_ptr<Instance> instance = TakeInstance(env, value, false);
+  if (instance != nullptr) FreeInstanceMemory(instance.get());
 }
 
 void RekeyInstance(Env* env, void* old_value, void* new_value) {

@@ -194,17 +194,13 @@ sword OCIObjectFree(OCIEnv* envh, OCIError* err, void* instance, ub2 flags) {
   Env* env = nullptr;
   if ((rc = CheckObjectEnv(envh, err, &env)) != OCI_SUCCESS) return rc;
   if (instance == nullptr) return FailArgument(err, 3);
-  Instance* found = FindInstance(env, instance);
   // Decision D9: anything but a standalone instance is refused, never dereferenced.
+  std::unique_ptr<Instance> found =
+      TakeInstance(env, instance, (flags & OCI_OBJECTFREE_NONULL) != 0);
   if (found == nullptr) {
     return Fail(err, 21710, "argument is expecting a valid memory address of an object");
   }
-  if ((flags & OCI_OBJECTFREE_NONULL) != 0 && found->kind == Instance::Kind::kObject) {
-    std::lock_guard<std::mutex> lock(env->registry_mutex);
-    env->kept_null_structs.push_back(found->null_struct);
-    found->null_struct = nullptr;
-  }
-  DestroyInstance(env, instance);
+  FreeInstanceMemory(found.get());
   return OCI_SUCCESS;
 }
 

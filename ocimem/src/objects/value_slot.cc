@@ -84,15 +84,8 @@ bool InitSlot(Env* env, const ValueType& t, void* slot, OCIInd* ind, bool not_nu
       SlotPointer<void>(slot) = desc;
       return true;
     }
-    case ValueKind::kObject: {
-      if (ind != nullptr) ind[0] = state;
-      bool ok = true;
-      for (const Attribute& a : t.named->attributes) {
-        ok = InitSlot(env, a.type, At(slot, a.offset),
-                      ind != nullptr ? IndAt(ind, a.ind_offset) : nullptr, not_null) && ok;
-      }
-      return ok;
-    }
+    case ValueKind::kObject:
+      return InitObject(env, *t.named, slot, ind, not_null);
     case ValueKind::kCollection:
       SlotPointer<OCIColl>(slot) = new (std::nothrow) OCIColl(env, t.named);
       return SlotPointer<OCIColl>(slot) != nullptr;
@@ -123,13 +116,27 @@ void FreeSlot(const ValueType& t, void* slot) {
       if (SlotPointer<void>(slot) != nullptr) FreeValueDescriptor(SlotPointer<void>(slot));
       break;
     case ValueKind::kObject:
-      for (const Attribute& a : t.named->attributes) FreeSlot(a.type, At(slot, a.offset));
+      FreeObject(*t.named, slot);
       return;
     case ValueKind::kCollection:
       delete SlotPointer<OCIColl>(slot);
       break;
   }
   SlotPointer<void>(slot) = nullptr;
+}
+
+bool InitObject(Env* env, const OCIType& type, void* slot, OCIInd* ind, bool not_null) {
+  if (ind != nullptr) ind[0] = not_null ? OCI_IND_NOTNULL : OCI_IND_NULL;
+  bool ok = true;
+  for (const Attribute& a : type.attributes) {
+    ok = InitSlot(env, a.type, At(slot, a.offset),
+                  ind != nullptr ? IndAt(ind, a.ind_offset) : nullptr, not_null) && ok;
+  }
+  return ok;
+}
+
+void FreeObject(const OCIType& type, void* slot) {
+  for (const Attribute& a : type.attributes) FreeSlot(a.type, At(slot, a.offset));
 }
 
 bool ObjectValueFits(Env* env, const ValueType& t, const void* elem) {
@@ -212,6 +219,68 @@ AssignResult AssignSlot(Env* env, const ValueType& t, void* slot, const void* el
         dst = new (std::nothrow) OCIColl(env, t.named);
         if (dst == nullptr) return AssignResult::kNoMemory;
       }
+      return CopyCollection(env, *src, dst) ? AssignResult::kOk : AssignResult::kNoMemory;
+    }
+  }
+  return AssignResult::kBadValue;
+}
+
+AssignResult ConstructSlot(Env* env, const ValueType& t, void* slot, const void* elem) {
+  switch (t.kind) {
+    case ValueKind::kNumber:
+      std::memmove(slot, elem, sizeof(OCINumber));
+      return AssignResult::kOk;
+    case ValueKind::kDate:
+      std::memmove(slot, elem, sizeof(OCIDate));
+      return AssignResult::kOk;
+    case ValueKind::kString:
+    case ValueKind::kRaw: {
+      // A value resized to 0 by its owner is NULL: it copies as an empty value.
+      const void* bytes = elem != nullptr ? VarBytes(elem) : nullptr;
+      ub4 length = elem != nullptr ? VarLength(elem) : 0;
+      SlotPointer<void>(slot) = NewVarBlock(bytes, length);
+      return SlotPointer<void>(slot) != nullptr ? AssignResult::kOk : AssignResult::kNoMemory;
+    }
+    case ValueKind::kRef:
+      if (AsRef(elem) == nullptr) return AssignResult::kBadValue;
+      SlotPointer<OCIRef>(slot) = new (std::nothrow) OCIRef;
+      return SlotPointer<OCIRef>(slot) != nullptr ? AssignResult::kOk : AssignResult::kNoMemory;
+    case ValueKind::kLob: {
+      const OCILobLocator* src = AsLocator(elem);
+      if (src == nullptr) return AssignResult::kBadValue;
+      OCILobLocator*& dst = SlotPointer<OCILobLocator>(slot);
+      dst = NewInstanceLocator(t.typecode, t.charset_form);
+      if (dst == nullptr) return AssignResult::kNoMemory;
+      CopyLocator(*src, dst);
+      return AssignResult::kOk;
+    }
+    case ValueKind::kDateTime:
+    case ValueKind::kInterval: {
+      if (!IsValueDescriptor(elem, t.descriptor_type)) return AssignResult::kBadValue;
+      void* desc = nullptr;
+      if (AllocValueDescriptor(env, t.descriptor_type, &desc) != OCI_SUCCESS) {
+        return AssignResult::kNoMemory;
+      }
+      SlotPointer<void>(slot) = desc;
+      CopyValueDescriptor(elem, desc);
+      return AssignResult::kOk;
+    }
+    case ValueKind::kObject:
+      for (const Attribute& a : t.named->attributes) {
+        AssignResult r = ConstructSlot(env, a.type, At(slot, a.offset),
+                                       ElementForm(a.type, At(elem, a.offset)));
+        if (r != AssignResult::kOk) return r;
+      }
+      return AssignResult::kOk;
+    case ValueKind::kCollection: {
+      const OCIColl* src = AsColl(elem);
+      if (src == nullptr || src->type->element.kind != t.named->element.kind ||
+          src->type->element.named != t.named->element.named) {
+        return AssignResult::kBadValue;
+      }
+      OCIColl*& dst = SlotPointer<OCIColl>(slot);
+      dst = new (std::nothrow) OCIColl(env, t.named);
+      if (dst == nullptr) return AssignResult::kNoMemory;
       return CopyCollection(env, *src, dst) ? AssignResult::kOk : AssignResult::kNoMemory;
     }
   }

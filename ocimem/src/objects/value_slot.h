@@ -16,6 +16,9 @@ struct Env;
 // then still be freed.
 bool InitSlot(Env* env, const ValueType& t, void* slot, OCIInd* ind, bool not_null);
 void FreeSlot(const ValueType& t, void* slot);
+// InitSlot and FreeSlot of an object of type `type` (ValueKind::kObject).
+bool InitObject(Env* env, const OCIType& type, void* slot, OCIInd* ind, bool not_null);
+void FreeObject(const OCIType& type, void* slot);
 // Sets every indicator of a value's null information.
 void SetNullInfo(const ValueType& t, OCIInd* ind, OCIInd value);
 
@@ -24,6 +27,10 @@ enum class AssignResult { kOk, kBadValue, kNoMemory };
 // OCIDate*, the struct of an object, or the handle itself (OCIString*, OCIRaw*, OCIRef*,
 // OCILobLocator*, OCIDateTime*, OCIInterval*, OCIColl*).
 AssignResult AssignSlot(Env* env, const ValueType& t, void* slot, const void* elem);
+// Makes a zeroed slot hold a deep copy of `elem`: what InitSlot and then AssignSlot make of
+// it, in one pass (no new value made only to be replaced).  `elem` must not be the slot.
+// Unless kOk, the slot holds what was made so far and is freed with FreeSlot.
+AssignResult ConstructSlot(Env* env, const ValueType& t, void* slot, const void* elem);
 // False when `elem` is a standalone object instance of another type than `t` (an object
 // value that is not standalone cannot be checked and is trusted).
 bool ObjectValueFits(Env* env, const ValueType& t, const void* elem);
