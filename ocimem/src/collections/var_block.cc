@@ -94,16 +94,6 @@ void FreeLooseValues(Env* env) {
   }
 }
 
-ub4 VarLength(const void* value) {
-  ub4 length;
-  std::memcpy(&length, value, sizeof length);
-  return length;
-}
-
-unsigned char* VarBytes(const void* value) {
-  return static_cast<unsigned char*>(const_cast<void*>(value)) + kVarLengthSize;
-}
-
 void MarkStandalone(void* value, bool standalone) {
   VarPrefix* prefix = PrefixOf(value);
   prefix->flags = standalone ? (prefix->flags | kStandalone) : (prefix->flags & ~kStandalone);

@@ -6,6 +6,7 @@
 #define OCIMEM_SRC_COLLECTIONS_VAR_BLOCK_H
 
 #include <cstddef>
+#include <cstring>
 
 #include "oci.h"
 
@@ -18,8 +19,14 @@ constexpr size_t kVarLengthSize = sizeof(ub4);
 // A new value of `length` bytes copied from `bytes` (nullptr: contents undefined).
 void* NewVarBlock(const void* bytes, ub4 length);
 void FreeVarBlock(void* value);
-ub4 VarLength(const void* value);
-unsigned char* VarBytes(const void* value);
+inline ub4 VarLength(const void* value) {
+  ub4 length;
+  std::memcpy(&length, value, sizeof length);
+  return length;
+}
+inline unsigned char* VarBytes(const void* value) {
+  return static_cast<unsigned char*>(const_cast<void*>(value)) + kVarLengthSize;
+}
 // Makes *value hold `length` bytes; allocates when *value is nullptr and moves the value
 // when it does not fit.  Contents are not kept.  False when out of memory.
 bool ResizeVarBlock(Env* env, ub4 length, void** value);

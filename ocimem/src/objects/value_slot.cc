@@ -125,18 +125,55 @@ void FreeSlot(const ValueType& t, void* slot) {
   SlotPointer<void>(slot) = nullptr;
 }
 
+// The attribute loops below handle numbers, dates, strings and raws in line (the attributes
+// of most objects) and leave the other kinds to InitSlot, FreeSlot and ConstructSlot.
 bool InitObject(Env* env, const OCIType& type, void* slot, OCIInd* ind, bool not_null) {
-  if (ind != nullptr) ind[0] = not_null ? OCI_IND_NOTNULL : OCI_IND_NULL;
+  const OCIInd state = not_null ? OCI_IND_NOTNULL : OCI_IND_NULL;
+  if (ind != nullptr) ind[0] = state;
   bool ok = true;
   for (const Attribute& a : type.attributes) {
-    ok = InitSlot(env, a.type, At(slot, a.offset),
-                  ind != nullptr ? IndAt(ind, a.ind_offset) : nullptr, not_null) && ok;
+    void* s = At(slot, a.offset);
+    OCIInd* attr_ind = ind != nullptr ? IndAt(ind, a.ind_offset) : nullptr;
+    switch (a.type.kind) {
+      case ValueKind::kNumber:
+        if (attr_ind != nullptr) *attr_ind = state;
+        SetZeroNumber(static_cast<OCINumber*>(s));
+        break;
+      case ValueKind::kDate:
+        if (attr_ind != nullptr) *attr_ind = state;
+        SetFirstDate(static_cast<OCIDate*>(s));
+        break;
+      case ValueKind::kString:
+      case ValueKind::kRaw:
+        if (attr_ind != nullptr) *attr_ind = state;
+        SlotPointer<void>(s) = NewVarBlock(nullptr, 0);
+        if (SlotPointer<void>(s) == nullptr) ok = false;
+        break;
+      default:
+        ok = InitSlot(env, a.type, s, attr_ind, not_null) && ok;
+        break;
+    }
   }
   return ok;
 }
 
 void FreeObject(const OCIType& type, void* slot) {
-  for (const Attribute& a : type.attributes) FreeSlot(a.type, At(slot, a.offset));
+  for (const Attribute& a : type.attributes) {
+    void* s = At(slot, a.offset);
+    switch (a.type.kind) {
+      case ValueKind::kNumber:
+      case ValueKind::kDate:
+        break;
+      case ValueKind::kString:
+      case ValueKind::kRaw:
+        FreeVarBlock(SlotPointer<void>(s));
+        SlotPointer<void>(s) = nullptr;
+        break;
+      default:
+        FreeSlot(a.type, s);
+        break;
+    }
+  }
 }
 
 bool ObjectValueFits(Env* env, const ValueType& t, const void* elem) {
@@ -267,9 +304,30 @@ AssignResult ConstructSlot(Env* env, const ValueType& t, void* slot, const void*
     }
     case ValueKind::kObject:
       for (const Attribute& a : t.named->attributes) {
-        AssignResult r = ConstructSlot(env, a.type, At(slot, a.offset),
-                                       ElementForm(a.type, At(elem, a.offset)));
-        if (r != AssignResult::kOk) return r;
+        void* s = At(slot, a.offset);
+        const unsigned char* from = At(elem, a.offset);
+        switch (a.type.kind) {
+          case ValueKind::kNumber:
+            std::memmove(s, from, sizeof(OCINumber));
+            break;
+          case ValueKind::kDate:
+            std::memmove(s, from, sizeof(OCIDate));
+            break;
+          case ValueKind::kString:
+          case ValueKind::kRaw: {
+            const void* value = *reinterpret_cast<void* const*>(from);
+            const void* bytes = value != nullptr ? VarBytes(value) : nullptr;
+            ub4 length = value != nullptr ? VarLength(value) : 0;
+            SlotPointer<void>(s) = NewVarBlock(bytes, length);
+            if (SlotPointer<void>(s) == nullptr) return AssignResult::kNoMemory;
+            break;
+          }
+          default: {
+            AssignResult r = ConstructSlot(env, a.type, s, ElementForm(a.type, from));
+            if (r != AssignResult::kOk) return r;
+            break;
+          }
+        }
       }
       return AssignResult::kOk;
     case ValueKind::kCollection: {
