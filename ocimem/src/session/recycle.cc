@@ -23,13 +23,43 @@ extern "C" void __asan_unpoison_memory_region(void const volatile* addr, size_t 
 namespace ocimem {
 namespace {
 
-// Each block starts with its size, so that a free needs nothing but the pointer.
+// Each block starts with its size, so that a free needs nothing but the pointer; the next
+// word links a free block of the exact lists below (the object's own bytes, its cleared
+// live tag among them, stay as they are).
 constexpr std::size_t kHeader = alignof(std::max_align_t);
+static_assert(kHeader >= 2 * sizeof(void*), "room for the size and the link");
 
+// Free blocks of other sizes, by size.
 struct Pool {
   std::mutex mutex;
   std::unordered_map<std::size_t, std::vector<void*>> free_blocks;  // by size
 };
+
+// Free blocks of the sizes of handles and other small objects (multiples of 8 up to 2 KiB):
+// one list per exact size, under a lock held for a few instructions.
+constexpr std::size_t kExactGrain = 8;
+constexpr std::size_t kExactMax = 2048;
+
+bool IsExact(std::size_t size) { return size <= kExactMax && size % kExactGrain == 0; }
+
+void*& LinkOf(void* block) { return static_cast<void**>(block)[1]; }
+
+struct SpinLock {
+  std::atomic<bool> held{false};
+  void Lock() noexcept {
+    while (held.exchange(true, std::memory_order_acquire)) {
+      while (held.load(std::memory_order_relaxed)) std::this_thread::yield();
+    }
+  }
+  void Unlock() noexcept { held.store(false, std::memory_order_release); }
+};
+
+struct ExactLists : SpinLock {
+  void* head[kExactMax / kExactGrain + 1] = {};
+};
+
+// Constant-initialised and never destroyed.
+ExactLists g_exact;
 
 // Never destroyed: objects may still be freed while static destructors run.
 Pool& ThePool() {
@@ -39,23 +69,15 @@ Pool& ThePool() {
 
 // The value pool: size classes of 64 bytes up to kPooledMax, each a list of free blocks
 // linked through their first word.  Constant-initialised and never destroyed, like the
-// pool above.  Its lock is held for a few instructions only, so a waiter spins (yielding).
+// pools above.
 constexpr std::size_t kGrain = 64;
 constexpr std::size_t kClasses = kPooledMax / kGrain;
 // Bytes of free blocks a class keeps at most; a block freed beyond goes back to free().
 constexpr std::size_t kKeptBytes = 256 * 1024;
 
-struct ValuePool {
-  std::atomic<bool> held{false};
+struct ValuePool : SpinLock {
   void* free_list[kClasses] = {};
   std::size_t kept[kClasses] = {};
-
-  void Lock() noexcept {
-    while (held.exchange(true, std::memory_order_acquire)) {
-      while (held.load(std::memory_order_relaxed)) std::this_thread::yield();
-    }
-  }
-  void Unlock() noexcept { held.store(false, std::memory_order_release); }
 };
 
 ValuePool g_values;
@@ -82,8 +104,18 @@ void UnpoisonBlock(void* p, std::size_t n) {
 }  // namespace
 
 void* RecycledAlloc(std::size_t size) noexcept {
-  Pool& pool = ThePool();
-  {
+  if (IsExact(size)) {
+    void* block = nullptr;
+    g_exact.Lock();
+    void*& head = g_exact.head[size / kExactGrain];
+    if (head != nullptr) {
+      block = head;
+      head = LinkOf(block);
+    }
+    g_exact.Unlock();
+    if (block != nullptr) return static_cast<unsigned char*>(block) + kHeader;
+  } else {
+    Pool& pool = ThePool();
     std::lock_guard<std::mutex> lock(pool.mutex);
     auto it = pool.free_blocks.find(size);
     if (it != pool.free_blocks.end() && !it->second.empty()) {
@@ -102,6 +134,14 @@ void RecycledFree(void* p) noexcept {
   if (p == nullptr) return;
   void* block = static_cast<unsigned char*>(p) - kHeader;
   std::size_t size = *static_cast<std::size_t*>(block);
+  if (IsExact(size)) {
+    g_exact.Lock();
+    void*& head = g_exact.head[size / kExactGrain];
+    LinkOf(block) = head;
+    head = block;
+    g_exact.Unlock();
+    return;
+  }
   Pool& pool = ThePool();
   std::lock_guard<std::mutex> lock(pool.mutex);
   try {
