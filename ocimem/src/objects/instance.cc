@@ -99,7 +99,7 @@ void FreeInstanceMemory(Instance* instance) {
       if (instance->value != nullptr) FreeObject(*instance->type, instance->value);
       // Without its null struct (left to the caller) the block is the caller's.
       if (instance->null_struct != nullptr) {
-        PooledFree(instance->null_struct, instance->block_bytes);
+        PooledFreeInstance(instance->null_struct, instance->block_bytes);
       }
       break;
     case Instance::Kind::kCollection:

