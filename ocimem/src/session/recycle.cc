@@ -84,10 +84,10 @@ struct ValuePool : SpinLock {
 ValuePool g_values;
 
 // A free block is poisoned for the address sanitizer, so that a stale pointer into it still
-// reads as freed memory; its first word (the link) is opened only while the lock is held.
+// reads as freed memory; all but its first word, the link, which the leak checker follows.
 void PoisonBlock(void* p, std::size_t n) {
 #ifdef OCIMEM_POOL_ASAN
-  __asan_poison_memory_region(p, n);
+  __asan_poison_memory_region(static_cast<unsigned char*>(p) + sizeof(void*), n - sizeof(void*));
 #else
   (void)p;
   (void)n;
@@ -159,7 +159,6 @@ void* PooledAlloc(std::size_t size) noexcept {
   g_values.Lock();
   void* block = g_values.free_list[c];
   if (block != nullptr) {
-    UnpoisonBlock(block, sizeof(void*));
     g_values.free_list[c] = *static_cast<void**>(block);
     --g_values.kept[c];
     g_values.Unlock();
