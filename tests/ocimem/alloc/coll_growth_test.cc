@@ -7,6 +7,8 @@
 #include <cstdlib>
 #include <new>
 
+#include "oci_fixture.h"
+
 namespace {
 std::atomic<unsigned long> g_news{0};
 // Out of line: an optimizing compiler that sees free() inside operator
@@ -29,36 +31,14 @@ void operator delete(void* p, const std::nothrow_t&) noexcept { Release(p); }
 
 namespace {
 
-class CollGrowthTest : public ::testing::Test {
+class CollGrowthTest : public ocimem_test::OciTest {
  protected:
   void SetUp() override {
-    ASSERT_EQ(OCI_SUCCESS, OCIEnvCreate(&env_, OCI_OBJECT, nullptr, nullptr, nullptr, nullptr,
-                                        0, nullptr));
-    ASSERT_EQ(OCI_SUCCESS, OCIHandleAlloc(env_, reinterpret_cast<void**>(&err_), OCI_HTYPE_ERROR,
-                                          0, nullptr));
-    ASSERT_EQ(OCI_SUCCESS, OCILogon(env_, err_, &svc_, reinterpret_cast<const OraText*>("u"), 1,
-                                    reinterpret_cast<const OraText*>("p"), 1,
-                                    reinterpret_cast<const OraText*>("coll_growth"), 11));
-    OCIStmt* stmt = nullptr;
-    const char sql[] = "create type num_nt as table of number";
-    ASSERT_EQ(OCI_SUCCESS, OCIHandleAlloc(env_, reinterpret_cast<void**>(&stmt), OCI_HTYPE_STMT,
-                                          0, nullptr));
-    ASSERT_EQ(OCI_SUCCESS, OCIStmtPrepare(stmt, err_, reinterpret_cast<const OraText*>(sql),
-                                          sizeof sql - 1, OCI_NTV_SYNTAX, OCI_DEFAULT));
-    ASSERT_EQ(OCI_SUCCESS, OCIStmtExecute(svc_, stmt, err_, 1, 0, nullptr, nullptr, OCI_DEFAULT));
-    OCIHandleFree(stmt, OCI_HTYPE_STMT);
-    ASSERT_EQ(OCI_SUCCESS, OCITypeByName(env_, err_, svc_, nullptr, 0,
-                                         reinterpret_cast<const OraText*>("NUM_NT"), 6, nullptr,
-                                         0, OCI_DURATION_SESSION, OCI_TYPEGET_HEADER, &tdo_));
-  }
-  void TearDown() override {
-    if (svc_ != nullptr) OCILogoff(svc_, err_);
-    if (env_ != nullptr) OCIHandleFree(env_, OCI_HTYPE_ENV);
+    OciTest::SetUp();
+    MustExec("create type num_nt as table of number");
+    tdo_ = TypeByName("NUM_NT");
   }
 
-  OCIEnv* env_ = nullptr;
-  OCIError* err_ = nullptr;
-  OCISvcCtx* svc_ = nullptr;
   OCIType* tdo_ = nullptr;
 };
 

@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+#include "oci_fixture.h"
+
 namespace {
 unsigned long g_mallocs = 0;
 unsigned long g_frees = 0;
@@ -47,46 +49,24 @@ POOL_TEST_EXPORT void free(void* p) noexcept {
 
 namespace {
 
-const OraText* Text(const char* s) { return reinterpret_cast<const OraText*>(s); }
+using ocimem_test::FirstCode;
+using ocimem_test::Text;
 
-class ValuePoolTest : public ::testing::Test {
+class ValuePoolTest : public ocimem_test::OciTest {
  protected:
   void SetUp() override {
-    ASSERT_EQ(OCI_SUCCESS, OCIEnvCreate(&env_, OCI_OBJECT, nullptr, nullptr, nullptr, nullptr,
-                                        0, nullptr));
-    ASSERT_EQ(OCI_SUCCESS, OCIHandleAlloc(env_, reinterpret_cast<void**>(&err_), OCI_HTYPE_ERROR,
-                                          0, nullptr));
-    ASSERT_EQ(OCI_SUCCESS, OCILogon(env_, err_, &svc_, Text("u"), 1, Text("p"), 1,
-                                    Text("value_pool"), 10));
-    Execute("create type pool_line_t as object (sku varchar2(20), qty number(9), "
-            "note varchar2(100))");
-    Execute("create type pool_line_tab as table of pool_line_t");
-    line_tdo_ = Type("POOL_LINE_T");
-    tab_tdo_ = Type("POOL_LINE_TAB");
+    OciTest::SetUp();
+    MustExec("create type pool_line_t as object (sku varchar2(20), qty number(9), "
+             "note varchar2(100))");
+    MustExec("create type pool_line_tab as table of pool_line_t");
+    line_tdo_ = TypeByName("POOL_LINE_T");
+    tab_tdo_ = TypeByName("POOL_LINE_TAB");
   }
   void TearDown() override {
     g_fail_at = 0;
-    if (svc_ != nullptr) OCILogoff(svc_, err_);
-    if (env_ != nullptr) OCIHandleFree(env_, OCI_HTYPE_ENV);
+    OciTest::TearDown();
   }
 
-  void Execute(const std::string& sql) {
-    OCIStmt* stmt = nullptr;
-    ASSERT_EQ(OCI_SUCCESS, OCIHandleAlloc(env_, reinterpret_cast<void**>(&stmt), OCI_HTYPE_STMT,
-                                          0, nullptr));
-    ASSERT_EQ(OCI_SUCCESS, OCIStmtPrepare(stmt, err_, Text(sql.c_str()),
-                                          static_cast<ub4>(sql.size()), OCI_NTV_SYNTAX,
-                                          OCI_DEFAULT));
-    ASSERT_EQ(OCI_SUCCESS, OCIStmtExecute(svc_, stmt, err_, 1, 0, nullptr, nullptr, OCI_DEFAULT));
-    OCIHandleFree(stmt, OCI_HTYPE_STMT);
-  }
-  OCIType* Type(const char* name) {
-    OCIType* tdo = nullptr;
-    EXPECT_EQ(OCI_SUCCESS, OCITypeByName(env_, err_, svc_, nullptr, 0, Text(name),
-                                         static_cast<ub4>(std::strlen(name)), nullptr, 0,
-                                         OCI_DURATION_SESSION, OCI_TYPEGET_HEADER, &tdo));
-    return tdo;
-  }
   sword New(OCIType* tdo, OCITypeCode code, void** instance) {
     return OCIObjectNew(env_, err_, svc_, code, tdo, nullptr, OCI_DURATION_DEFAULT, TRUE,
                         instance);
@@ -105,12 +85,6 @@ class ValuePoolTest : public ::testing::Test {
     for (void* p : held_) EXPECT_EQ(OCI_SUCCESS, OCIObjectFree(env_, err_, p, OCI_DEFAULT));
     held_.clear();
   }
-  sb4 ErrorCode() {
-    sb4 code = 0;
-    OraText text[512];
-    OCIErrorGet(err_, 1, nullptr, &code, text, sizeof text, OCI_HTYPE_ERROR);
-    return code;
-  }
   OCIString* NewText(const char* text) {
     OCIString* value = nullptr;
     EXPECT_EQ(OCI_SUCCESS, OCIStringAssignText(env_, err_, Text(text),
@@ -125,9 +99,6 @@ class ValuePoolTest : public ::testing::Test {
                                             value));
   }
 
-  OCIEnv* env_ = nullptr;
-  OCIError* err_ = nullptr;
-  OCISvcCtx* svc_ = nullptr;
   OCIType* line_tdo_ = nullptr;
   OCIType* tab_tdo_ = nullptr;
   std::vector<void*> held_;
@@ -176,7 +147,7 @@ TEST_F(ValuePoolTest, FailedAllocationInObjectNewAnswersOutOfMemory) {
     g_fail_at = at;
     EXPECT_EQ(OCI_ERROR, New(line_tdo_, OCI_TYPECODE_OBJECT, &instance));
     g_fail_at = 0;
-    EXPECT_EQ(21500, ErrorCode());
+    EXPECT_EQ(21500, FirstCode(err_));
     EXPECT_EQ(nullptr, instance);
   }
   void* line = NewLine();  // and the next one is made
@@ -205,7 +176,7 @@ TEST_F(ValuePoolTest, FailedAllocationInCollAppendLeavesTheCollection) {
     g_fail_at = 0;
     if (failed) {
       EXPECT_EQ(OCI_ERROR, rc);
-      EXPECT_EQ(21500, ErrorCode());
+      EXPECT_EQ(21500, FirstCode(err_));
     } else {
       EXPECT_EQ(OCI_SUCCESS, rc);
       ++expected;
@@ -238,7 +209,7 @@ TEST_F(ValuePoolTest, FailedStringResizeKeepsTheValue) {
   g_fail_at = 1;
   EXPECT_EQ(OCI_ERROR, OCIStringResize(env_, err_, 4000, &str));
   g_fail_at = 0;
-  EXPECT_EQ(21500, ErrorCode());
+  EXPECT_EQ(21500, FirstCode(err_));
   EXPECT_EQ(4u, OCIStringSize(env_, str));
   EXPECT_EQ(0, std::memcmp("kept", OCIStringPtr(env_, str), 4));
   EXPECT_EQ(OCI_SUCCESS, OCIStringResize(env_, err_, 4000, &str));
