@@ -26,6 +26,11 @@ class CAdpOutBuffer {
 
   void Write(const void* pData, unsigned long nSize) {
     if (nSize <= ADP_OUT_SIZE - m_nUsed) {
+      // Delimiters and marks are mostly one byte: no call for those.
+      if (nSize == 1) {
+        m_acData[m_nUsed++] = *static_cast<const char*>(pData);
+        return;
+      }
       std::memcpy(m_acData + m_nUsed, pData, nSize);
       m_nUsed += nSize;
       return;

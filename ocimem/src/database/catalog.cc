@@ -9,13 +9,23 @@ std::size_t Catalog::Hash(std::string_view schema, std::string_view name) {
   return h ^ (std::hash<std::string_view>()(name) + 0x9e3779b97f4a7c15ULL + (h << 6) + (h >> 2));
 }
 
-void Catalog::Index(Objects::iterator it) {
+std::uint64_t Catalog::NewGeneration() {
+  static std::atomic<std::uint64_t> next{1};
+  return next.fetch_add(1, std::memory_order_relaxed);
+}
+
+void Catalog::Changed() {
   last_type_ = nullptr;
+  generation_.store(NewGeneration(), std::memory_order_release);
+}
+
+void Catalog::Index(Objects::iterator it) {
+  Changed();
   index_.emplace(Hash(it->first.first, it->first.second), it);
 }
 
 void Catalog::Unindex(Objects::iterator it) {
-  last_type_ = nullptr;
+  Changed();
   auto range = index_.equal_range(Hash(it->first.first, it->first.second));
   for (auto i = range.first; i != range.second; ++i) {
     if (i->second == it) {
@@ -81,7 +91,7 @@ std::shared_ptr<Table> Catalog::FindTable(const std::string& schema,
 }
 
 void Catalog::Put(std::pair<std::string, std::string> key, CatalogEntry entry) {
-  last_type_ = nullptr;  // an entry replaced in place may be the one remembered
+  Changed();  // an entry replaced in place may be the one remembered
   auto [it, inserted] = objects_.insert_or_assign(std::move(key), std::move(entry));
   if (!inserted) return;
   try {

@@ -5,6 +5,8 @@
 #ifndef OCIMEM_SRC_DATABASE_CATALOG_H
 #define OCIMEM_SRC_DATABASE_CATALOG_H
 
+#include <atomic>
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <string>
@@ -69,6 +71,10 @@ class Catalog {
     }
     return FindTypeIndexed(schema, name);
   }
+  // A number that every change of the entries replaces by a new one, never used before by
+  // any catalog: while it stays the same, a name finds what it found before. Read without
+  // the database's mutex by callers that remember a lookup.
+  std::uint64_t Generation() const { return generation_.load(std::memory_order_acquire); }
   // Adds or replaces the entry of the type's (schema, name).
   void PutType(std::shared_ptr<OCIType> type);
   std::shared_ptr<Table> FindTable(const std::string& schema, const std::string& name) const;
@@ -95,6 +101,9 @@ class Catalog {
   // Adds an entry, or replaces the one of the same name (tables and views made again).
   void Put(std::pair<std::string, std::string> key, CatalogEntry entry);
   void Unindex(Objects::iterator it);
+  // Forgets the entry FindTypeRaw remembers and takes a new generation.
+  void Changed();
+  static std::uint64_t NewGeneration();
 
   Objects objects_;
   // The entries of objects_ by the hash of their (schema, name), so that a lookup costs
@@ -105,6 +114,7 @@ class Catalog {
   // The entry FindTypeRaw found last (hosts look one element type up for every element);
   // forgotten by every change of objects_.
   mutable const Objects::value_type* last_type_ = nullptr;
+  std::atomic<std::uint64_t> generation_{NewGeneration()};
   std::vector<std::shared_ptr<OCIType>> retired_;
   // Dropped tables stay until the database goes: open transactions may still list rows.
   std::vector<std::shared_ptr<Table>> retired_tables_;

@@ -1,10 +1,13 @@
 // OCITypeByName: type descriptors from the session's database.
+#include <cstdint>
+#include <cstring>
 #include <mutex>
 #include <string>
 #include <string_view>
 
 #include "database/database.h"
 #include "session/internal.h"
+#include "session/same_bytes.h"
 
 using namespace ocimem;
 
@@ -35,10 +38,33 @@ sword OCITypeByName(OCIEnv* envh, OCIError* err, const OCISvcCtx* svc,
       qualified ? std::string_view(reinterpret_cast<const char*>(schema_name), s_length)
                 : std::string_view(session->schema);
   Database* db = session->db.get();
+  // The same name as last time on this error handle, and the catalog unchanged since:
+  // the same type, found without the database's lock.
+  TypeLookup& last = AsError(err)->type_lookup;
+  if (last.db == db && last.name_length == name.size() && last.schema_length == schema.size() &&
+      last.generation == db->catalog.Generation() &&
+      SameBytes(last.name, name.data(), name.size()) &&
+      SameBytes(last.schema, schema.data(), schema.size())) {
+    last.type->pins.fetch_add(1);
+    *tdo = last.type;
+    return OCI_SUCCESS;
+  }
   OCIType* type = nullptr;
+  std::uint64_t generation = 0;
   {
     std::lock_guard<std::mutex> lock(db->mutex);
     type = db->catalog.FindTypeRaw(schema, name);
+    generation = db->catalog.Generation();
+  }
+  if (type != nullptr && name.size() <= TypeLookup::kMaxName &&
+      schema.size() <= TypeLookup::kMaxName) {
+    last.db = db;
+    last.generation = generation;
+    last.type = type;
+    last.name_length = static_cast<ub4>(name.size());
+    last.schema_length = static_cast<ub4>(schema.size());
+    std::memcpy(last.name, name.data(), name.size());
+    std::memcpy(last.schema, schema.data(), schema.size());
   }
   if (type == nullptr) {
     std::string shown(name);

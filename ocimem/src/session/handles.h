@@ -59,9 +59,43 @@ struct ErrorRecord {
   std::string text;  // "ORA-NNNNN: message"
 };
 
+// The last type OCITypeByName found through an error handle (a thread's own, as
+// Oracle asks of error handles), so that looking the same name up again, as hosts do
+// for every element of a collection, takes no lock while the catalog is unchanged.
+struct TypeLookup {
+  enum : ub4 { kMaxName = 128 };  // Oracle's longest identifier
+  const void* db = nullptr;
+  std::uint64_t generation = 0;
+  OCIType* type = nullptr;
+  ub4 schema_length = 0;
+  ub4 name_length = 0;
+  char schema[kMaxName];
+  char name[kMaxName];
+};
+
+// Number masks OCINumberToText read through an error handle, and what it found: whether
+// the mask is a plain fill-mode one ("FM999.99"), and its positions. A host uses a few
+// masks over and over, one for each kind of column; each is kept in the entry its
+// length and last byte choose.
+struct NumberMaskLookup {
+  enum : ub4 { kMaxMask = 48 };
+  ub4 length = 0;  // 0: nothing remembered
+  bool plain = false;
+  bool has_point = false;
+  long int_positions = 0;
+  long frac_positions = 0;
+  char text[kMaxMask];
+};
+enum : ub4 { kNumberMaskLookups = 16 };
+inline ub4 NumberMaskSlot(const char* mask, ub4 length) {
+  return (length * 7U + static_cast<unsigned char>(mask[length - 1])) % kNumberMaskLookups;
+}
+
 struct ErrorHandle : Handle {
   explicit ErrorHandle(Env* owner) : Handle(OCI_HTYPE_ERROR, owner) {}
   std::vector<ErrorRecord> records;
+  TypeLookup type_lookup;
+  NumberMaskLookup number_masks[kNumberMaskLookups];
 };
 
 // Byte offset of Handle::live in every handle (Handle::type follows it). Handle is not

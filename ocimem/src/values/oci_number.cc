@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "session/internal.h"
+#include "session/same_bytes.h"
 #include "number.h"
 #include "number_format.h"
 #include "oci_common.h"
@@ -168,8 +169,32 @@ sword OCINumberToText(OCIError* err, const OCINumber* number, const oratext* fmt
   // The masks a host builds from a column's precision and scale ("FM99999.99") are read
   // from their text; their values mostly need neither a model nor rounding, and their
   // text comes straight from the number's bytes.
+  // The host's masks repeat from call to call: they are remembered with their shapes on
+  // the error handle (a thread's own).
   ocimem::values::PlainShape shape;
-  if (ocimem::values::PlainMaskShape(mask, &shape)) {
+  bool plain_mask = false;
+  ocimem::NumberMaskLookup* last = nullptr;
+  if (fmt_length != 0) {
+    last = &ocimem::AsError(err)->number_masks[ocimem::NumberMaskSlot(mask.data(), fmt_length)];
+  }
+  if (last != nullptr && last->length == fmt_length &&
+      ocimem::SameBytes(last->text, mask.data(), mask.size())) {
+    plain_mask = last->plain;
+    shape.int_positions = last->int_positions;
+    shape.frac_positions = last->frac_positions;
+    shape.has_point = last->has_point;
+  } else {
+    plain_mask = ocimem::values::PlainMaskShape(mask, &shape);
+    if (last != nullptr && fmt_length <= ocimem::NumberMaskLookup::kMaxMask) {
+      last->length = fmt_length;
+      last->plain = plain_mask;
+      last->int_positions = shape.int_positions;
+      last->frac_positions = shape.frac_positions;
+      last->has_point = shape.has_point;
+      std::memcpy(last->text, mask.data(), mask.size());
+    }
+  }
+  if (plain_mask) {
     const int plain = ocimem::values::FormatPlainNumberBytes(
         number->OCINumberPart, shape.int_positions, shape.frac_positions, shape.has_point,
         reinterpret_cast<char*>(buf), *buf_size);

@@ -3,7 +3,9 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
 #include <string>
+#include <vector>
 
 #include "number.h"
 #include "number_cases.h"
@@ -78,6 +80,64 @@ TEST_F(OciNumberTest, FromTextTableThroughTheCall) {
       EXPECT_EQ(LastError(), c.ora);
     }
   }
+}
+
+// The masks an error handle has met are remembered with what was read from them; the
+// table again, backwards, on the same handle gives what it gave the first time.
+TEST_F(OciNumberTest, ToTextTableAgainBackwardsOnTheSameErrorHandle) {
+  std::vector<std::string> first;
+  for (const auto& c : number_cases::kToText) {
+    std::string text;
+    first.push_back(ToText(Num(c.value), c.mask, &text) == OCI_SUCCESS
+                        ? text
+                        : "ORA-" + std::to_string(LastError()));
+  }
+  size_t i = first.size();
+  for (auto it = std::rbegin(number_cases::kToText); it != std::rend(number_cases::kToText);
+       ++it) {
+    SCOPED_TRACE(it->name);
+    std::string text;
+    const std::string again = ToText(Num(it->value), it->mask, &text) == OCI_SUCCESS
+                                  ? text
+                                  : "ORA-" + std::to_string(LastError());
+    EXPECT_EQ(again, first[--i]);
+  }
+}
+
+// "FM999.99", "FM9999.9" and "FM990.99" have the same length and last byte, so they are
+// remembered in one place in turn: each call reads its own mask.
+TEST_F(OciNumberTest, MasksRememberedInOnePlaceDoNotMix) {
+  std::string text;
+  for (int round = 0; round < 3; ++round) {
+    SCOPED_TRACE(round);
+    ASSERT_EQ(ToText(Num("1234.5"), "FM9999.9", &text), OCI_SUCCESS);
+    EXPECT_EQ(text, "1234.5");
+    ASSERT_EQ(ToText(Num("1234.5"), "FM999.99", &text), OCI_ERROR);
+    EXPECT_EQ(LastError(), 22065);
+    ASSERT_EQ(ToText(Num("0.5"), "FM999.99", &text), OCI_SUCCESS);
+    EXPECT_EQ(text, ".5");
+    ASSERT_EQ(ToText(Num("0.5"), "FM990.99", &text), OCI_SUCCESS);
+    EXPECT_EQ(text, "0.5");
+    ASSERT_EQ(ToText(Num("0.5"), "fm999.99", &text), OCI_SUCCESS);
+    EXPECT_EQ(text, ".5");
+  }
+}
+
+// A mask longer than those remembered, and the same mask's text changed in place between
+// two calls, are read afresh.
+TEST_F(OciNumberTest, LongMasksAndMasksChangedInPlace) {
+  std::string text;
+  const std::string long_mask = "FM" + std::string(38, '9') + "." + std::string(10, '9');
+  ASSERT_EQ(ToText(Num("-12345678901234567890.125"), long_mask, &text), OCI_SUCCESS);
+  EXPECT_EQ(text, "-12345678901234567890.125");
+  ASSERT_EQ(ToText(Num("7"), long_mask, &text), OCI_SUCCESS);
+  EXPECT_EQ(text, "7.");
+  std::string mask = "FM99.9";
+  ASSERT_EQ(ToText(Num("12.5"), mask, &text), OCI_SUCCESS);
+  EXPECT_EQ(text, "12.5");
+  mask[2] = '0';  // "FM09.9", in the same buffer
+  ASSERT_EQ(ToText(Num("2.5"), mask, &text), OCI_SUCCESS);
+  EXPECT_EQ(text, "02.5");
 }
 
 TEST_F(OciNumberTest, OverflowMessage) {
