@@ -188,23 +188,40 @@ const void* ElementForm(const ValueType& t, const void* slot) {
   return slot;
 }
 
+namespace {
+
+// A number or a date is its bytes: copied alike into a slot that holds a value and into one
+// that does not.
+AssignResult CopyInlineValue(const ValueType& t, void* slot, const void* elem) {
+  std::memmove(slot, elem, t.kind == ValueKind::kNumber ? sizeof(OCINumber) : sizeof(OCIDate));
+  return AssignResult::kOk;
+}
+
+// The bytes of a string or raw to copy. A value resized to 0 by its owner is NULL: it
+// copies as an empty value.
+struct VarSource {
+  const void* bytes;
+  ub4 length;
+};
+VarSource SourceOf(const void* elem) {
+  return elem != nullptr ? VarSource{VarBytes(elem), VarLength(elem)} : VarSource{nullptr, 0};
+}
+
+}  // namespace
+
 AssignResult AssignSlot(Env* env, const ValueType& t, void* slot, const void* elem) {
   if (elem == slot) return AssignResult::kOk;
   switch (t.kind) {
     case ValueKind::kNumber:
-      std::memmove(slot, elem, sizeof(OCINumber));
-      return AssignResult::kOk;
     case ValueKind::kDate:
-      std::memmove(slot, elem, sizeof(OCIDate));
-      return AssignResult::kOk;
+      return CopyInlineValue(t, slot, elem);
     case ValueKind::kString:
     case ValueKind::kRaw: {
       void*& dst = SlotPointer<void>(slot);
       if (elem == dst && elem != nullptr) return AssignResult::kOk;
-      // A value resized to 0 by its owner is NULL: it copies as an empty value.
-      const void* bytes = elem != nullptr ? VarBytes(elem) : nullptr;
-      ub4 length = elem != nullptr ? VarLength(elem) : 0;
-      return AssignVarBlock(env, bytes, length, &dst) ? AssignResult::kOk : AssignResult::kNoMemory;
+      const VarSource src = SourceOf(elem);
+      return AssignVarBlock(env, src.bytes, src.length, &dst) ? AssignResult::kOk
+                                                              : AssignResult::kNoMemory;
     }
     case ValueKind::kRef: {
       if (AsRef(elem) == nullptr) return AssignResult::kBadValue;
@@ -265,17 +282,12 @@ AssignResult AssignSlot(Env* env, const ValueType& t, void* slot, const void* el
 AssignResult ConstructSlot(Env* env, const ValueType& t, void* slot, const void* elem) {
   switch (t.kind) {
     case ValueKind::kNumber:
-      std::memmove(slot, elem, sizeof(OCINumber));
-      return AssignResult::kOk;
     case ValueKind::kDate:
-      std::memmove(slot, elem, sizeof(OCIDate));
-      return AssignResult::kOk;
+      return CopyInlineValue(t, slot, elem);
     case ValueKind::kString:
     case ValueKind::kRaw: {
-      // A value resized to 0 by its owner is NULL: it copies as an empty value.
-      const void* bytes = elem != nullptr ? VarBytes(elem) : nullptr;
-      ub4 length = elem != nullptr ? VarLength(elem) : 0;
-      SlotPointer<void>(slot) = NewVarBlock(bytes, length);
+      const VarSource src = SourceOf(elem);
+      SlotPointer<void>(slot) = NewVarBlock(src.bytes, src.length);
       return SlotPointer<void>(slot) != nullptr ? AssignResult::kOk : AssignResult::kNoMemory;
     }
     case ValueKind::kRef:

@@ -153,9 +153,20 @@ void RecycledFree(void* p) noexcept {
   }
 }
 
+namespace {
+
+// The size class of a block of `size` bytes, or kNotPooled for a size the pool leaves to
+// malloc and free.
+constexpr std::size_t kNotPooled = ~std::size_t{0};
+std::size_t ClassOf(std::size_t size) {
+  return size == 0 || size > kPooledMax ? kNotPooled : (size - 1) / kGrain;
+}
+
+}  // namespace
+
 void* PooledAlloc(std::size_t size) noexcept {
-  if (size == 0 || size > kPooledMax) return std::malloc(size == 0 ? 1 : size);
-  const std::size_t c = (size - 1) / kGrain;
+  const std::size_t c = ClassOf(size);
+  if (c == kNotPooled) return std::malloc(size == 0 ? 1 : size);
   g_values.Lock();
   void* block = g_values.free_list[c];
   if (block != nullptr) {
@@ -189,23 +200,21 @@ void KeepAndUnlock(void* p, std::size_t c, std::size_t bytes) {
 }  // namespace
 
 void PooledFree(void* p, std::size_t size) noexcept {
-  if (p == nullptr) return;
-  if (size == 0 || size > kPooledMax) {
+  const std::size_t c = ClassOf(size);
+  if (p == nullptr || c == kNotPooled) {
     std::free(p);
     return;
   }
-  const std::size_t c = (size - 1) / kGrain;
   g_values.Lock();
   KeepAndUnlock(p, c, (c + 1) * kGrain);
 }
 
 void PooledFreeInstance(void* p, std::size_t size) noexcept {
-  if (p == nullptr) return;
-  if (size == 0 || size > kPooledMax) {
+  const std::size_t c = ClassOf(size);
+  if (p == nullptr || c == kNotPooled) {
     std::free(p);
     return;
   }
-  const std::size_t c = (size - 1) / kGrain;
   const std::size_t bytes = (c + 1) * kGrain;
   PoisonBlock(p, bytes);
   g_values.Lock();
