@@ -1,0 +1,253 @@
+#include "converter.h"
+
+#include <cctype>
+#include <cstdlib>
+#include <cstring>
+
+#include <coldef.h>
+
+namespace varnadp {
+namespace {
+
+constexpr char kOffsetLine[] = "*ERR: at offset ";
+
+// The offset of the adapter's "*ERR: at offset N" line, when the trace has one.
+long OffsetFromTrace(const char* trace) {
+  const char* line = std::strstr(trace, kOffsetLine);
+  if (line == nullptr) return -1;
+  return std::strtol(line + sizeof kOffsetLine - 1, nullptr, 10);
+}
+
+}  // namespace
+
+Converter::~Converter() {
+  writer_.reset();
+  builder_.reset();
+  lob_table_.reset();
+  if (ctx_ != nullptr) adpDestroyContext(ctx_, &trace_);
+  shape_.reset();
+  coldefFree(list_);
+}
+
+std::string Converter::NormalizedTypeName(const std::string& given) const {
+  // Unquoted names are upper case, as Oracle stores them; quoted ones keep
+  // their case and lose their quotes.
+  std::string name;
+  bool quoted = false;
+  for (char c : given) {
+    if (c == '"') {
+      quoted = !quoted;
+      continue;
+    }
+    name.push_back(quoted ? c : static_cast<char>(std::toupper(static_cast<unsigned char>(c))));
+  }
+  return name;
+}
+
+bool Converter::Open(const RunSetup& setup, const std::string& database) {
+  if (setup.trace_level >= 0) {
+    traced_ = true;
+    trace_.SetLevel(setup.trace_level);
+  }
+  // Kept per record, so that workers' lines come out in input order and an
+  // offset line can be found.
+  trace_.CaptureToBuffer();
+  if (!session_.Open(database)) {
+    setup_error_ = session_.error();
+    return false;
+  }
+  if (!session_.RunScript(setup.schema_text, setup.schema_name)) {
+    setup_error_ = session_.error();
+    return false;
+  }
+  const std::string type_name = NormalizedTypeName(setup.type_name);
+  const int rc = coldefDescribe(session_.env(), session_.err(), session_.svc(), type_name.c_str(), &list_);
+  if (rc != COLDEF_OK) {
+    if (rc == COLDEF_E_ORACLE) {
+      setup_error_ = "type " + type_name + ": " + session_.OracleError();
+    } else if (rc == COLDEF_E_NOT_OBJECT) {
+      setup_error_ = "type " + type_name + " is neither an object type nor a collection type";
+    } else if (rc == COLDEF_E_CYCLE) {
+      setup_error_ = "type " + type_name + " contains itself";
+    } else {
+      setup_error_ = "type " + type_name + " cannot be described (code " + std::to_string(rc) + ")";
+    }
+    return false;
+  }
+  if (list_ == nullptr) {
+    setup_error_ = "type " + type_name + " has no attributes";
+    return false;
+  }
+  shape_ = BuildShape(list_, type_name, session_);
+  if (!shape_) {
+    setup_error_ = session_.error();
+    return false;
+  }
+  special_ = setup.special;
+  DB_SPECIAL_STRINGS special;
+  special_.Fill(&special);
+  if (const int created = adpCreateContext(&ctx_, &trace_, &special); created != 0) {
+    setup_error_ = "the adapter context cannot be created (code " + std::to_string(created) + ")";
+    return false;
+  }
+  builder_ = std::make_unique<ObjectBuilder>(session_, *shape_);
+  writer_ = std::make_unique<JsonWriter>(session_, *shape_);
+  lobs_ = HasLobs(*shape_);
+  if (HasNullableRaw(*shape_)) scanner_ = std::make_unique<RecordScanner>(*shape_, special_);
+  if (lobs_ && shape_->kind == Shape::Kind::kObject) {
+    lob_table_ = std::make_unique<LobTable>(session_, *shape_);
+    if (!lob_table_->Create()) {
+      setup_error_ = "the table for the second pass cannot be made: " + session_.error();
+      return false;
+    }
+  }
+  return true;
+}
+
+bool Converter::AdapterFailed(int rc, RecordError* error) {
+  CKelException last(0, "");
+  KelGetLastException(&last);
+  error->code = rc;
+  error->text = "code " + std::to_string(rc) + " in " + last.GetFunc() + ": " + last.GetText();
+  error->offset = OffsetFromTrace(trace_.GetBuffer());
+  return false;
+}
+
+bool Converter::Encode(simdjson::ondemand::value json, std::string* out, RecordError* error) {
+  trace_.ClearBuffer();
+  void* instance = nullptr;
+  OCIInd* ind = nullptr;
+  if (!builder_->Build(json, &instance, &ind)) {
+    error->text = builder_->error();
+    return false;
+  }
+  Column_Def* defs = list_;
+  const int rc = adpProcessObject(ctx_, &trace_, &stream_, &defs, session_.env(), session_.err(),
+                                  session_.svc(), instance, ind, 0, shape_->tdo);
+  builder_->Free(instance);
+  if (rc != 0) {
+    stream_.SetSize(0);
+    return AdapterFailed(rc, error);
+  }
+  try {
+    const unsigned long size = stream_.GetSize();
+    const size_t at = out->size();
+    out->resize(at + size);
+    stream_.Seek(0, 0);
+    stream_.Read(&(*out)[at], size);
+    stream_.SetSize(0);
+  } catch (const CKelException& e) {
+    error->code = e.GetRC();
+    error->text = std::string("the stream failed: ") + e.GetText();
+    return false;
+  }
+  out->append(special_.terminator);
+  return true;
+}
+
+
+
+// The record without the bars of its null RAWs; `record` itself when it has
+// none, or when it is not laid out as the writer lays a record out.
+std::string_view Converter::WithoutNullRawBars(std::string_view record) {
+  if (!scanner_) return record;
+  null_raws_.clear();
+  size_t end = 0;
+  if (scanner_->Scan(record, 0, true, &end, &null_raws_) != RecordScanner::Result::kEnd ||
+      null_raws_.empty()) {
+    null_raws_.clear();
+    return record;
+  }
+  without_bars_.clear();
+  size_t from = 0;
+  for (size_t bar : null_raws_) {
+    without_bars_.append(record.data() + from, bar - from);
+    from = bar + 1;
+  }
+  without_bars_.append(record.data() + from, record.size() - from);
+  return without_bars_;
+}
+
+// An offset in the record read back to one in the record as received.
+long Converter::OffsetInRecord(long offset) const {
+  if (offset < 0) return offset;
+  long shifted = offset;
+  for (size_t bar : null_raws_) {
+    if (static_cast<long>(bar) <= shifted) ++shifted;
+  }
+  return shifted;
+}
+
+bool Converter::Decode(std::string_view received, std::string* out, RecordError* error) {
+  trace_.ClearBuffer();
+  const std::string_view record = WithoutNullRawBars(received);
+  const void* buffer = record.data();
+  Column_Def* defs = list_;
+  void* instance = nullptr;
+  short* ind = nullptr;
+  short ind_count = 0;
+  int lobs_pending = 0;
+  const int rc = adpProcessBuffer(ctx_, &trace_, &buffer, record.size(), &defs, session_.env(),
+                                  session_.err(), session_.svc(), &instance, &ind, &ind_count,
+                                  shape_->tdo, &lobs_pending);
+  if (rc != 0) {
+    AdapterFailed(rc, error);
+    error->offset = OffsetInRecord(error->offset);
+    return false;
+  }
+  const size_t consumed = static_cast<size_t>(static_cast<const char*>(buffer) - record.data());
+  if (consumed != record.size()) {
+    error->text = "the object ends before the record does; " +
+                  std::to_string(record.size() - consumed) + " bytes are left";
+    error->offset = OffsetInRecord(static_cast<long>(consumed));
+    return false;
+  }
+  // A new object is atomically null: the record makes it present.
+  if (shape_->kind == Shape::Kind::kObject && ind != nullptr) ind[0] = OCI_IND_NOTNULL;
+  if (lobs_pending == 0) {
+    if (out == nullptr) return true;
+    const size_t at = out->size();
+    if (!writer_->Write(instance, ind, out)) {
+      out->resize(at);
+      error->text = writer_->error();
+      return false;
+    }
+    out->push_back('\n');
+    return true;
+  }
+  if (!lob_table_) {
+    error->text = "the large objects of a top-level collection cannot be stored for the second pass";
+    return false;
+  }
+  if (!lob_table_->Insert(instance, ind)) {
+    error->text = "the object cannot be stored for the second pass: " + session_.error();
+    lob_table_->Discard();
+    return false;
+  }
+  const int written = adpWriteLobs(ctx_, &trace_, lob_table_->SelectForUpdate().c_str());
+  if (written != 0) {
+    lob_table_->Discard();
+    AdapterFailed(written, error);
+    error->offset = OffsetInRecord(error->offset);
+    return false;
+  }
+  void* stored = nullptr;
+  void* stored_ind = nullptr;
+  bool ok = lob_table_->Fetch(&stored, &stored_ind);
+  if (!ok) {
+    error->text = "the stored object cannot be fetched: " + session_.error();
+  } else if (out != nullptr) {
+    const size_t at = out->size();
+    ok = writer_->Write(stored, stored_ind, out);
+    if (ok) {
+      out->push_back('\n');
+    } else {
+      out->resize(at);
+      error->text = writer_->error();
+    }
+  }
+  lob_table_->Discard();
+  return ok;
+}
+
+}  // namespace varnadp

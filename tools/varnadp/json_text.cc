@@ -1,0 +1,103 @@
+#include "json_text.h"
+
+namespace varnadp {
+namespace {
+
+constexpr char kHexDigits[] = "0123456789ABCDEF";
+
+// The length of the well-formed UTF-8 sequence at p (1..4), or 0.
+size_t Utf8Length(const unsigned char* p, size_t left) {
+  const unsigned char c = p[0];
+  size_t n;
+  unsigned min;
+  unsigned code;
+  if (c < 0x80) return 1;
+  if (c >= 0xC2 && c <= 0xDF) {
+    n = 2; min = 0x80; code = c & 0x1F;
+  } else if (c >= 0xE0 && c <= 0xEF) {
+    n = 3; min = 0x800; code = c & 0x0F;
+  } else if (c >= 0xF0 && c <= 0xF4) {
+    n = 4; min = 0x10000; code = c & 0x07;
+  } else {
+    return 0;
+  }
+  if (left < n) return 0;
+  for (size_t k = 1; k < n; ++k) {
+    if ((p[k] & 0xC0) != 0x80) return 0;
+    code = (code << 6) | (p[k] & 0x3F);
+  }
+  if (code < min || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) return 0;
+  return n;
+}
+
+void AppendUnicodeEscape(unsigned code, std::string* out) {
+  out->append("\\u00");
+  out->push_back(kHexDigits[(code >> 4) & 0xF]);
+  out->push_back(kHexDigits[code & 0xF]);
+}
+
+int HexValue(char c) {
+  if (c >= '0' && c <= '9') return c - '0';
+  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+  return -1;
+}
+
+}  // namespace
+
+void AppendJsonString(std::string_view text, std::string* out) {
+  out->push_back('"');
+  const auto* p = reinterpret_cast<const unsigned char*>(text.data());
+  const unsigned char* end = p + text.size();
+  const unsigned char* run = p;
+  while (p < end) {
+    const unsigned char c = *p;
+    if (c >= 0x20 && c != '"' && c != '\\' && c < 0x80) {
+      ++p;
+      continue;
+    }
+    size_t length = c >= 0x80 ? Utf8Length(p, static_cast<size_t>(end - p)) : 0;
+    if (length != 0) {
+      p += length;
+      continue;
+    }
+    out->append(reinterpret_cast<const char*>(run), static_cast<size_t>(p - run));
+    switch (c) {
+      case '"': out->append("\\\""); break;
+      case '\\': out->append("\\\\"); break;
+      case '\n': out->append("\\n"); break;
+      case '\r': out->append("\\r"); break;
+      case '\t': out->append("\\t"); break;
+      case '\b': out->append("\\b"); break;
+      case '\f': out->append("\\f"); break;
+      default: AppendUnicodeEscape(c, out); break;
+    }
+    run = ++p;
+  }
+  out->append(reinterpret_cast<const char*>(run), static_cast<size_t>(end - run));
+  out->push_back('"');
+}
+
+void AppendHex(const unsigned char* bytes, size_t size, std::string* out) {
+  const size_t at = out->size();
+  out->resize(at + 2 * size);
+  char* q = &(*out)[at];
+  for (size_t i = 0; i < size; ++i) {
+    *q++ = kHexDigits[bytes[i] >> 4];
+    *q++ = kHexDigits[bytes[i] & 0xF];
+  }
+}
+
+bool ParseHex(std::string_view hex, std::string* bytes) {
+  if (hex.size() % 2 != 0) return false;
+  bytes->resize(hex.size() / 2);
+  for (size_t i = 0; i < bytes->size(); ++i) {
+    const int high = HexValue(hex[2 * i]);
+    const int low = HexValue(hex[2 * i + 1]);
+    if (high < 0 || low < 0) return false;
+    (*bytes)[i] = static_cast<char>(high * 16 + low);
+  }
+  return true;
+}
+
+}  // namespace varnadp

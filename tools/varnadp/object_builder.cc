@@ -1,0 +1,311 @@
+#include "object_builder.h"
+
+#include <orid.h>
+
+#include <utility>
+
+#include "oci_session.h"
+#include "scalar_values.h"
+
+namespace varnadp {
+namespace {
+
+using simdjson::ondemand::json_type;
+
+const OraText* Name(const Shape& member) {
+  return reinterpret_cast<const OraText*>(member.name.c_str());
+}
+
+ub4 DescriptorType(const Column_Def& def) {
+  switch (def.DataType) {
+    case SQLT_TIMESTAMP: return OCI_DTYPE_TIMESTAMP;
+    case SQLT_TIMESTAMP_TZ: return OCI_DTYPE_TIMESTAMP_TZ;
+    case SQLT_TIMESTAMP_LTZ: return OCI_DTYPE_TIMESTAMP_LTZ;
+    case SQLT_INTERVAL_YM: return OCI_DTYPE_INTERVAL_YM;
+    case SQLT_INTERVAL_DS: return OCI_DTYPE_INTERVAL_DS;
+    case SQLT_CLOB: case SQLT_BLOB: return OCI_DTYPE_LOB;
+    default: return 0;
+  }
+}
+
+}  // namespace
+
+bool ObjectBuilder::Fail(const std::string& what) {
+  error_ = Path() + what;
+  return false;
+}
+
+bool ObjectBuilder::JsonError(simdjson::error_code code) {
+  error_ = std::string("bad JSON: ") + simdjson::error_message(code);
+  return false;
+}
+
+bool ObjectBuilder::Oracle(sword status, const char* call) {
+  if (status == OCI_SUCCESS) return true;
+  return Fail(std::string(call) + " failed: " + session_.OracleError());
+}
+
+std::string ObjectBuilder::Path() const {
+  std::string path;
+  for (const Step& step : path_) {
+    if (step.index >= 0) {
+      path += "[" + std::to_string(step.index) + "]";
+    } else {
+      if (!path.empty()) path.push_back('.');
+      path += step.shape->name;
+    }
+  }
+  if (path.empty()) return root_.type_name + ": ";
+  return "attribute " + path + " ";
+}
+
+bool ObjectBuilder::Read(simdjson::ondemand::value& json, JsonKind* kind, std::string_view* text) {
+  json_type type;
+  if (auto code = json.type().get(type)) return JsonError(code);
+  switch (type) {
+    case json_type::null:
+      *kind = JsonKind::kNull;
+      return true;
+    case json_type::number:
+      *kind = JsonKind::kNumber;
+      *text = json.raw_json_token();
+      while (!text->empty() && (text->back() == ' ' || text->back() == '\t' ||
+                                text->back() == '\n' || text->back() == '\r')) {
+        text->remove_suffix(1);
+      }
+      return true;
+    case json_type::string:
+      *kind = JsonKind::kString;
+      if (auto code = json.get_string().get(*text)) return JsonError(code);
+      return true;
+    case json_type::boolean:
+      *kind = JsonKind::kBool;
+      return true;
+    case json_type::object:
+      *kind = JsonKind::kObject;
+      return true;
+    case json_type::array:
+      *kind = JsonKind::kArray;
+      return true;
+  }
+  return JsonError(simdjson::INCORRECT_TYPE);
+}
+
+bool ObjectBuilder::NewInstance(const Shape& shape, void** instance, OCIInd** ind) {
+  const OCITypeCode code =
+      shape.kind == Shape::Kind::kCollection ? OCI_TYPECODE_NAMEDCOLLECTION : OCI_TYPECODE_OBJECT;
+  *instance = nullptr;
+  if (!Oracle(OCIObjectNew(session_.env(), session_.err(), session_.svc(), code, shape.tdo, nullptr,
+                           OCI_DURATION_DEFAULT, TRUE, instance),
+              "OCIObjectNew")) {
+    return false;
+  }
+  if (!Oracle(OCIObjectGetInd(session_.env(), session_.err(), *instance,
+                              reinterpret_cast<void**>(ind)),
+              "OCIObjectGetInd")) {
+    Free(*instance);
+    *instance = nullptr;
+    return false;
+  }
+  return true;
+}
+
+void ObjectBuilder::Free(void* instance) {
+  if (instance != nullptr) OCIObjectFree(session_.env(), session_.err(), instance, OCI_OBJECTFREE_FORCE);
+}
+
+bool ObjectBuilder::Build(simdjson::ondemand::value json, void** instance, OCIInd** ind) {
+  path_.clear();
+  *instance = nullptr;
+  *ind = nullptr;
+  void* made = nullptr;
+  OCIInd* made_ind = nullptr;
+  if (!NewInstance(root_, &made, &made_ind)) return false;
+  bool ok;
+  if (root_.kind == Shape::Kind::kCollection) {
+    ok = FillCollection(json, root_, static_cast<OCIColl*>(made));
+  } else {
+    // A new object is atomically null: the record makes it present.
+    *made_ind = OCI_IND_NOTNULL;
+    ok = FillObject(json, root_, made, made_ind);
+  }
+  if (!ok) {
+    Free(made);
+    return false;
+  }
+  *instance = made;
+  *ind = root_.kind == Shape::Kind::kCollection ? nullptr : made_ind;
+  return true;
+}
+
+bool ObjectBuilder::FillObject(simdjson::ondemand::value json, const Shape& shape, void* instance,
+                               void* null_struct) {
+  JsonKind kind;
+  std::string_view text;
+  if (!Read(json, &kind, &text)) return false;
+  if (kind != JsonKind::kObject) {
+    return Fail(std::string("is an object of ") + shape.type_name + ": a JSON object is expected, not " +
+                JsonKindName(kind));
+  }
+  simdjson::ondemand::object object;
+  if (auto code = json.get_object().get(object)) return JsonError(code);
+  for (auto field_result : object) {
+    simdjson::ondemand::field field;
+    if (auto code = std::move(field_result).get(field)) return JsonError(code);
+    std::string_view key;
+    if (auto code = field.unescaped_key().get(key)) return JsonError(code);
+    const Shape* member = shape.FindMember(key);
+    if (member == nullptr) {
+      return Fail(std::string("has no attribute \"") + std::string(key) + "\" in " + shape.type_name);
+    }
+    path_.push_back({member, -1});
+    if (!SetAttribute(field.value(), *member, instance, null_struct, shape.tdo)) return false;
+    path_.pop_back();
+  }
+  return true;
+}
+
+bool ObjectBuilder::SetAttribute(simdjson::ondemand::value json, const Shape& member, void* instance,
+                                 void* null_struct, OCIType* tdo) {
+  const OraText* names[1] = {Name(member)};
+  const ub4 lengths[1] = {static_cast<ub4>(member.name.size())};
+  OCIInd status = OCI_IND_NULL;
+  void* attr_null_struct = nullptr;
+  void* slot = nullptr;
+  OCIType* attr_tdo = nullptr;
+  if (!Oracle(OCIObjectGetAttr(session_.env(), session_.err(), instance, null_struct, tdo, names,
+                               lengths, 1, nullptr, 0, &status, &attr_null_struct, &slot, &attr_tdo),
+              "OCIObjectGetAttr")) {
+    return false;
+  }
+  JsonKind kind;
+  std::string_view text;
+  if (!Read(json, &kind, &text)) return false;
+  const bool object = member.kind == Shape::Kind::kObject;
+  OCIInd result = OCI_IND_NOTNULL;
+  if (kind == JsonKind::kNull) {
+    result = OCI_IND_NULL;
+  } else if (object) {
+    if (!FillObject(json, member, slot, attr_null_struct)) return false;
+  } else if (member.kind == Shape::Kind::kCollection) {
+    if (!FillCollection(json, member, *static_cast<OCIColl**>(slot))) return false;
+  } else {
+    std::string error;
+    if (!StoreScalar(session_, *member.def, kind, text, slot, &error)) return Fail(error);
+  }
+  if (object) *static_cast<OCIInd*>(attr_null_struct) = result;
+  return Oracle(OCIObjectSetAttr(session_.env(), session_.err(), instance, null_struct, tdo, names,
+                                 lengths, 1, nullptr, 0, result, object ? attr_null_struct : nullptr,
+                                 nullptr),
+                "OCIObjectSetAttr");
+}
+
+bool ObjectBuilder::FillCollection(simdjson::ondemand::value json, const Shape& shape, OCIColl* coll) {
+  JsonKind kind;
+  std::string_view text;
+  if (!Read(json, &kind, &text)) return false;
+  if (kind != JsonKind::kArray) {
+    return Fail(std::string("is a collection of ") + shape.type_name + ": a JSON array is expected, not " +
+                JsonKindName(kind));
+  }
+  if (shape.members.empty()) return Fail("has no item definition");
+  simdjson::ondemand::array array;
+  if (auto code = json.get_array().get(array)) return JsonError(code);
+  long index = 0;
+  for (auto item_result : array) {
+    simdjson::ondemand::value item;
+    if (auto code = std::move(item_result).get(item)) return JsonError(code);
+    path_.push_back({&shape.members[0], index++});
+    if (!AppendItem(item, shape.members[0], coll)) return false;
+    path_.pop_back();
+  }
+  return true;
+}
+
+bool ObjectBuilder::AppendItem(simdjson::ondemand::value json, const Shape& item, OCIColl* coll) {
+  if (!item.IsComplex()) return AppendScalarItem(json, item, coll);
+  JsonKind kind;
+  std::string_view text;
+  if (!Read(json, &kind, &text)) return false;
+  void* value = nullptr;
+  OCIInd* ind = nullptr;
+  if (!NewInstance(item, &value, &ind)) return false;
+  bool ok = true;
+  // A null item goes in as a value with the null indicator.
+  OCIInd null_collection = OCI_IND_NULL;
+  void* item_ind = ind;
+  if (item.kind == Shape::Kind::kObject) {
+    *ind = kind == JsonKind::kNull ? OCI_IND_NULL : OCI_IND_NOTNULL;
+    if (kind != JsonKind::kNull) ok = FillObject(json, item, value, ind);
+  } else if (kind == JsonKind::kNull) {
+    item_ind = &null_collection;
+  } else {
+    ok = FillCollection(json, item, static_cast<OCIColl*>(value));
+  }
+  if (ok) ok = Oracle(OCICollAppend(session_.env(), session_.err(), value, item_ind, coll), "OCICollAppend");
+  Free(value);
+  return ok;
+}
+
+bool ObjectBuilder::AppendScalarItem(simdjson::ondemand::value json, const Shape& item, OCIColl* coll) {
+  JsonKind kind;
+  std::string_view text;
+  if (!Read(json, &kind, &text)) return false;
+  const Column_Def& def = *item.def;
+  OCIEnv* env = session_.env();
+  OCIError* err = session_.err();
+  // The item's value, held as an instance's slot holds it.
+  OCINumber number;
+  OCIDate date;
+  void* pointer = nullptr;
+  const ub4 descriptor = DescriptorType(def);
+  if (descriptor != 0 &&
+      !Oracle(OCIDescriptorAlloc(env, &pointer, descriptor, 0, nullptr), "OCIDescriptorAlloc")) {
+    return false;
+  }
+  void* slot = &pointer;
+  if (def.DataType == SQLT_NUM) slot = &number;
+  if (def.DataType == SQLT_DAT) slot = &date;
+  OCIInd ind = OCI_IND_NOTNULL;
+  bool ok = true;
+  if (kind == JsonKind::kNull) {
+    // A null item still needs a value to append: an empty one of its type.
+    ind = OCI_IND_NULL;
+    number.OCINumberPart[0] = 1;
+    number.OCINumberPart[1] = 0x80;
+    OCIDateSetDate(&date, 2000, 1, 1);
+    OCIDateSetTime(&date, 0, 0, 0);
+    if (def.DataType == SQLT_CLOB || def.DataType == SQLT_BLOB) {
+      ok = StoreScalar(session_, def, JsonKind::kString, "", slot, &error_);
+    } else if (descriptor == 0 && def.DataType != SQLT_NUM && def.DataType != SQLT_DAT) {
+      const bool raw = def.DataType == SQLT_BIN || def.DataType == SQLT_LBI;
+      ok = StoreScalar(session_, def, JsonKind::kString, raw ? "00" : " ", slot, &error_);
+    }
+    if (!ok) ok = Fail(error_);
+  } else {
+    std::string error;
+    ok = StoreScalar(session_, def, kind, text, slot, &error);
+    if (!ok) Fail(error);
+  }
+  const bool inline_value = def.DataType == SQLT_NUM || def.DataType == SQLT_DAT;
+  if (ok) {
+    ok = Oracle(OCICollAppend(env, err, inline_value ? slot : pointer, &ind, coll), "OCICollAppend");
+  }
+  if (descriptor == OCI_DTYPE_LOB) {
+    boolean temporary = FALSE;
+    if (OCILobIsTemporary(env, err, static_cast<OCILobLocator*>(pointer), &temporary) == OCI_SUCCESS &&
+        temporary) {
+      OCILobFreeTemporary(session_.svc(), err, static_cast<OCILobLocator*>(pointer));
+    }
+  }
+  if (descriptor != 0) {
+    OCIDescriptorFree(pointer, descriptor);
+  } else if (def.DataType == SQLT_BIN || def.DataType == SQLT_LBI) {
+    if (pointer != nullptr) OCIRawResize(env, err, 0, reinterpret_cast<OCIRaw**>(&pointer));
+  } else if (!inline_value && pointer != nullptr) {
+    OCIStringResize(env, err, 0, reinterpret_cast<OCIString**>(&pointer));
+  }
+  return ok;
+}
+
+}  // namespace varnadp

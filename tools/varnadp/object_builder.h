@@ -1,0 +1,62 @@
+// Builds an Oracle instance of a type from one JSON value through OCI calls:
+// an object from a JSON object keyed by attribute name, a collection from an
+// array. The caller frees what Build made with Free.
+#ifndef TOOLS_VARNADP_OBJECT_BUILDER_H
+#define TOOLS_VARNADP_OBJECT_BUILDER_H
+
+#include <string>
+#include <vector>
+
+#include <oci.h>
+#include <simdjson.h>
+
+#include "scalar_values.h"
+#include "shape.h"
+
+namespace varnadp {
+
+class OciSession;
+
+class ObjectBuilder {
+ public:
+  ObjectBuilder(OciSession& session, const Shape& root) : session_(session), root_(root) {}
+
+  // A new instance (and its null structure; NULL for a collection) holding
+  // the value. False with error() set: a JSON syntax error, an attribute that
+  // does not exist or holds the wrong JSON kind, a value that does not
+  // convert; what was made is freed then.
+  bool Build(simdjson::ondemand::value json, void** instance, OCIInd** ind);
+  void Free(void* instance);
+
+  const std::string& error() const { return error_; }
+
+ private:
+  bool FillObject(simdjson::ondemand::value json, const Shape& shape, void* instance,
+                  void* null_struct);
+  bool FillCollection(simdjson::ondemand::value json, const Shape& shape, OCIColl* coll);
+  bool SetAttribute(simdjson::ondemand::value json, const Shape& member, void* instance,
+                    void* null_struct, OCIType* tdo);
+  bool AppendItem(simdjson::ondemand::value json, const Shape& item, OCIColl* coll);
+  bool AppendScalarItem(simdjson::ondemand::value json, const Shape& item, OCIColl* coll);
+  bool NewInstance(const Shape& shape, void** instance, OCIInd** ind);
+
+  bool Read(simdjson::ondemand::value& json, JsonKind* kind, std::string_view* text);
+  bool JsonError(simdjson::error_code code);
+  bool Fail(const std::string& what);
+  bool Oracle(sword status, const char* call);
+  std::string Path() const;
+
+  OciSession& session_;
+  const Shape& root_;
+  std::string error_;
+  // Where the conversion is, for messages: an attribute, or an item's index.
+  struct Step {
+    const Shape* shape;
+    long index;
+  };
+  std::vector<Step> path_;
+};
+
+}  // namespace varnadp
+
+#endif  // TOOLS_VARNADP_OBJECT_BUILDER_H

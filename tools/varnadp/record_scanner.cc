@@ -1,0 +1,145 @@
+#include "record_scanner.h"
+
+#include <cstring>
+
+namespace varnadp {
+namespace {
+
+constexpr std::string_view kGroupStart = "[";
+constexpr std::string_view kGroupEnd = "]";
+constexpr std::string_view kLengthEnd = "|";  // after a binary value's count
+
+bool IsBinary(const Column_Def& def) {
+  return def.DataType == SQLT_BIN || def.DataType == SQLT_LBI || def.DataType == SQLT_BLOB;
+}
+
+}  // namespace
+
+bool RecordScanner::At(size_t pos, std::string_view what) const {
+  return !what.empty() && text_.size() - pos >= what.size() &&
+         std::memcmp(text_.data() + pos, what.data(), what.size()) == 0;
+}
+
+RecordScanner::Result RecordScanner::Scan(std::string_view text, size_t from, bool last,
+                                          size_t* end, std::vector<size_t>* null_raws) const {
+  text_ = text;
+  null_raws_ = null_raws;
+  size_t pos = from;
+  const Step step = Fields(root_, &pos);
+  if (step == Step::kShort) return last ? Result::kNoMatch : Result::kNeedMore;
+  if (step == Step::kNoMatch) return Result::kNoMatch;
+  if (pos == text.size()) {
+    if (!last) return Result::kNeedMore;
+    *end = pos;
+    return Result::kEnd;
+  }
+  if (text.size() - pos < special_.terminator.size() &&
+      std::memcmp(text.data() + pos, special_.terminator.data(), text.size() - pos) == 0) {
+    return last ? Result::kNoMatch : Result::kNeedMore;
+  }
+  if (!At(pos, special_.terminator)) return Result::kNoMatch;
+  *end = pos;
+  return Result::kEnd;
+}
+
+RecordScanner::Step RecordScanner::Fields(const Shape& shape, size_t* pos) const {
+  if (shape.kind == Shape::Kind::kCollection) {
+    // Items, one after another: none when the group ends (or the record does).
+    if (*pos == text_.size()) return Step::kShort;
+    if (At(*pos, kGroupEnd) || At(*pos, special_.terminator)) return Step::kOk;
+    for (;;) {
+      const Step step = Field(shape.members[0], pos);
+      if (step != Step::kOk) return step;
+      if (!At(*pos, special_.delimiter)) return *pos == text_.size() ? Step::kShort : Step::kOk;
+      *pos += special_.delimiter.size();
+    }
+  }
+  bool first = true;
+  for (const Shape& member : shape.members) {
+    if (!first) {
+      if (*pos == text_.size()) return Step::kShort;
+      if (!At(*pos, special_.delimiter)) return Step::kNoMatch;
+      *pos += special_.delimiter.size();
+    }
+    first = false;
+    const Step step = Field(member, pos);
+    if (step != Step::kOk) return step;
+  }
+  return Step::kOk;
+}
+
+RecordScanner::Step RecordScanner::Field(const Shape& field, size_t* pos) const {
+  if (field.IsComplex()) {
+    if (*pos == text_.size()) return Step::kShort;
+    if (!At(*pos, kGroupStart)) return Step::kOk;  // a null object or collection
+    *pos += kGroupStart.size();
+    const Step step = Fields(field, pos);
+    if (step != Step::kOk) return step;
+    if (*pos == text_.size()) return Step::kShort;
+    if (!At(*pos, kGroupEnd)) return Step::kNoMatch;
+    *pos += kGroupEnd.size();
+    return Step::kOk;
+  }
+  return IsBinary(*field.def) ? Binary(*field.def, pos) : Text(pos);
+}
+
+// Escaped text up to the next delimiter, group end or terminator.
+RecordScanner::Step RecordScanner::Text(size_t* pos) const {
+  const std::string& release = special_.release;
+  const std::string* escaped[] = {&special_.release, nullptr, &special_.delimiter, nullptr,
+                                  &special_.terminator};
+  while (*pos < text_.size()) {
+    if (At(*pos, release)) {
+      *pos += release.size();
+      if (*pos == text_.size()) return Step::kShort;
+      if (At(*pos, kGroupEnd) || At(*pos, kGroupStart)) {
+        *pos += 1;
+        continue;
+      }
+      for (const std::string* special : escaped) {
+        if (special != nullptr && At(*pos, *special)) {
+          *pos += special->size();
+          break;
+        }
+      }
+      continue;
+    }
+    if (At(*pos, special_.delimiter) || At(*pos, kGroupEnd) || At(*pos, special_.terminator)) {
+      return Step::kOk;
+    }
+    ++*pos;
+  }
+  return Step::kShort;
+}
+
+// "count|bytes", "|" for null, or nothing.
+RecordScanner::Step RecordScanner::Binary(const Column_Def& def, size_t* pos) const {
+  if (*pos == text_.size()) return Step::kShort;
+  if (At(*pos, kLengthEnd)) {
+    if (null_raws_ != nullptr && def.DataType != SQLT_BLOB) null_raws_->push_back(*pos);
+    *pos += kLengthEnd.size();
+    return Step::kOk;
+  }
+  size_t count = 0;
+  size_t digits = 0;
+  while (*pos < text_.size() && text_[*pos] >= '0' && text_[*pos] <= '9') {
+    if (count > (size_t{1} << 40)) return Step::kNoMatch;
+    count = count * 10 + static_cast<size_t>(text_[*pos] - '0');
+    ++*pos;
+    ++digits;
+  }
+  if (*pos == text_.size()) return Step::kShort;
+  if (digits == 0) {
+    // A null value written as nothing, as at the end of an object.
+    return At(*pos, special_.delimiter) || At(*pos, kGroupEnd) || At(*pos, special_.terminator)
+               ? Step::kOk
+               : Step::kNoMatch;
+  }
+  if (!At(*pos, kLengthEnd)) return Step::kNoMatch;
+  *pos += kLengthEnd.size();
+  if (text_.size() - *pos < count) return Step::kShort;
+  *pos += count;
+  return Step::kOk;
+}
+
+}  // namespace varnadp

@@ -1,0 +1,48 @@
+// Finds where a record of a type ends in a stream, without reading it into
+// an object: it follows the type's fields as the writer lays them out, so a
+// terminator inside a RAW or BLOB value (whose bytes are not escaped) is not
+// taken for the record's end. Records the writer would not have written (a
+// field missing, say) are not scanned; the caller then falls back to the
+// first unescaped terminator.
+#ifndef TOOLS_VARNADP_RECORD_SCANNER_H
+#define TOOLS_VARNADP_RECORD_SCANNER_H
+
+#include <cstddef>
+#include <string_view>
+#include <vector>
+
+#include "shape.h"
+#include "special_strings.h"
+
+namespace varnadp {
+
+class RecordScanner {
+ public:
+  RecordScanner(const Shape& root, const SpecialStrings& special) : root_(root), special_(special) {}
+
+  enum class Result { kEnd, kNeedMore, kNoMatch };
+  // Scans the record that starts at `from`. kEnd: *end is where its
+  // terminator starts (or text.size() when `last` and the text ends there).
+  // kNeedMore: the text ends inside the record and more may come (not `last`).
+  // With null_raws, the offsets of the "|" of every null RAW are added to it.
+  Result Scan(std::string_view text, size_t from, bool last, size_t* end,
+              std::vector<size_t>* null_raws = nullptr) const;
+
+ private:
+  enum class Step { kOk, kShort, kNoMatch };
+  Step Fields(const Shape& shape, size_t* pos) const;
+  Step Field(const Shape& field, size_t* pos) const;
+  Step Text(size_t* pos) const;
+  Step Binary(const Column_Def& def, size_t* pos) const;
+  bool At(size_t pos, std::string_view what) const;
+
+  const Shape& root_;
+  const SpecialStrings& special_;
+  // The text being scanned, for the duration of Scan.
+  mutable std::string_view text_;
+  mutable std::vector<size_t>* null_raws_ = nullptr;
+};
+
+}  // namespace varnadp
+
+#endif  // TOOLS_VARNADP_RECORD_SCANNER_H

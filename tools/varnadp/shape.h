@@ -1,0 +1,45 @@
+// The tree a Column_Def list describes: an object's attributes in order, a
+// collection's one item, down to the scalars. The JSON conversions walk it;
+// it points into the list, which must outlive it.
+#ifndef TOOLS_VARNADP_SHAPE_H
+#define TOOLS_VARNADP_SHAPE_H
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <oci.h>
+
+#include <varnadp.h>
+
+namespace varnadp {
+
+class OciSession;
+
+struct Shape {
+  enum class Kind { kScalar, kObject, kCollection };
+  Kind kind = Kind::kScalar;
+  const Column_Def* def = nullptr;  // the record; nullptr for the root
+  std::string name;                 // attribute name; empty for items and the root
+  std::string type_name;            // of objects and collections
+  OCIType* tdo = nullptr;           // of objects and collections
+  std::vector<Shape> members;       // attributes, or a collection's one item
+
+  bool IsComplex() const { return kind != Kind::kScalar; }
+  // The attribute named `key`: the exact name first, then without regard to case.
+  const Shape* FindMember(std::string_view key) const;
+};
+
+// Builds the tree of the type `type_name` from its list and looks up the
+// type of every object and collection in it. Null with session's error set
+// when a type cannot be found.
+std::unique_ptr<Shape> BuildShape(const Column_Def* list, const std::string& type_name,
+                                  OciSession& session);
+
+// "NUMBER", "VARCHAR2", ...: the data type of a scalar for messages.
+const char* DataTypeName(const Column_Def& def);
+
+}  // namespace varnadp
+
+#endif  // TOOLS_VARNADP_SHAPE_H
