@@ -110,6 +110,12 @@ bool Converter::AdapterFailed(int rc, RecordError* error) {
   error->code = rc;
   error->text = "code " + std::to_string(rc) + " in " + last.GetFunc() + ": " + last.GetText();
   error->offset = OffsetFromTrace(trace_.GetBuffer());
+  // Oracle's own words, when an OCI call failed.
+  const char* oracle = std::strstr(trace_.GetBuffer(), "ORA-");
+  if (oracle != nullptr) {
+    const char* end = std::strchr(oracle, '\n');
+    error->text += " (" + std::string(oracle, end != nullptr ? static_cast<size_t>(end - oracle) : std::strlen(oracle)) + ")";
+  }
   return false;
 }
 

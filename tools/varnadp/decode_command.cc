@@ -41,10 +41,11 @@ int RunStream(const CommandOptions& options, bool check) {
   StreamSplitter records(converters[0]->shape(), options.setup.special);
   std::string data;
   std::string error;
-  std::unique_ptr<Batch> batch;
-  while (records.Next(files.input, &data, &batch, &error)) {
+  std::unique_ptr<Batch> batch = pipeline.NewBatch();
+  while (records.Next(files.input, &data, batch.get(), &error)) {
     progress.Update(records.consumed(), records.records());
     if (!pipeline.Submit(std::move(batch))) break;
+    batch = pipeline.NewBatch();
   }
   progress.Finish();
   const int status = FinishRun(pipeline, files, error);

@@ -131,10 +131,11 @@ int RunEncode(const CommandOptions& options) {
                     &files.out, &files.bad);
   Progress progress(files.input.size());
   LineSplitter lines;
-  std::unique_ptr<Batch> batch;
-  while (lines.Next(files.input, &data, &batch, &error)) {
+  std::unique_ptr<Batch> batch = pipeline.NewBatch();
+  while (lines.Next(files.input, &data, batch.get(), &error)) {
     progress.Update(lines.consumed(), lines.records());
     if (!pipeline.Submit(std::move(batch))) break;
+    batch = pipeline.NewBatch();
   }
   progress.Finish();
   return FinishRun(pipeline, files, error);

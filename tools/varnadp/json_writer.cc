@@ -65,6 +65,13 @@ bool JsonWriter::WriteCollection(const Shape& shape, OCIColl* coll, std::string*
   if (!Oracle(OCICollSize(session_.env(), session_.err(), coll, &size), "OCICollSize")) return false;
   out->push_back('[');
   bool first = true;
+  if (size == 1 && IsNullItem(coll)) {
+    // The stream writes an empty collection and one holding a single null
+    // item alike ("[]"), and the reader gives the latter: it is shown as the
+    // far more common empty collection.
+    out->push_back(']');
+    return true;
+  }
   for (sb4 i = 0; i < size; ++i) {
     boolean exists = FALSE;
     void* element = nullptr;
@@ -80,6 +87,15 @@ bool JsonWriter::WriteCollection(const Shape& shape, OCIColl* coll, std::string*
   }
   out->push_back(']');
   return true;
+}
+
+bool JsonWriter::IsNullItem(OCIColl* coll) {
+  boolean exists = FALSE;
+  void* element = nullptr;
+  void* element_ind = nullptr;
+  return OCICollGetElem(session_.env(), session_.err(), coll, 0, &exists, &element, &element_ind) ==
+             OCI_SUCCESS &&
+         exists && element_ind != nullptr && *static_cast<OCIInd*>(element_ind) == OCI_IND_NULL;
 }
 
 bool JsonWriter::WriteItem(const Shape& item, void* element, void* element_ind, std::string* out) {

@@ -28,6 +28,7 @@ class JsonWriter {
   bool WriteObject(const Shape& shape, void* instance, void* null_struct, std::string* out);
   bool WriteCollection(const Shape& shape, OCIColl* coll, std::string* out);
   bool WriteItem(const Shape& item, void* element, void* element_ind, std::string* out);
+  bool IsNullItem(OCIColl* coll);
   bool Oracle(sword status, const char* call);
 
   OciSession& session_;

@@ -46,7 +46,9 @@ bool Pipeline::Submit(std::unique_ptr<Batch> batch) {
   if (threads_.empty()) {
     work_(*converters_[0], *batch);
     batch->done = true;
-    return WriteBatch(*batch);
+    const bool ok = WriteBatch(*batch);
+    Recycle(std::move(batch));
+    return ok;
   }
   {
     std::lock_guard<std::mutex> lock(mutex_);
@@ -85,7 +87,22 @@ bool Pipeline::WriteReady(bool wait_for_all) {
       waiting_.clear();
       return false;
     }
+    Recycle(std::move(head));
   }
+}
+
+std::unique_ptr<Batch> Pipeline::NewBatch() {
+  if (spare_.empty()) return std::make_unique<Batch>();
+  std::unique_ptr<Batch> batch = std::move(spare_.back());
+  spare_.pop_back();
+  return batch;
+}
+
+void Pipeline::Recycle(std::unique_ptr<Batch> batch) {
+  // As many as can be in flight at once, and one being filled.
+  if (spare_.size() > 2 * threads_.size() + 1) return;
+  batch->Clear();
+  spare_.push_back(std::move(batch));
 }
 
 bool Pipeline::WriteBatch(Batch& batch) {

@@ -38,6 +38,19 @@ struct Batch {
   long long converted = 0;
   bool stop = false;     // a record failed and the run ends before it
   bool done = false;
+
+  // Empties it for the next records, keeping its storage.
+  void Clear() {
+    data.clear();
+    records.clear();
+    out.clear();
+    bad.clear();
+    messages.clear();
+    failed = 0;
+    converted = 0;
+    stop = false;
+    done = false;
+  }
 };
 
 using BatchWork = std::function<void(Converter&, Batch&)>;
@@ -55,6 +68,8 @@ class Pipeline {
   // bad records, or the output failed); error() then says why, when it was
   // the output.
   bool Submit(std::unique_ptr<Batch> batch);
+  // An empty batch to fill: one written before (its storage kept), or a new one.
+  std::unique_ptr<Batch> NewBatch();
   // Waits for every batch and writes it; false as for Submit.
   bool Finish();
 
@@ -67,6 +82,7 @@ class Pipeline {
   void WorkerLoop(Converter* converter);
   bool WriteReady(bool wait_for_all);
   bool WriteBatch(Batch& batch);
+  void Recycle(std::unique_ptr<Batch> batch);
 
   std::vector<std::unique_ptr<Converter>>& converters_;
   BatchWork work_;
@@ -78,6 +94,7 @@ class Pipeline {
   std::condition_variable queued_;  // a batch waits for a worker, or the end came
   std::deque<Batch*> waiting_;
   std::deque<std::unique_ptr<Batch>> in_flight_;  // in input order
+  std::vector<std::unique_ptr<Batch>> spare_;     // written, to be filled again
   bool closing_ = false;
   bool stopped_ = false;
   long long failed_ = 0;

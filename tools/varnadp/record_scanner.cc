@@ -86,29 +86,45 @@ RecordScanner::Step RecordScanner::Field(const Shape& field, size_t* pos) const 
 // Escaped text up to the next delimiter, group end or terminator.
 RecordScanner::Step RecordScanner::Text(size_t* pos) const {
   const std::string& release = special_.release;
-  const std::string* escaped[] = {&special_.release, nullptr, &special_.delimiter, nullptr,
-                                  &special_.terminator};
-  while (*pos < text_.size()) {
-    if (At(*pos, release)) {
-      *pos += release.size();
-      if (*pos == text_.size()) return Step::kShort;
-      if (At(*pos, kGroupEnd) || At(*pos, kGroupStart)) {
-        *pos += 1;
-        continue;
+  const char release_byte = release[0];
+  const char delimiter_byte = special_.delimiter[0];
+  const char terminator_byte = special_.terminator[0];
+  const char* data = text_.data();
+  const size_t size = text_.size();
+  size_t at = *pos;
+  while (at < size) {
+    const char c = data[at];
+    if (c != release_byte && c != delimiter_byte && c != terminator_byte && c != ']') {
+      ++at;
+      continue;
+    }
+    if (At(at, release)) {
+      at += release.size();
+      if (at == size) {
+        *pos = at;
+        return Step::kShort;
       }
-      for (const std::string* special : escaped) {
-        if (special != nullptr && At(*pos, *special)) {
-          *pos += special->size();
-          break;
-        }
+      // The special string it stands before, in the order the reader tries them.
+      if (At(at, release)) {
+        at += release.size();
+      } else if (At(at, kGroupEnd)) {
+        at += kGroupEnd.size();
+      } else if (At(at, special_.delimiter)) {
+        at += special_.delimiter.size();
+      } else if (At(at, kGroupStart)) {
+        at += kGroupStart.size();
+      } else if (At(at, special_.terminator)) {
+        at += special_.terminator.size();
       }
       continue;
     }
-    if (At(*pos, special_.delimiter) || At(*pos, kGroupEnd) || At(*pos, special_.terminator)) {
+    if (At(at, special_.delimiter) || c == ']' || At(at, special_.terminator)) {
+      *pos = at;
       return Step::kOk;
     }
-    ++*pos;
+    ++at;
   }
+  *pos = at;
   return Step::kShort;
 }
 

@@ -73,9 +73,7 @@ int FinishRun(Pipeline& pipeline, RunFiles& files, const std::string& input_erro
   return kExitOk;
 }
 
-bool LineSplitter::Next(InputFile& input, std::string* data, std::unique_ptr<Batch>* batch,
-                        std::string* error) {
-  auto made = std::make_unique<Batch>();
+bool LineSplitter::Next(InputFile& input, std::string* data, Batch* made, std::string* error) {
   for (;;) {
     const size_t eol = data->find('\n', pos_);
     if (eol == std::string::npos && !input.at_end()) {
@@ -92,19 +90,16 @@ bool LineSplitter::Next(InputFile& input, std::string* data, std::unique_ptr<Bat
     size_t size = line.size();
     if (size > 0 && line[size - 1] == '\r') --size;
     if (line.find_first_not_of(" \t\r") == std::string_view::npos) continue;
-    AddRecord(made.get(), line.substr(0, size), size, ++records_, offset);
+    AddRecord(made, line.substr(0, size), size, ++records_, offset);
     if (made->records.size() >= kBatchRecords || made->data.size() >= kBatchBytes) break;
   }
   if (made->records.empty()) return false;
   // simdjson reads up to this many bytes beyond a value.
   made->data.reserve(made->data.size() + kPadding);
-  *batch = std::move(made);
   return true;
 }
 
-bool StreamSplitter::Next(InputFile& input, std::string* data, std::unique_ptr<Batch>* batch,
-                          std::string* error) {
-  auto made = std::make_unique<Batch>();
+bool StreamSplitter::Next(InputFile& input, std::string* data, Batch* made, std::string* error) {
   const std::string& terminator = special_.terminator;
   for (;;) {
     const std::string_view text(*data);
@@ -123,14 +118,12 @@ bool StreamSplitter::Next(InputFile& input, std::string* data, std::unique_ptr<B
     }
     const size_t next = end == text.size() ? end : end + terminator.size();
     const long long offset = consumed_;
-    AddRecord(made.get(), text.substr(pos_, next - pos_), end - pos_, ++records_, offset);
+    AddRecord(made, text.substr(pos_, next - pos_), end - pos_, ++records_, offset);
     consumed_ += static_cast<long long>(next - pos_);
     pos_ = next;
     if (made->records.size() >= kBatchRecords || made->data.size() >= kBatchBytes) break;
   }
-  if (made->records.empty()) return false;
-  *batch = std::move(made);
-  return true;
+  return !made->records.empty();
 }
 
 }  // namespace varnadp

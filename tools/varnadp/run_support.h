@@ -40,9 +40,9 @@ int FinishRun(Pipeline& pipeline, RunFiles& files, const std::string& input_erro
 // Cuts JSON Lines into batches; blank lines are skipped.
 class LineSplitter {
  public:
-  // The next batch into *batch; false at the end of the input or on a read
+  // Fills the empty *batch with the next records; false at the end of the input or on a read
   // error (*error set).
-  bool Next(InputFile& input, std::string* data, std::unique_ptr<Batch>* batch, std::string* error);
+  bool Next(InputFile& input, std::string* data, Batch* batch, std::string* error);
   long long consumed() const { return consumed_; }
   long long records() const { return records_; }
 
@@ -58,7 +58,7 @@ class StreamSplitter {
  public:
   StreamSplitter(const Shape& shape, const SpecialStrings& special)
       : scanner_(shape, special), special_(special) {}
-  bool Next(InputFile& input, std::string* data, std::unique_ptr<Batch>* batch, std::string* error);
+  bool Next(InputFile& input, std::string* data, Batch* batch, std::string* error);
   long long consumed() const { return consumed_; }
   long long records() const { return records_; }
 

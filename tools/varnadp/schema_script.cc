@@ -19,7 +19,7 @@ bool IsPlusCommand(std::string_view line) {
   size_t end = i;
   while (end < line.size() && std::isalpha(static_cast<unsigned char>(line[end]))) ++end;
   if (end == i) return false;
-  if (end < line.size() && line[end] != ' ' && line[end] != '\t' && line[end] != '\r') {
+  if (end < line.size() && !std::isspace(static_cast<unsigned char>(line[end])) && line[end] != ';') {
     return false;
   }
   std::string word;
