@@ -93,7 +93,7 @@ bool Converter::Open(const RunSetup& setup, const std::string& database) {
   builder_ = std::make_unique<ObjectBuilder>(session_, *shape_);
   writer_ = std::make_unique<JsonWriter>(session_, *shape_);
   lobs_ = HasLobs(*shape_);
-  if (HasNullableRaw(*shape_)) scanner_ = std::make_unique<RecordScanner>(*shape_, special_);
+  if (HasBinary(*shape_)) scanner_ = std::make_unique<RecordScanner>(*shape_, special_);
   if (lobs_ && shape_->kind == Shape::Kind::kObject) {
     lob_table_ = std::make_unique<LobTable>(session_, *shape_);
     if (!lob_table_->Create()) {
@@ -153,40 +153,50 @@ bool Converter::Encode(simdjson::ondemand::value json, std::string* out, RecordE
 
 
 
-// The record without the bars of its null RAWs; `record` itself when it has
-// none, or when it is not laid out as the writer lays a record out.
-std::string_view Converter::WithoutNullRawBars(std::string_view record) {
+// The record in the form the reader takes (see scanner_); the record itself
+// when nothing needs to change, or when it is not laid out as the writer lays
+// a record out.
+std::string_view Converter::ReaderForm(std::string_view record) {
+  edits_.clear();
   if (!scanner_) return record;
-  null_raws_.clear();
+  marks_.clear();
   size_t end = 0;
-  if (scanner_->Scan(record, 0, true, &end, &null_raws_) != RecordScanner::Result::kEnd ||
-      null_raws_.empty()) {
-    null_raws_.clear();
-    return record;
-  }
-  without_bars_.clear();
+  if (scanner_->Scan(record, 0, true, &end, &marks_) != RecordScanner::Result::kEnd) return record;
+  const std::string& delimiter = special_.delimiter;
+  const bool replace = delimiter != "|";
+  if (marks_.null_raws.empty() && (!replace || marks_.length_ends.empty())) return record;
+  reader_form_.clear();
   size_t from = 0;
-  for (size_t bar : null_raws_) {
-    without_bars_.append(record.data() + from, bar - from);
-    from = bar + 1;
+  size_t raw = 0;
+  size_t bar = 0;
+  const std::vector<size_t>& raws = marks_.null_raws;
+  const std::vector<size_t>& bars = marks_.length_ends;
+  while (raw < raws.size() || (replace && bar < bars.size())) {
+    const bool take_raw = raw < raws.size() && (!replace || bar == bars.size() || raws[raw] < bars[bar]);
+    const size_t at = take_raw ? raws[raw++] : bars[bar++];
+    reader_form_.append(record.data() + from, at - from);
+    edits_.push_back({reader_form_.size(), take_raw ? -1L : static_cast<long>(delimiter.size()) - 1});
+    if (!take_raw) reader_form_.append(delimiter);
+    from = at + 1;
   }
-  without_bars_.append(record.data() + from, record.size() - from);
-  return without_bars_;
+  reader_form_.append(record.data() + from, record.size() - from);
+  return reader_form_;
 }
 
-// An offset in the record read back to one in the record as received.
+// An offset in the record as read back to one in the record as received.
 long Converter::OffsetInRecord(long offset) const {
   if (offset < 0) return offset;
-  long shifted = offset;
-  for (size_t bar : null_raws_) {
-    if (static_cast<long>(bar) <= shifted) ++shifted;
+  long shift = 0;
+  for (const Edit& edit : edits_) {
+    if (static_cast<long>(edit.at) >= offset) break;
+    shift += edit.delta;
   }
-  return shifted;
+  return offset - shift;
 }
 
 bool Converter::Decode(std::string_view received, std::string* out, RecordError* error) {
   trace_.ClearBuffer();
-  const std::string_view record = WithoutNullRawBars(received);
+  const std::string_view record = ReaderForm(received);
   const void* buffer = record.data();
   Column_Def* defs = list_;
   void* instance = nullptr;

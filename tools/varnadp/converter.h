@@ -68,7 +68,7 @@ class Converter {
 
  private:
   bool AdapterFailed(int rc, RecordError* error);
-  std::string_view WithoutNullRawBars(std::string_view record);
+  std::string_view ReaderForm(std::string_view record);
   long OffsetInRecord(long offset) const;
   std::string NormalizedTypeName(const std::string& given) const;
 
@@ -84,11 +84,18 @@ class Converter {
   bool lobs_ = false;
   bool traced_ = false;
   SpecialStrings special_;
-  // A null RAW is written as "|", which the reader does not step over: such
-  // bars are taken out of a record before it is read.
+  // The reader takes binary values apart otherwise than the writer lays them
+  // out: it does not step over a null RAW's "|", and after a count (or for a
+  // null BLOB) it steps over the delimiter, whatever was written there. A
+  // record with binary values is put in the form the reader takes first.
   std::unique_ptr<RecordScanner> scanner_;
-  std::vector<size_t> null_raws_;
-  std::string without_bars_;
+  RecordScanner::BinaryMarks marks_;
+  struct Edit {
+    size_t at;   // in the record as read
+    long delta;  // bytes the edit added there
+  };
+  std::vector<Edit> edits_;
+  std::string reader_form_;
   simdjson::ondemand::parser json_parser_;
   std::string setup_error_;
 };

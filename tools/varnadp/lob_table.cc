@@ -44,13 +44,14 @@ bool HasLobs(const Shape& shape) {
   return false;
 }
 
-bool HasNullableRaw(const Shape& shape) {
+bool HasBinary(const Shape& shape) {
   if (shape.def != nullptr && !shape.IsComplex() &&
-      (shape.def->DataType == SQLT_BIN || shape.def->DataType == SQLT_LBI)) {
+      (shape.def->DataType == SQLT_BIN || shape.def->DataType == SQLT_LBI ||
+       shape.def->DataType == SQLT_BLOB)) {
     return true;
   }
   for (const Shape& member : shape.members) {
-    if (HasNullableRaw(member)) return true;
+    if (HasBinary(member)) return true;
   }
   return false;
 }

@@ -17,8 +17,8 @@ class OciSession;
 
 // Whether a CLOB or BLOB appears anywhere in the shape.
 bool HasLobs(const Shape& shape);
-// Whether a RAW appears anywhere in the shape.
-bool HasNullableRaw(const Shape& shape);
+// Whether a RAW or BLOB appears anywhere in the shape.
+bool HasBinary(const Shape& shape);
 
 class LobTable {
  public:

@@ -55,7 +55,7 @@ std::string ObjectBuilder::Path() const {
       path += step.shape->name;
     }
   }
-  if (path.empty()) return root_.type_name + ": ";
+  if (path.empty()) return "the record ";
   return "attribute " + path + " ";
 }
 
@@ -156,7 +156,7 @@ bool ObjectBuilder::FillObject(simdjson::ondemand::value json, const Shape& shap
     if (auto code = field.unescaped_key().get(key)) return JsonError(code);
     const Shape* member = shape.FindMember(key);
     if (member == nullptr) {
-      return Fail(std::string("has no attribute \"") + std::string(key) + "\" in " + shape.type_name);
+      return Fail(std::string("has no attribute \"") + std::string(key) + "\" (" + shape.type_name + ")");
     }
     path_.push_back({member, -1});
     if (!SetAttribute(field.value(), *member, instance, null_struct, shape.tdo)) return false;

@@ -21,9 +21,9 @@ bool RecordScanner::At(size_t pos, std::string_view what) const {
 }
 
 RecordScanner::Result RecordScanner::Scan(std::string_view text, size_t from, bool last,
-                                          size_t* end, std::vector<size_t>* null_raws) const {
+                                          size_t* end, BinaryMarks* marks) const {
   text_ = text;
-  null_raws_ = null_raws;
+  marks_ = marks;
   size_t pos = from;
   const Step step = Fields(root_, &pos);
   if (step == Step::kShort) return last ? Result::kNoMatch : Result::kNeedMore;
@@ -132,7 +132,9 @@ RecordScanner::Step RecordScanner::Text(size_t* pos) const {
 RecordScanner::Step RecordScanner::Binary(const Column_Def& def, size_t* pos) const {
   if (*pos == text_.size()) return Step::kShort;
   if (At(*pos, kLengthEnd)) {
-    if (null_raws_ != nullptr && def.DataType != SQLT_BLOB) null_raws_->push_back(*pos);
+    if (marks_ != nullptr) {
+      (def.DataType == SQLT_BLOB ? marks_->length_ends : marks_->null_raws).push_back(*pos);
+    }
     *pos += kLengthEnd.size();
     return Step::kOk;
   }
@@ -152,6 +154,7 @@ RecordScanner::Step RecordScanner::Binary(const Column_Def& def, size_t* pos) co
                : Step::kNoMatch;
   }
   if (!At(*pos, kLengthEnd)) return Step::kNoMatch;
+  if (marks_ != nullptr) marks_->length_ends.push_back(*pos);
   *pos += kLengthEnd.size();
   if (text_.size() - *pos < count) return Step::kShort;
   *pos += count;

@@ -24,9 +24,19 @@ class RecordScanner {
   // Scans the record that starts at `from`. kEnd: *end is where its
   // terminator starts (or text.size() when `last` and the text ends there).
   // kNeedMore: the text ends inside the record and more may come (not `last`).
-  // With null_raws, the offsets of the "|" of every null RAW are added to it.
+  // Where the "|" bytes of binary values stand: after a count, for a null
+  // BLOB, and for a null RAW.
+  struct BinaryMarks {
+    std::vector<size_t> length_ends;  // after a count, or a null BLOB's
+    std::vector<size_t> null_raws;
+    void clear() {
+      length_ends.clear();
+      null_raws.clear();
+    }
+  };
+  // With marks, the binary values' bars are added to it.
   Result Scan(std::string_view text, size_t from, bool last, size_t* end,
-              std::vector<size_t>* null_raws = nullptr) const;
+              BinaryMarks* marks = nullptr) const;
 
  private:
   enum class Step { kOk, kShort, kNoMatch };
@@ -40,7 +50,7 @@ class RecordScanner {
   const SpecialStrings& special_;
   // The text being scanned, for the duration of Scan.
   mutable std::string_view text_;
-  mutable std::vector<size_t>* null_raws_ = nullptr;
+  mutable BinaryMarks* marks_ = nullptr;
 };
 
 }  // namespace varnadp

@@ -40,8 +40,8 @@ class RecordScannerTest : public ::testing::Test {
   }
 
   RecordScanner::Result Scan(const std::string& text, bool last, size_t* end,
-                             std::vector<size_t>* raws = nullptr) {
-    return RecordScanner(root_, special_).Scan(text, 0, last, end, raws);
+                             RecordScanner::BinaryMarks* marks = nullptr) {
+    return RecordScanner(root_, special_).Scan(text, 0, last, end, marks);
   }
 
   Column_Def number_{}, text_{}, raw_{}, blob_{}, item_{}, tags_{};
@@ -56,14 +56,19 @@ TEST_F(RecordScannerTest, ATerminatorInsideBinaryBytesIsNotTheEnd) {
   EXPECT_EQ(text.find("]\r\nnext") + 1, end);
 }
 
-TEST_F(RecordScannerTest, NullRawBarsAreReported) {
+TEST_F(RecordScannerTest, BinaryBarsAreReported) {
   const std::string text = "1|a|||||[]\r\n";
   size_t end = 0;
-  std::vector<size_t> raws;
-  ASSERT_EQ(RecordScanner::Result::kEnd, Scan(text, false, &end, &raws));
-  // The RAW's bar is reported; the null BLOB's is not (the reader steps over it).
-  EXPECT_EQ(std::vector<size_t>{4}, raws);
+  RecordScanner::BinaryMarks marks;
+  ASSERT_EQ(RecordScanner::Result::kEnd, Scan(text, false, &end, &marks));
+  // The null RAW's bar, and the null BLOB's, which the reader steps over as a delimiter.
+  EXPECT_EQ(std::vector<size_t>{4}, marks.null_raws);
+  EXPECT_EQ(std::vector<size_t>{6}, marks.length_ends);
   EXPECT_EQ(text.size() - 2, end);
+  marks.clear();
+  ASSERT_EQ(RecordScanner::Result::kEnd, Scan("1|a|2|xy|3|a|b|[]", true, &end, &marks));
+  EXPECT_EQ(std::vector<size_t>{}, marks.null_raws);
+  EXPECT_EQ((std::vector<size_t>{5, 10}), marks.length_ends);
 }
 
 TEST_F(RecordScannerTest, ARecordCutInsideAValueNeedsMore) {

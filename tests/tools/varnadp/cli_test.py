@@ -1,0 +1,349 @@
+#!/usr/bin/env python3
+"""Runs the built varnadp command as a user does, one behaviour a case.
+
+Usage: cli_test.py VARNADP EXAMPLES_DIR BENCH_DIR CASE
+Exits 0 when the case holds, 1 with a message when it does not, 77 when the
+case needs data that is not there (the reference generator).
+"""
+import os
+import resource
+import subprocess
+import sys
+import tempfile
+
+VARNADP, EXAMPLES, BENCH, CASE = sys.argv[1:5]
+SCHEMA = os.path.join(EXAMPLES, "types.sql")
+CUSTOMERS_JSON = os.path.join(EXAMPLES, "customers.jsonl")
+CUSTOMERS_STREAM = os.path.join(EXAMPLES, "customers.txt")
+TMP = tempfile.mkdtemp(prefix="varnadp-cli-")
+SKIP = 77
+
+
+class Failed(Exception):
+    pass
+
+
+def run(*args, stdin=None, schema=SCHEMA, type_name="customer_t", command=None):
+    argv = [VARNADP]
+    if command is not None:
+        argv += [command, "--schema", schema, "--type", type_name]
+    argv += list(args)
+    result = subprocess.run(argv, input=stdin, stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=600)
+    return result.returncode, result.stdout, result.stderr.decode("utf-8", "replace")
+
+
+def expect(condition, message):
+    if not condition:
+        raise Failed(message)
+
+
+def expect_equal(expected, actual, what):
+    if expected != actual:
+        cut = lambda value: value[:2000] if isinstance(value, (bytes, str)) else value
+        raise Failed("%s differs:\n  expected %r\n  actual   %r" % (what, cut(expected), cut(actual)))
+
+
+def read(path):
+    with open(path, "rb") as f:
+        return f.read()
+
+
+def write(name, data):
+    path = os.path.join(TMP, name)
+    with open(path, "wb") as f:
+        f.write(data if isinstance(data, bytes) else data.encode())
+    return path
+
+
+def tmp(name):
+    return os.path.join(TMP, name)
+
+
+# ----------------------------------------------------------------------------
+# Round trips
+
+def case_encode_examples():
+    rc, out, err = run(CUSTOMERS_JSON, command="encode")
+    expect_equal(0, rc, "exit status (%s)" % err)
+    expect_equal(read(CUSTOMERS_STREAM), out, "stream of the example customers")
+    expect_equal("", err, "standard error")
+
+
+def case_decode_examples():
+    rc, out, err = run(CUSTOMERS_STREAM, command="decode")
+    expect_equal(0, rc, "exit status (%s)" % err)
+    expect_equal(read(CUSTOMERS_JSON), out, "JSON of the example stream")
+
+
+def case_example_lobs_take_the_second_pass():
+    # The first customer's CLOB has released specials and a line break, its
+    # BLOB a PNG header, its RAW a CR LF: all come back byte for byte.
+    rc, out, err = run(CUSTOMERS_STREAM, command="decode")
+    first = out.split(b"\n")[0]
+    expect(b'"NOTES":"Wrote the first program.\\r\\nPrefers [brackets] and pipes | in notes!"' in first, first)
+    expect(b'"PHOTO":"89504E470D0A1A0A"' in first and b'"TOKEN":"00FF7C0D0A21"' in first, first)
+
+
+def case_array_input_is_the_same_as_lines():
+    lines = read(CUSTOMERS_JSON).decode().strip().split("\n")
+    array = write("array.json", "[\n  " + ",\n  ".join(lines) + "\n]\n")
+    rc, out, err = run(array, command="encode")
+    expect_equal(0, rc, "exit status (%s)" % err)
+    expect_equal(read(CUSTOMERS_STREAM), out, "stream of the array")
+
+
+def case_standard_input_and_output_file():
+    output = tmp("out.txt")
+    rc, out, err = run("-", "-o", output, stdin=read(CUSTOMERS_JSON), command="encode")
+    expect_equal(0, rc, "exit status (%s)" % err)
+    expect_equal(b"", out, "standard output")
+    expect_equal(read(CUSTOMERS_STREAM), read(output), "output file")
+    rc, out, err = run(stdin=read(CUSTOMERS_STREAM), command="decode")
+    expect_equal(read(CUSTOMERS_JSON), out, "decoded standard input")
+
+
+def case_configured_special_strings():
+    options = ["--delimiter", "~~", "--terminator", "\\n", "--release", "\\\\"]
+    rc, stream, err = run(CUSTOMERS_JSON, *options, command="encode")
+    expect_equal(0, rc, "exit status (%s)" % err)
+    expect(stream.startswith(b"1~~Ada Lovelace~~1234.5~~+005-03~~["), stream[:80])
+    # Only the configured strings are released, by the configured release.
+    expect(b"Wrote the first program.\r\\\nPrefers \\[brackets\\] and pipes | in notes!" in stream, stream[:400])
+    back = write("special.txt", stream)
+    rc, out, err = run(back, *options, command="decode")
+    expect_equal(0, rc, "exit status (%s)" % err)
+    expect_equal(read(CUSTOMERS_JSON), out, "round trip with configured special strings")
+
+
+def case_bad_special_strings_are_refused():
+    for option, value, text in (("--release", "!!", "the release character must be one byte"),
+                                ("--delimiter", "\\q", "unknown escape \\q"),
+                                ("--terminator", "x" * 33, "the terminator must have 1 to 32 bytes")):
+        rc, out, err = run(CUSTOMERS_JSON, option, value, command="encode")
+        expect_equal(2, rc, "exit status for %s %s" % (option, value))
+        expect_equal("varnadp: %s\n" % text, err, "message")
+
+
+def case_empty_input_gives_nothing():
+    empty = write("empty", b"")
+    for command in ("encode", "decode", "check"):
+        rc, out, err = run(empty, command=command)
+        expect_equal(0, rc, command + " exit status (%s)" % err)
+        expect_equal(b"", out, command + " output")
+
+
+def case_jobs_give_the_same_bytes():
+    json = tmp("many.jsonl")
+    with open(json, "wb") as f:
+        for i in range(3000):
+            for line in read(CUSTOMERS_JSON).split(b"\n"):
+                if line:
+                    f.write(line.replace(b'{"ID":', b'{"ID":%d' % (i + 1), 1) + b"\n")
+    outputs = {}
+    for jobs in ("1", "2", "3"):
+        rc, out, err = run(json, "--jobs", jobs, command="encode")
+        expect_equal(0, rc, "encode --jobs %s (%s)" % (jobs, err))
+        outputs[jobs] = out
+    expect(outputs["1"] == outputs["2"] == outputs["3"], "encode output depends on --jobs")
+    stream = write("many.txt", outputs["1"])
+    decoded = {}
+    for jobs in ("1", "2", "3"):
+        rc, out, err = run(stream, "--jobs", jobs, command="decode")
+        expect_equal(0, rc, "decode --jobs %s (%s)" % (jobs, err))
+        decoded[jobs] = out
+    expect(decoded["1"] == decoded["2"] == decoded["3"], "decode output depends on --jobs")
+    expect_equal(read(json), decoded["1"], "round trip of 9,000 records")
+
+
+def case_large_clob_and_blob():
+    body = "".join("line %d with | and [x] and ! and é\r\n" % i for i in range(6000))
+    photo = bytes(range(256)) * 700
+    record = ('{"ID":7,"NAME":"big","NOTES":%s,"PHOTO":"%s"}\n'
+              % (__import__("json").dumps(body, ensure_ascii=False), photo.hex().upper()))
+    rc, stream, err = run(write("big.jsonl", record.encode()), command="encode")
+    expect_equal(0, rc, "encode (%s)" % err)
+    rc, out, err = run(write("big.txt", stream), command="decode")
+    expect_equal(0, rc, "decode (%s)" % err)
+    value = __import__("json").loads(out)
+    expect_equal(body, value["NOTES"], "CLOB of %d bytes" % len(body.encode()))
+    expect_equal(photo.hex().upper(), value["PHOTO"], "BLOB of %d bytes" % len(photo))
+
+
+# ----------------------------------------------------------------------------
+# Failures and their messages
+
+BAD_JSON_LINES = (b'{"ID":1,"NAME":"one"}\n'
+                  b'{"ID":"2"}\n'
+                  b'{"IDX":3}\n'
+                  b'{"ID":4,\n'
+                  b'{"ID":5,"ADDRESS":{"ZIPP":"1"}}\n'
+                  b'{"ID":6,"PHONES":"555"}\n'
+                  b'{"ID":7,"NAME":"seven"}\n')
+
+
+def case_first_failure_stops_the_run():
+    rc, out, err = run(write("bad.jsonl", BAD_JSON_LINES), command="encode")
+    expect_equal(1, rc, "exit status")
+    expect_equal(b"1|one||||||||||\r\n", out, "records before the failure")
+    expect_equal("varnadp: record 2 (byte 31): attribute ID is a NUMBER: a JSON number is expected, not a string\n",
+                 err, "message")
+
+
+def case_bad_records_file_keeps_going():
+    bad = tmp("rejected.jsonl")
+    rc, out, err = run(write("bad.jsonl", BAD_JSON_LINES), "--bad", bad, command="encode")
+    expect_equal(1, rc, "exit status")
+    expect_equal(b"1|one||||||||||\r\n7|seven||||||||||\r\n", out, "good records")
+    expect_equal(b''.join(BAD_JSON_LINES.splitlines(True)[1:6]), read(bad), "bad records as received")
+    expect_equal(
+        ["varnadp: record 2 (byte 31): attribute ID is a NUMBER: a JSON number is expected, not a string",
+         'varnadp: record 3 (byte 40): the record has no attribute "IDX" (CUSTOMER_T)',
+         "varnadp: record 4 (byte 43): bad JSON: The JSON document has an improper structure: missing or "
+         "superfluous commas, braces, missing keys, etc.",
+         'varnadp: record 5 (byte 78): attribute ADDRESS has no attribute "ZIPP" (SCOTT.ADDRESS_T)',
+         "varnadp: record 6 (byte 106): attribute PHONES is a collection of SCOTT.PHONES_T: a JSON array is "
+         "expected, not a string"],
+        err.splitlines(), "messages")
+
+
+def case_missing_type():
+    rc, out, err = run(CUSTOMERS_JSON, type_name="nosuch_t", command="encode")
+    expect_equal(2, rc, "exit status")
+    expect_equal("varnadp: type NOSUCH_T: ORA-04043: object NOSUCH_T does not exist\n", err, "message")
+
+
+def case_bad_schema_statement_names_its_line():
+    schema = write("bad.sql", "REM types\nCREATE TYPE a_t AS OBJECT (x NUMBER);\n/\n\nCREATE TYPO b;\n")
+    rc, out, err = run(CUSTOMERS_JSON, schema=schema, type_name="a_t", command="encode")
+    expect_equal(2, rc, "exit status")
+    expect_equal("varnadp: %s:5: ORA-00901: invalid CREATE command\n" % schema, err, "message")
+
+
+def case_missing_schema_file():
+    rc, out, err = run(CUSTOMERS_JSON, schema=tmp("none.sql"), command="encode")
+    expect_equal(2, rc, "exit status")
+    expect("--schema" in err and "none.sql" in err, err)
+
+
+def case_malformed_stream_message():
+    stream = write("bad.txt", b"1|ok\r\n2|bad!q\r\n3|12.3.4\r\n")
+    rc, out, err = run(stream, command="decode")
+    expect_equal(1, rc, "exit status")
+    expect_equal(b'{"ID":1,"NAME":"ok"', out[:19], "record before the failure")
+    expect_equal("varnadp: record 2 (byte 12): code -1102 in CAdp::_ReadElementSize: Invalid relese character position\n",
+                 err, "message")
+
+
+def case_check_reports_every_bad_record():
+    stream = write("check.txt", b"1|ok\r\n2|bad!q\r\n3|fine\r\n4|x|12.3.4\r\n5|[x|y\r\n")
+    rc, out, err = run(stream, command="check")
+    expect_equal(1, rc, "exit status")
+    expect_equal(b"", out, "standard output")
+    lines = err.splitlines()
+    expect_equal("varnadp: record 2 (byte 12): code -1102 in CAdp::_ReadElementSize: Invalid relese character position",
+                 lines[0], "first report")
+    expect(lines[1].startswith("varnadp: record 4 (byte 23): code -24 in CAdp::_OraStreamToField: Database error (ORA-"),
+           lines[1])
+    expect_equal("varnadp: record 5 (byte 35): code -24 in CAdp::_OraStreamToField: Database error "
+                 "(ORA-22061: invalid format text [y])", lines[2], "third report")
+    expect_equal("varnadp: 5 records, 2 good, 3 bad", lines[-1], "summary")
+    rc, out, err = run(CUSTOMERS_STREAM, command="check")
+    expect_equal(0, rc, "exit status of a good stream")
+    expect_equal("varnadp: 3 records, 3 good, 0 bad\n", err, "summary of a good stream")
+
+
+def case_bad_stream_records_file():
+    stream = write("bad2.txt", b"1|ok\r\n2|bad!q\r\n3|fine\r\n")
+    bad = tmp("rejected.txt")
+    rc, out, err = run(stream, "--bad", bad, command="decode")
+    expect_equal(1, rc, "exit status")
+    expect_equal(2, out.count(b"\n"), "good records")
+    expect_equal(b"2|bad!q\r\n", read(bad), "bad record as received")
+
+
+def case_trace_level_prints_the_adapters_lines():
+    stream = write("trace.txt", b"2|bad!q\r\n")
+    rc, out, err = run(stream, "--trace-level", "1", command="check")
+    expect("*ERR: at offset 6\n" in err and "*ERR: in CAdp::_ReadElementSize (-2)" in err, err)
+    rc, out, err = run(stream, command="check")
+    expect("*ERR" not in err, err)
+
+
+def case_unwritable_output():
+    rc, out, err = run(CUSTOMERS_JSON, "-o", "/nonexistent/dir/out.txt", command="encode")
+    expect_equal(2, rc, "exit status")
+    expect("cannot create /nonexistent/dir/out.txt" in err, err)
+
+
+# ----------------------------------------------------------------------------
+# The rest of the command line
+
+def case_coldef_lists_the_records():
+    rc, out, err = run(command="coldef", type_name="address_t")
+    expect_equal(0, rc, "exit status (%s)" % err)
+    expect_equal(
+        "FLAGS            NAME                           DATATYPE EXTTYPE DATASIZE DISPLAYSIZE PRECISION SCALE ITEM TYPENAME\n"
+        "defined          STREET                                1       1       60           0         0     0   no -\n"
+        "defined          CITY                                  1       1       40           0         0     0   no -\n"
+        "defined          ZIP                                  96      96        5           0         0     0   no -\n",
+        out.decode(), "coldef of ADDRESS_T")
+
+
+def case_version_and_help():
+    rc, out, err = run("--version")
+    expect_equal(0, rc, "exit status")
+    expect(out.startswith(b"varnadp "), out)
+    for command in ("encode", "decode", "check", "coldef"):
+        rc, out, err = run(command, "--help")
+        expect_equal(0, rc, command + " --help")
+        expect(b"Example" in out and b"--schema" in out, out)
+    rc, out, err = run()
+    expect_equal(2, rc, "no subcommand")
+    rc, out, err = run("encode", "--schema", SCHEMA)
+    expect_equal(2, rc, "missing --type")
+    expect("--type is required" in err, err)
+
+
+def case_large_input_memory_stays_flat():
+    generator = os.path.join(BENCH, "generate.py")
+    schema = os.path.join(BENCH, "reference.sql")
+    if not os.path.exists(generator):
+        print("skipped: %s is not there" % generator)
+        sys.exit(SKIP)
+    peaks = {}
+    for count in (10000, 100000):
+        json = tmp("orders%d.jsonl" % count)
+        subprocess.run([sys.executable, generator, "ref_order_t", str(count), json], check=True)
+        stream = tmp("orders%d.txt" % count)
+        back = tmp("orders%d.back.jsonl" % count)
+        for args in (["encode", json, "-o", stream], ["decode", stream, "-o", back]):
+            before = resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss
+            rc, out, err = run(*args[1:], "--jobs", "2", schema=schema, type_name="ref_order_t", command=args[0])
+            expect_equal(0, rc, "%s of %d orders (%s)" % (args[0], count, err))
+            peaks[(args[0], count)] = resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss
+            del before
+        expect(read(json) == read(back), "%d orders did not survive the round trip" % count)
+        print("%d orders: %d bytes of JSON, %d bytes of stream, peak memory so far %d KiB"
+              % (count, os.path.getsize(json), os.path.getsize(stream), peaks[("decode", count)]))
+    # The peak of the whole run is a maximum over all children: with ten times
+    # the records it must stay within a few MiB of the smaller run's.
+    growth = peaks[("decode", 100000)] - peaks[("decode", 10000)]
+    print("peak memory growth from 10,000 to 100,000 orders: %d KiB" % growth)
+    expect(growth < 16 * 1024, "memory grew by %d KiB with the input" % growth)
+
+
+def main():
+    function = globals().get("case_" + CASE)
+    if function is None:
+        print("no case %s" % CASE)
+        return 1
+    try:
+        function()
+    except Failed as e:
+        print("FAILED: %s" % e)
+        return 1
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
