@@ -174,6 +174,7 @@ class CAdp : public VARNADP {
   void _RebuildTree(Column_Def*& pColumnDef);
   // Every iterator a call made goes when the call ends (adapter/adp_navigation.cc).
   void _DeleteIterators();
+  void _DeleteIteratorsIn(CAdpTree& top);
   void _KeepHandedOut();
   void _ReleaseLater(void* pValue);
   void _ReleaseHandedOut();

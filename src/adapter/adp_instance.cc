@@ -137,6 +137,7 @@ void CAdp::_OraDestroyObject(CAdpTree& node) {
     data.m_pTdo = nullptr;
   }
   if (data.m_bCreated) {
+    _DeleteIteratorsIn(node);
     if (!_IsComplex(node) || (_IsTopLevel(node) && _IsColl(node))) {
       OCIObjectFree(m_pEnv, m_pErr, data.m_pStruct, OCI_OBJECTFREE_FORCE);
       data.m_pStruct = nullptr;
@@ -146,6 +147,26 @@ void CAdp::_OraDestroyObject(CAdpTree& node) {
     }
   }
   data.ClearOraObjects();
+}
+
+// The iterators this call made over collections inside a value go before
+// the value does: a freed collection takes its iterators with it, and the
+// end of the call must not delete them again (by then another iterator may
+// have their address).
+void CAdp::_DeleteIteratorsIn(CAdpTree& top) {
+  if (m_nIterators == 0) return;
+  AdpForEachNode(top, [this](CAdpTree& node) {
+    OCIIter* pIter = node.m_Data.m_pIter;
+    if (pIter == nullptr) return;
+    node.m_Data.m_pIter = nullptr;
+    OCIIter** apIter = m_Iterators.GetPtr();
+    for (unsigned long i = 0; i < m_nIterators; ++i) {
+      if (apIter[i] != pIter) continue;
+      OCIIterDelete(m_pEnv, m_pErr, &apIter[i]);
+      apIter[i] = apIter[--m_nIterators];
+      break;
+    }
+  });
 }
 
 void CAdp::_OraDestroySubtree(CAdpTree& top) {

@@ -292,6 +292,22 @@ TEST_F(ReadInstanceTest, NullItemsOfACollectionAttributeAreAppendedMarkedNull) {
   EXPECT_EQ("1|[|[2]]|[[a|[|3]]|]|[||1|x]", WriteBack(order_.Head(), r, pTdo));
 }
 
+// A null object item is destroyed after its nested collection was walked:
+// the iterator over that collection goes with it, and the end of the read
+// does not delete it a second time (which, once its address is another
+// iterator's, deletes that one: ORA-21560 for the next call that uses it).
+TEST_F(ReadInstanceTest, AnIteratorInsideADestroyedItemIsDeletedOnce) {
+  OCIType* pTdo = Type("I_ORDER_T");
+  ReadResult r = ReadStream(order_.Head(), "1||[[a|[1]]||[b|[2]]]|", pTdo);
+  ASSERT_EQ(0, r.nRC) << LastException() << Trace();
+  OraText message[512] = {0};
+  sb4 nCode = 0;
+  if (OCIErrorGet(err_, 1, nullptr, &nCode, message, sizeof message, OCI_HTYPE_ERROR) == OCI_SUCCESS) {
+    EXPECT_NE(21560, nCode) << message;
+  }
+  EXPECT_EQ("1||[[a|[1]]||[b|[2]]]|", WriteBack(order_.Head(), r, pTdo));
+}
+
 TEST_F(ReadInstanceTest, EachObjectItemKeepsNothingOfTheItemBefore) {
   OCIType* pTdo = Type("I_ORDER_T");
   ReadResult r = ReadStream(order_.Head(), "1||[[a|[1|2]]|[b]|[|[3]]]|", pTdo);
