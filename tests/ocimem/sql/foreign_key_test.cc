@@ -3,6 +3,7 @@
 // and what foreign keys change for DROP TABLE and TRUNCATE TABLE.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <ctime>
 #include <string>
 
@@ -288,16 +289,33 @@ TEST_F(ForeignKeyTest, ManyParentsAndChildrenStayLinear) {
   insert(parent, child, kBatch, 4 * kBatch);
   const double later = insert(parent, child, 4 * kBatch, 5 * kBatch);
   EXPECT_LT(later, 4.0 * first) << "first " << first << ", later " << later;
-  OCIStmt* parent2 = nullptr;
-  OCIStmt* child2 = nullptr;
-  prepare("2", &parent2, &child2);
-  insert(parent2, child2, 0, kBatch);
   MustExec("commit");
-  const double small = remove("p2", kBatch);
-  const double large = remove("p", 5 * kBatch);
+  // Deleting by cascade, 1,000 parents against 5,000, each timed three times on tables of
+  // their own: the fastest of each, so that a moment of load on the machine does not count.
+  double small = 0;
+  double large = 0;
+  for (int round = 0; round < 3; ++round) {
+    OCIStmt* parent_small = nullptr;
+    OCIStmt* child_small = nullptr;
+    OCIStmt* parent_large = nullptr;
+    OCIStmt* child_large = nullptr;
+    const std::string s = "s" + std::to_string(round);
+    const std::string l = "l" + std::to_string(round);
+    prepare(s, &parent_small, &child_small);
+    prepare(l, &parent_large, &child_large);
+    insert(parent_small, child_small, 0, kBatch);
+    insert(parent_large, child_large, 0, 5 * kBatch);
+    MustExec("commit");
+    const double small_once = remove("p" + s, kBatch);
+    const double large_once = remove("p" + l, 5 * kBatch);
+    small = round == 0 ? small_once : std::min(small, small_once);
+    large = round == 0 ? large_once : std::min(large, large_once);
+    EXPECT_EQ(0u, Column("select id from c" + s).size());
+    EXPECT_EQ(0u, Column("select id from c" + l).size());
+  }
   EXPECT_LT(large, 10.0 * small) << "1,000 parents " << small << ", 5,000 parents " << large;
+  EXPECT_EQ(5u * kBatch, Changed("delete from p"));
   EXPECT_EQ(0u, Column("select id from c").size());
-  EXPECT_EQ(0u, Column("select id from c2").size());
   EXPECT_EQ(0u, Column("select id from p").size());
 }
 
