@@ -223,7 +223,7 @@ bool Converter::Decode(std::string_view received, std::string* out, RecordError*
   if (lobs_pending == 0) {
     if (out == nullptr) return true;
     const size_t at = out->size();
-    if (!writer_->Write(instance, ind, out)) {
+    if (!writer_->Write({instance, ind}, out)) {
       out->resize(at);
       error->text = writer_->error();
       return false;
@@ -254,7 +254,8 @@ bool Converter::Decode(std::string_view received, std::string* out, RecordError*
     error->text = "the stored object cannot be fetched: " + session_.error();
   } else if (out != nullptr) {
     const size_t at = out->size();
-    ok = writer_->Write(stored, stored_ind, out);
+    const JsonWriter::Value lobs{stored, stored_ind};
+    ok = writer_->Write({instance, ind}, out, &lobs);
     if (ok) {
       out->push_back('\n');
     } else {

@@ -7,6 +7,13 @@
 #include "scalar_values.h"
 
 namespace varnadp {
+namespace {
+
+bool IsLob(const Shape& shape) {
+  return !shape.IsComplex() && (shape.def->DataType == SQLT_CLOB || shape.def->DataType == SQLT_BLOB);
+}
+
+}  // namespace
 
 bool JsonWriter::Oracle(sword status, const char* call) {
   if (status == OCI_SUCCESS) return true;
@@ -14,14 +21,32 @@ bool JsonWriter::Oracle(sword status, const char* call) {
   return false;
 }
 
-bool JsonWriter::Write(void* instance, void* null_struct, std::string* out) {
+bool JsonWriter::Write(Value value, std::string* out, const Value* lobs) {
   if (root_.kind == Shape::Kind::kCollection) {
-    return WriteCollection(root_, static_cast<OCIColl*>(instance), out);
+    return WriteCollection(root_, static_cast<OCIColl*>(value.instance),
+                           lobs != nullptr ? static_cast<OCIColl*>(lobs->instance) : nullptr, out);
   }
-  return WriteObject(root_, instance, null_struct, out);
+  return WriteObject(root_, value, lobs, out);
 }
 
-bool JsonWriter::WriteObject(const Shape& shape, void* instance, void* null_struct, std::string* out) {
+bool JsonWriter::GetAttribute(const Shape& object, const Shape& member, Value value, OCIInd* status,
+                              Value* attribute, void** slot) {
+  const OraText* names[1] = {reinterpret_cast<const OraText*>(member.name.c_str())};
+  const ub4 lengths[1] = {static_cast<ub4>(member.name.size())};
+  OCIType* attr_tdo = nullptr;
+  *slot = nullptr;
+  attribute->null_struct = nullptr;
+  if (!Oracle(OCIObjectGetAttr(session_.env(), session_.err(), value.instance, value.null_struct,
+                               object.tdo, names, lengths, 1, nullptr, 0, status,
+                               &attribute->null_struct, slot, &attr_tdo),
+              "OCIObjectGetAttr")) {
+    return false;
+  }
+  attribute->instance = *slot;
+  return true;
+}
+
+bool JsonWriter::WriteObject(const Shape& shape, Value value, const Value* lobs, std::string* out) {
   out->push_back('{');
   bool first = true;
   for (const Shape& member : shape.members) {
@@ -29,27 +54,30 @@ bool JsonWriter::WriteObject(const Shape& shape, void* instance, void* null_stru
     first = false;
     AppendJsonString(member.name, out);
     out->push_back(':');
-    const OraText* names[1] = {reinterpret_cast<const OraText*>(member.name.c_str())};
-    const ub4 lengths[1] = {static_cast<ub4>(member.name.size())};
+    // A LOB's contents, and anything that may hold one, come from the stored copy too.
+    const bool from_lobs = lobs != nullptr && (IsLob(member) || member.IsComplex());
+    const bool lob_only = lobs != nullptr && IsLob(member);
     OCIInd status = OCI_IND_NULL;
-    void* attr_null_struct = nullptr;
+    Value attribute;
     void* slot = nullptr;
-    OCIType* attr_tdo = nullptr;
-    if (!Oracle(OCIObjectGetAttr(session_.env(), session_.err(), instance, null_struct, shape.tdo,
-                                 names, lengths, 1, nullptr, 0, &status, &attr_null_struct, &slot,
-                                 &attr_tdo),
-                "OCIObjectGetAttr")) {
-      return false;
+    if (!GetAttribute(shape, member, lob_only ? *lobs : value, &status, &attribute, &slot)) return false;
+    Value stored;
+    void* stored_slot = nullptr;
+    if (from_lobs && !lob_only) {
+      OCIInd stored_status = OCI_IND_NULL;
+      if (!GetAttribute(shape, member, *lobs, &stored_status, &stored, &stored_slot)) return false;
     }
     if (status == OCI_IND_NULL) {
       out->append("null");
       continue;
     }
+    const Value* inner = from_lobs && !lob_only ? &stored : nullptr;
     bool ok;
     if (member.kind == Shape::Kind::kObject) {
-      ok = WriteObject(member, slot, attr_null_struct, out);
+      ok = WriteObject(member, attribute, inner, out);
     } else if (member.kind == Shape::Kind::kCollection) {
-      ok = WriteCollection(member, *static_cast<OCIColl**>(slot), out);
+      ok = WriteCollection(member, *static_cast<OCIColl**>(slot),
+                           inner != nullptr ? *static_cast<OCIColl**>(stored_slot) : nullptr, out);
     } else {
       ok = AppendScalar(session_, *member.def, slot, out, &error_);
       if (!ok) error_ = "attribute " + member.name + " " + error_;
@@ -60,59 +88,80 @@ bool JsonWriter::WriteObject(const Shape& shape, void* instance, void* null_stru
   return true;
 }
 
-bool JsonWriter::WriteCollection(const Shape& shape, OCIColl* coll, std::string* out) {
+bool JsonWriter::GetItem(OCIColl* coll, sb4 index, bool* exists, Value* item) {
+  boolean found = FALSE;
+  item->instance = nullptr;
+  item->null_struct = nullptr;
+  if (!Oracle(OCICollGetElem(session_.env(), session_.err(), coll, index, &found, &item->instance,
+                             &item->null_struct),
+              "OCICollGetElem")) {
+    return false;
+  }
+  *exists = found != FALSE;
+  return true;
+}
+
+bool JsonWriter::IsNullItem(OCIColl* coll) {
+  bool exists = false;
+  Value item;
+  return GetItem(coll, 0, &exists, &item) && exists && item.null_struct != nullptr &&
+         *static_cast<OCIInd*>(item.null_struct) == OCI_IND_NULL;
+}
+
+bool JsonWriter::WriteCollection(const Shape& shape, OCIColl* coll, OCIColl* lob_coll, std::string* out) {
   sb4 size = 0;
   if (!Oracle(OCICollSize(session_.env(), session_.err(), coll, &size), "OCICollSize")) return false;
-  out->push_back('[');
-  bool first = true;
+  sb4 lob_size = 0;
+  if (lob_coll != nullptr &&
+      !Oracle(OCICollSize(session_.env(), session_.err(), lob_coll, &lob_size), "OCICollSize")) {
+    return false;
+  }
   if (size == 1 && IsNullItem(coll)) {
     // The stream writes an empty collection and one holding a single null
     // item alike ("[]"), and the reader gives the latter: it is shown as the
     // far more common empty collection.
-    out->push_back(']');
+    out->append("[]");
     return true;
   }
+  out->push_back('[');
+  bool first = true;
+  sb4 lob_index = 0;
   for (sb4 i = 0; i < size; ++i) {
-    boolean exists = FALSE;
-    void* element = nullptr;
-    void* element_ind = nullptr;
-    if (!Oracle(OCICollGetElem(session_.env(), session_.err(), coll, i, &exists, &element, &element_ind),
-                "OCICollGetElem")) {
-      return false;
-    }
+    bool exists = false;
+    Value item;
+    if (!GetItem(coll, i, &exists, &item)) return false;
     if (!exists) continue;  // a deleted element of a nested table
+    // The stored copy holds the same items in the same order, without holes.
+    Value stored;
+    bool stored_exists = false;
+    while (lob_coll != nullptr && !stored_exists && lob_index < lob_size) {
+      if (!GetItem(lob_coll, lob_index++, &stored_exists, &stored)) return false;
+    }
     if (!first) out->push_back(',');
     first = false;
-    if (!WriteItem(shape.members[0], element, element_ind, out)) return false;
+    if (!WriteItem(shape.members[0], item, stored_exists ? &stored : nullptr, out)) return false;
   }
   out->push_back(']');
   return true;
 }
 
-bool JsonWriter::IsNullItem(OCIColl* coll) {
-  boolean exists = FALSE;
-  void* element = nullptr;
-  void* element_ind = nullptr;
-  return OCICollGetElem(session_.env(), session_.err(), coll, 0, &exists, &element, &element_ind) ==
-             OCI_SUCCESS &&
-         exists && element_ind != nullptr && *static_cast<OCIInd*>(element_ind) == OCI_IND_NULL;
-}
-
-bool JsonWriter::WriteItem(const Shape& item, void* element, void* element_ind, std::string* out) {
-  if (element_ind != nullptr && *static_cast<OCIInd*>(element_ind) == OCI_IND_NULL) {
+bool JsonWriter::WriteItem(const Shape& item, Value value, const Value* lobs, std::string* out) {
+  if (value.null_struct != nullptr && *static_cast<OCIInd*>(value.null_struct) == OCI_IND_NULL) {
     out->append("null");
     return true;
   }
   switch (item.kind) {
     case Shape::Kind::kObject:
-      return WriteObject(item, element, element_ind, out);
+      return WriteObject(item, value, lobs, out);
     case Shape::Kind::kCollection:
       // An element of a collection of collections is the collection itself.
-      return WriteCollection(item, static_cast<OCIColl*>(element), out);
+      return WriteCollection(item, static_cast<OCIColl*>(value.instance),
+                             lobs != nullptr ? static_cast<OCIColl*>(lobs->instance) : nullptr, out);
     case Shape::Kind::kScalar:
       break;
   }
-  if (!AppendScalar(session_, *item.def, element, out, &error_)) {
+  const void* slot = lobs != nullptr && IsLob(item) ? lobs->instance : value.instance;
+  if (!AppendScalar(session_, *item.def, slot, out, &error_)) {
     error_ = "an item " + error_;
     return false;
   }

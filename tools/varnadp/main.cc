@@ -27,12 +27,12 @@ struct Arguments {
 };
 
 // The options every converting subcommand takes.
-void AddCommon(CLI::App* command, Arguments* args, bool stream_options) {
+void AddCommon(CLI::App* command, Arguments* args, bool stream_options, bool output = true) {
   command->add_option("--schema", args->schema, "SQL script that creates the types (SQL*Plus style)")
       ->required()
       ->check(CLI::ExistingFile);
   command->add_option("--type", args->type, "the object or collection type, [SCHEMA.]NAME")->required();
-  command->add_option("-o,--output", args->output, "write here instead of standard output");
+  if (output) command->add_option("-o,--output", args->output, "write here instead of standard output");
   if (!stream_options) return;
   command->add_option("input", args->input, "input file; '-' or none: standard input");
   command->add_option("--delimiter", args->delimiter, "field delimiter, escapes allowed (default |)");
@@ -106,7 +106,7 @@ int main(int argc, char** argv) {
       "  varnadp decode --schema types.sql --type PERSON_T --bad rejected.txt --jobs 2 -o out.jsonl big.txt");
 
   CLI::App* check = app.add_subcommand("check", "read every record and report each bad one");
-  AddCommon(check, &args, true);
+  AddCommon(check, &args, true, false);
   check->footer(
       "Reports every bad record with its number, byte offset, code and text; the exit\n"
       "status is 0 when all records are good, 1 when one is not.\n"

@@ -169,6 +169,20 @@ def case_large_clob_and_blob():
     expect_equal(photo.hex().upper(), value["PHOTO"], "BLOB of %d bytes" % len(photo))
 
 
+def case_records_with_and_without_lobs_read_alike():
+    # A record with a CLOB takes the second pass through a table, where a CHAR
+    # would be blank-padded: it still reads as the record without one.
+    lines = (b'{"ID":1,"ADDRESS":{"ZIP":"AB"},"ORDERS":[{"LINES":[{"SKU":"a","QTY":1}]},null]}\n'
+             b'{"ID":1,"ADDRESS":{"ZIP":"AB"},"ORDERS":[{"LINES":[{"SKU":"a","QTY":1}]},null],"NOTES":"x"}\n')
+    rc, stream, err = run(write("alike.jsonl", lines), command="encode")
+    expect_equal(0, rc, "encode (%s)" % err)
+    rc, out, err = run(write("alike.txt", stream), command="decode")
+    expect_equal(0, rc, "decode (%s)" % err)
+    first, second = out.split(b"\n")[:2]
+    expect_equal(first.replace(b'"NOTES":null', b'"NOTES":"x"'), second, "the record with a CLOB")
+    expect(b'"ZIP":"AB"' in second, second)
+
+
 # ----------------------------------------------------------------------------
 # Failures and their messages
 
@@ -267,6 +281,29 @@ def case_trace_level_prints_the_adapters_lines():
     expect("*ERR: at offset 6\n" in err and "*ERR: in CAdp::_ReadElementSize (-2)" in err, err)
     rc, out, err = run(stream, command="check")
     expect("*ERR" not in err, err)
+
+
+def case_progress_shows_on_a_terminal_only():
+    import pty
+    master, slave = pty.openpty()
+    result = subprocess.run([VARNADP, "encode", "--schema", SCHEMA, "--type", "customer_t", CUSTOMERS_JSON,
+                             "-o", os.devnull], stderr=slave, timeout=600)
+    os.close(slave)
+    shown = b""
+    try:
+        while True:
+            chunk = os.read(master, 4096)
+            if not chunk:
+                break
+            shown += chunk
+    except OSError:
+        pass
+    os.close(master)
+    expect_equal(0, result.returncode, "exit status")
+    expect(b"3 records" in shown and b"100%" in shown, shown)
+    # Not on a pipe.
+    rc, out, err = run(CUSTOMERS_JSON, "-o", os.devnull, command="encode")
+    expect_equal("", err, "standard error on a pipe")
 
 
 def case_unwritable_output():
