@@ -78,7 +78,6 @@ constexpr std::size_t kKeptBytes = 256 * 1024;
 struct ValuePool : SpinLock {
   void* free_list[kClasses] = {};
   std::size_t kept[kClasses] = {};
-  void* set_aside[kClasses] = {};  // the instance block freed last (PooledFreeInstance)
 };
 
 ValuePool g_values;
@@ -164,40 +163,114 @@ std::size_t ClassOf(std::size_t size) {
 
 }  // namespace
 
+namespace {
+
+// Each thread keeps up to kThreadKept free blocks a class of its own, and its own set-aside
+// instance block, so that threads working on environments of their own do not meet at the
+// pool's lock for every value; blocks beyond go to the shared lists in batches.
+constexpr std::size_t kThreadKept = 32;
+constexpr std::size_t kBatch = kThreadKept / 2;
+
+// Keeps block `p` of class `c` (`bytes` bytes) on the shared free list, or gives it back to
+// free() when the class keeps enough; called with the lock held. The block is poisoned.
+void KeepShared(void* p, std::size_t c, std::size_t bytes) {
+  if (g_values.kept[c] * bytes >= kKeptBytes) {
+    UnpoisonBlock(p, bytes);
+    std::free(p);
+    return;
+  }
+  *static_cast<void**>(p) = g_values.free_list[c];
+  g_values.free_list[c] = p;
+  ++g_values.kept[c];
+}
+
+struct ThreadBlocks {
+  void* free_list[kClasses] = {};
+  std::size_t kept[kClasses] = {};
+  void* set_aside[kClasses] = {};
+
+  // The thread's blocks go to the shared lists when it ends.
+  ~ThreadBlocks();
+};
+
+// Whether this thread's blocks are gone (its thread-local objects were destroyed): frees
+// after that go to the shared lists.
+thread_local bool t_blocks_gone = false;
+thread_local ThreadBlocks t_blocks;
+
+ThreadBlocks::~ThreadBlocks() {
+  t_blocks_gone = true;
+  g_values.Lock();
+  for (std::size_t c = 0; c < kClasses; ++c) {
+    const std::size_t bytes = (c + 1) * kGrain;
+    for (void* p = free_list[c]; p != nullptr;) {
+      void* next = *static_cast<void**>(p);
+      KeepShared(p, c, bytes);
+      p = next;
+    }
+    if (set_aside[c] != nullptr) KeepShared(set_aside[c], c, bytes);
+  }
+  g_values.Unlock();
+}
+
+// Keeps a free block of class c on this thread's list, moving half the list to the shared
+// one when it is full. The block is poisoned.
+void KeepOnThread(ThreadBlocks& t, void* p, std::size_t c) {
+  *static_cast<void**>(p) = t.free_list[c];
+  t.free_list[c] = p;
+  if (++t.kept[c] <= kThreadKept) return;
+  const std::size_t bytes = (c + 1) * kGrain;
+  g_values.Lock();
+  for (std::size_t i = 0; i < kBatch; ++i) {
+    void* block = t.free_list[c];
+    t.free_list[c] = *static_cast<void**>(block);
+    KeepShared(block, c, bytes);
+  }
+  g_values.Unlock();
+  t.kept[c] -= kBatch;
+}
+
+}  // namespace
+
 void* PooledAlloc(std::size_t size) noexcept {
   const std::size_t c = ClassOf(size);
   if (c == kNotPooled) return std::malloc(size == 0 ? 1 : size);
+  const std::size_t bytes = (c + 1) * kGrain;
+  if (!t_blocks_gone) {
+    ThreadBlocks& t = t_blocks;
+    if (t.free_list[c] == nullptr) {
+      // A batch from the shared list, under one lock.
+      g_values.Lock();
+      for (std::size_t i = 0; i < kBatch && g_values.free_list[c] != nullptr; ++i) {
+        void* block = g_values.free_list[c];
+        g_values.free_list[c] = *static_cast<void**>(block);
+        --g_values.kept[c];
+        *static_cast<void**>(block) = t.free_list[c];
+        t.free_list[c] = block;
+        ++t.kept[c];
+      }
+      g_values.Unlock();
+    }
+    void* block = t.free_list[c];
+    if (block != nullptr) {
+      t.free_list[c] = *static_cast<void**>(block);
+      --t.kept[c];
+      UnpoisonBlock(block, bytes);
+      return block;
+    }
+    return std::malloc(bytes);
+  }
   g_values.Lock();
   void* block = g_values.free_list[c];
   if (block != nullptr) {
     g_values.free_list[c] = *static_cast<void**>(block);
     --g_values.kept[c];
-    g_values.Unlock();
-    UnpoisonBlock(block, (c + 1) * kGrain);
-    return block;
   }
   g_values.Unlock();
-  return std::malloc((c + 1) * kGrain);
+  if (block == nullptr) return std::malloc(bytes);
+  UnpoisonBlock(block, bytes);
+  return block;
 }
-
-namespace {
-
-// Keeps block `p` of class `c` (`bytes` bytes) on its free list, or gives it back to free()
-// when the class keeps enough; called with the lock held, which it releases.
-void KeepAndUnlock(void* p, std::size_t c, std::size_t bytes) {
-  if (g_values.kept[c] * bytes >= kKeptBytes) {
-    g_values.Unlock();
-    std::free(p);
-    return;
-  }
-  *static_cast<void**>(p) = g_values.free_list[c];
-  PoisonBlock(p, bytes);
-  g_values.free_list[c] = p;
-  ++g_values.kept[c];
-  g_values.Unlock();
-}
-
-}  // namespace
 
 void PooledFree(void* p, std::size_t size) noexcept {
   const std::size_t c = ClassOf(size);
@@ -205,8 +278,15 @@ void PooledFree(void* p, std::size_t size) noexcept {
     std::free(p);
     return;
   }
+  const std::size_t bytes = (c + 1) * kGrain;
+  PoisonBlock(p, bytes);
+  if (!t_blocks_gone) {
+    KeepOnThread(t_blocks, p, c);
+    return;
+  }
   g_values.Lock();
-  KeepAndUnlock(p, c, (c + 1) * kGrain);
+  KeepShared(p, c, bytes);
+  g_values.Unlock();
 }
 
 void PooledFreeInstance(void* p, std::size_t size) noexcept {
@@ -217,15 +297,19 @@ void PooledFreeInstance(void* p, std::size_t size) noexcept {
   }
   const std::size_t bytes = (c + 1) * kGrain;
   PoisonBlock(p, bytes);
-  g_values.Lock();
-  void* previous = g_values.set_aside[c];
-  g_values.set_aside[c] = p;
-  if (previous == nullptr) {
+  if (t_blocks_gone) {
+    g_values.Lock();
+    KeepShared(p, c, bytes);
     g_values.Unlock();
     return;
   }
-  UnpoisonBlock(previous, bytes);
-  KeepAndUnlock(previous, c, bytes);
+  // The block freed last is set aside until the next instance block of its class is
+  // freed, so that the instance made right after a free is never at the address of the
+  // one just freed, on this thread.
+  ThreadBlocks& t = t_blocks;
+  void* previous = t.set_aside[c];
+  t.set_aside[c] = p;
+  if (previous != nullptr) KeepOnThread(t, previous, c);
 }
 
 }  // namespace ocimem
