@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstring>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "oci_fixture.h"
@@ -232,6 +233,34 @@ TEST_F(ValuePoolTest, NullStructLeftToTheCallerStays) {
   EXPECT_EQ(OCI_IND_NOTNULL, static_cast<OCIInd*>(ind)[1]);
   EXPECT_EQ(OCI_IND_NULL, static_cast<OCIInd*>(ind)[2]);
   EXPECT_EQ(OCI_SUCCESS, OCIObjectFree(env_, err_, next, OCI_DEFAULT));
+}
+
+// A thread keeps the blocks it frees for itself; when it ends they go to the shared lists,
+// where the next thread to need blocks of their classes finds them.
+TEST_F(ValuePoolTest, BlocksOfAThreadThatEndedAreUsedAgain) {
+  DrainPool();  // nothing kept here or in the shared lists
+  OCIString* sku = NewText("SKU-0001");
+  std::thread worker([&] {
+    std::vector<void*> lines;
+    for (int i = 0; i < 20; ++i) {
+      lines.push_back(NewLine());
+      SetSku(lines.back(), sku);
+    }
+    for (void* line : lines) EXPECT_EQ(OCI_SUCCESS, OCIObjectFree(env_, err_, line, OCI_DEFAULT));
+  });
+  worker.join();
+  const unsigned long before = g_mallocs;
+  std::vector<void*> lines;
+  for (int i = 0; i < 20; ++i) {
+    lines.push_back(NewLine());
+    SetSku(lines.back(), sku);
+  }
+  // One registry entry an instance from malloc; value, null struct and string from the
+  // worker's blocks.
+  EXPECT_LE(g_mallocs - before, 30u);
+  for (void* line : lines) EXPECT_EQ(OCI_SUCCESS, OCIObjectFree(env_, err_, line, OCI_DEFAULT));
+  EXPECT_EQ(OCI_SUCCESS, OCIStringResize(env_, err_, 0, &sku));
+  FreeHeld();
 }
 
 }  // namespace
