@@ -37,17 +37,10 @@ int RunStream(const CommandOptions& options, bool check) {
   Pipeline pipeline(converters,
                     [check, keep_going](Converter& c, Batch& b) { DecodeBatch(c, b, !check, keep_going); },
                     check ? nullptr : &files.out, &files.bad);
-  Progress progress(files.input.size());
   StreamSplitter records(converters[0]->shape(), options.setup.special);
   std::string data;
   std::string error;
-  std::unique_ptr<Batch> batch = pipeline.NewBatch();
-  while (records.Next(files.input, &data, batch.get(), &error)) {
-    progress.Update(records.consumed(), records.records());
-    if (!pipeline.Submit(std::move(batch))) break;
-    batch = pipeline.NewBatch();
-  }
-  progress.Finish();
+  FeedPipeline(records, files.input, &data, pipeline, &error);
   const int status = FinishRun(pipeline, files, error);
   if (check && status != kExitSetup) {
     std::fprintf(stderr, "varnadp: %lld records, %lld good, %lld bad\n", records.records(),

@@ -129,15 +129,8 @@ int RunEncode(const CommandOptions& options) {
   Pipeline pipeline(converters,
                     [keep_going](Converter& c, Batch& b) { EncodeBatch(c, b, keep_going); },
                     &files.out, &files.bad);
-  Progress progress(files.input.size());
   LineSplitter lines;
-  std::unique_ptr<Batch> batch = pipeline.NewBatch();
-  while (lines.Next(files.input, &data, batch.get(), &error)) {
-    progress.Update(lines.consumed(), lines.records());
-    if (!pipeline.Submit(std::move(batch))) break;
-    batch = pipeline.NewBatch();
-  }
-  progress.Finish();
+  FeedPipeline(lines, files.input, &data, pipeline, &error);
   return FinishRun(pipeline, files, error);
 }
 

@@ -70,6 +70,22 @@ class StreamSplitter {
   long long records_ = 0;
 };
 
+// Hands the splitter's batches to the pipeline, with the progress line,
+// until the input ends or the run has to; *error is set when the input
+// could not be read.
+template <typename Splitter>
+void FeedPipeline(Splitter& splitter, InputFile& input, std::string* data, Pipeline& pipeline,
+                  std::string* error) {
+  Progress progress(input.size());
+  std::unique_ptr<Batch> batch = pipeline.NewBatch();
+  while (splitter.Next(input, data, batch.get(), error)) {
+    progress.Update(splitter.consumed(), splitter.records());
+    if (!pipeline.Submit(std::move(batch))) break;
+    batch = pipeline.NewBatch();
+  }
+  progress.Finish();
+}
+
 }  // namespace varnadp
 
 #endif  // TOOLS_VARNADP_RUN_SUPPORT_H
