@@ -9,6 +9,7 @@ constexpr int kMaxPairs = 20;     // base-100 digits of a NUMBER
 constexpr int kMaxExponent = 62;  // base-100 exponent of 9.99...E125
 constexpr int kMinExponent = -65;  // of 1E-130
 constexpr int kMaxZeros = 40;     // plain notation up to this many padding zeros
+constexpr int kKeptDigits = 44;   // significant digits read: 21 pairs and more
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
@@ -18,8 +19,12 @@ NumberParse NumberFromDecimal(std::string_view text, OCINumber* number) {
   size_t i = 0;
   const bool negative = i < text.size() && text[i] == '-';
   if (negative) ++i;
-  // The significant digits, and the decimal exponent of the last one.
-  std::string digits;
+  // The significant digits, one place kept in front for the alignment below, and the
+  // decimal exponent of the last one. Digits beyond kKeptDigits cannot change the
+  // rounding to 20 pairs: they only move the exponent.
+  char kept[1 + kKeptDigits + 1];
+  char* digits = kept + 1;
+  int count = 0;
   long exponent = 0;
   bool any = false;
   bool point = false;
@@ -32,8 +37,12 @@ NumberParse NumberFromDecimal(std::string_view text, OCINumber* number) {
     if (!IsDigit(c)) break;
     any = true;
     if (point) --exponent;
-    if (c == '0' && digits.empty()) continue;
-    digits.push_back(c);
+    if (c == '0' && count == 0) continue;
+    if (count < kKeptDigits) {
+      digits[count++] = c;
+    } else {
+      ++exponent;
+    }
   }
   if (!any) return NumberParse::kSyntax;
   if (i < text.size() && (text[i] == 'e' || text[i] == 'E')) {
@@ -49,25 +58,28 @@ NumberParse NumberFromDecimal(std::string_view text, OCINumber* number) {
   }
   if (i != text.size()) return NumberParse::kSyntax;
   // Trailing zeros move into the exponent.
-  while (!digits.empty() && digits.back() == '0') {
-    digits.pop_back();
+  while (count > 0 && digits[count - 1] == '0') {
+    --count;
     ++exponent;
   }
   std::memset(number->OCINumberPart, 0, sizeof number->OCINumberPart);
-  if (digits.empty()) {
+  if (count == 0) {
     number->OCINumberPart[0] = 1;
     number->OCINumberPart[1] = 0x80;
     return NumberParse::kOk;
   }
   // Align to base 100: an even exponent and an even count of digits.
   if (exponent % 2 != 0) {
-    digits.push_back('0');
+    digits[count++] = '0';
     --exponent;
   }
-  if (digits.size() % 2 != 0) digits.insert(digits.begin(), '0');
+  if (count % 2 != 0) {
+    *--digits = '0';
+    ++count;
+  }
   int pairs[kMaxPairs + 1];
-  int count = 0;
-  const int total = static_cast<int>(digits.size() / 2);
+  const int total = count / 2;
+  count = 0;
   long top = exponent / 2 + total - 1;  // base-100 exponent of the first pair
   for (int k = 0; k < total && count <= kMaxPairs; ++k) {
     pairs[count++] = (digits[2 * k] - '0') * 10 + (digits[2 * k + 1] - '0');

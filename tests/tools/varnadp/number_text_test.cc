@@ -70,6 +70,16 @@ TEST(NumberTextTest, RoundingIsHalfAwayFromZeroAtTheTwentiethPair) {
   EXPECT_EQ("1234567890123456789012345678901234567.9", Again("1234567890123456789012345678901234567.895"));
 }
 
+TEST(NumberTextTest, DigitsFarBeyondWhatANumberHoldsOnlyMoveTheExponent) {
+  const std::string ones(120, '1');
+  EXPECT_EQ("1.111111111111111111111111111111111111111E+119", Again(ones.c_str()));
+  EXPECT_EQ("0.1111111111111111111111111111111111111111", Again(("0." + ones).c_str()));
+  // The first pair holds one digit here ("01"): 39 of them are kept.
+  EXPECT_EQ("0.00000000000" + std::string(39, '1'), Again(("0.00000000000" + ones).c_str()));
+  const std::string nines = "0." + std::string(100, '9');
+  EXPECT_EQ("1", Again(nines.c_str()));
+}
+
 TEST(NumberTextTest, OverflowAndUnderflow) {
   OCINumber number;
   EXPECT_EQ(NumberParse::kOverflow, NumberFromDecimal("1e126", &number));
