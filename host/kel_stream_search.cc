@@ -94,39 +94,6 @@ bool CKelStream::Impl::MatchAt(size_t nSegmentIndex, unsigned long nOffsetIn,
   return true;
 }
 
-#ifdef __SSE2__
-namespace {
-
-// The first position below nScan, in steps of sixteen, whose byte is one of
-// the N first bytes and where MatchHere accepts a string; nScan rounded down
-// to sixteen when none is. With N fixed the first bytes stay in registers
-// and the compares unroll.
-template <int N, typename MatchHere>
-inline unsigned long ScanBlocks(const unsigned char* pFrom, unsigned long nScan,
-                                const unsigned char* abFirst, MatchHere&& matchHere,
-                                bool& bFound) {
-  __m128i aFirst[N];
-  for (int k = 0; k < N; ++k) aFirst[k] = _mm_set1_epi8(static_cast<char>(abFirst[k]));
-  unsigned long nAt = 0;
-  for (; nAt + 16 <= nScan; nAt += 16) {
-    const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(pFrom + nAt));
-    __m128i any = _mm_cmpeq_epi8(block, aFirst[0]);
-    for (int k = 1; k < N; ++k) any = _mm_or_si128(any, _mm_cmpeq_epi8(block, aFirst[k]));
-    for (unsigned nBits = static_cast<unsigned>(_mm_movemask_epi8(any)); nBits != 0;
-         nBits &= nBits - 1) {
-      const unsigned long nHit = nAt + static_cast<unsigned long>(__builtin_ctz(nBits));
-      if (matchHere(nHit)) {
-        bFound = true;
-        return nHit;
-      }
-    }
-  }
-  return nAt;
-}
-
-}  // namespace
-#endif
-
 long CKelStream::Impl::ShortScan(const char** ppszStrings, const int* pnLengths,
                                  int& nIndex) const {
   if (nPosition >= nTotal) return -1;
@@ -135,25 +102,28 @@ long CKelStream::Impl::ShortScan(const char** ppszStrings, const int* pnLengths,
   int anIndex[kFewStrings];
   unsigned char abFirst[kFewStrings];
   int nCount = 0;
+  bool bAllSingle = true;
   for (int i = 0; ppszStrings[i] != nullptr; ++i) {
     if (pnLengths[i] <= 0) continue;
     if (nCount == kFewStrings) return -1;
     anIndex[nCount] = i;
     abFirst[nCount] = static_cast<unsigned char>(ppszStrings[i][0]);
+    if (pnLengths[i] != 1) bAllSingle = false;
     ++nCount;
   }
   if (nCount == 0) return -1;
   const unsigned long nLeft = segment.nSize - nOffset;
   const unsigned long nScan = nLeft < kShortScan ? nLeft : kShortScan;
   const unsigned char* pFrom = reinterpret_cast<const unsigned char*>(segment.pData) + nOffset;
-  // The strings whose first byte stands at nAt, in list order; the first
-  // that matches there whole is the answer.
-  auto matchAt = [&](unsigned long nAt) -> bool {
+  // Whether a string, in list order, matches whole at nAt, whose byte is
+  // some string's first byte.
+  const auto matchAt = [&](unsigned long nAt) -> bool {
+    const unsigned char b = pFrom[nAt];
     for (int k = 0; k < nCount; ++k) {
-      if (abFirst[k] != pFrom[nAt]) continue;
+      if (abFirst[k] != b) continue;
       const int i = anIndex[k];
-      if (pnLengths[i] == 1 || MatchAt(nSegment, nOffset + nAt, ppszStrings[i],
-                                       static_cast<unsigned long>(pnLengths[i]))) {
+      if (bAllSingle || pnLengths[i] == 1 ||
+          MatchAt(nSegment, nOffset + nAt, ppszStrings[i], static_cast<unsigned long>(pnLengths[i]))) {
         nIndex = i;
         return true;
       }
@@ -162,18 +132,36 @@ long CKelStream::Impl::ShortScan(const char** ppszStrings, const int* pnLengths,
   };
   unsigned long nAt = 0;
 #ifdef __SSE2__
-  // Sixteen bytes at a time: a bit for each byte that is some string's
-  // first byte.
-  bool bFound = false;
-  switch (nCount) {
-    case 1: nAt = ScanBlocks<1>(pFrom, nScan, abFirst, matchAt, bFound); break;
-    case 2: nAt = ScanBlocks<2>(pFrom, nScan, abFirst, matchAt, bFound); break;
-    case 3: nAt = ScanBlocks<3>(pFrom, nScan, abFirst, matchAt, bFound); break;
-    case 4: nAt = ScanBlocks<4>(pFrom, nScan, abFirst, matchAt, bFound); break;
-    case 5: nAt = ScanBlocks<5>(pFrom, nScan, abFirst, matchAt, bFound); break;
-    default: nAt = ScanBlocks<kFewStrings>(pFrom, nScan, abFirst, matchAt, bFound); break;
+  // Sixteen bytes at a time: a bit for each byte that is some string's first
+  // byte. Unused compare slots repeat the first string's byte.
+  __m128i aFirst[kFewStrings];
+  for (int k = 0; k < kFewStrings; ++k) {
+    aFirst[k] = _mm_set1_epi8(static_cast<char>(abFirst[k < nCount ? k : 0]));
   }
-  if (bFound) return static_cast<long>(nAt);
+  const auto hits = [&aFirst](const unsigned char* p) -> unsigned {
+    const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+    __m128i any = _mm_cmpeq_epi8(block, aFirst[0]);
+    for (int k = 1; k < kFewStrings; ++k) any = _mm_or_si128(any, _mm_cmpeq_epi8(block, aFirst[k]));
+    return static_cast<unsigned>(_mm_movemask_epi8(any));
+  };
+  for (; nAt + 16 <= nScan; nAt += 16) {
+    for (unsigned nBits = hits(pFrom + nAt); nBits != 0; nBits &= nBits - 1) {
+      const unsigned long nHit = nAt + static_cast<unsigned long>(__builtin_ctz(nBits));
+      if (matchAt(nHit)) return static_cast<long>(nHit);
+    }
+  }
+  // The last bytes, fewer than sixteen: when the page holds sixteen bytes
+  // that end where they do, one load of those, without the bits of the bytes
+  // already looked at.
+  if (nAt < nScan && nOffset + nScan >= 16) {
+    const unsigned long nRest = nScan - nAt;
+    unsigned nBits = hits(pFrom + nScan - 16) >> (16 - nRest);
+    for (; nBits != 0; nBits &= nBits - 1) {
+      const unsigned long nHit = nAt + static_cast<unsigned long>(__builtin_ctz(nBits));
+      if (matchAt(nHit)) return static_cast<long>(nHit);
+    }
+    nAt = nScan;
+  }
 #endif
   for (; nAt < nScan; ++nAt) {
     if (matchAt(nAt)) return static_cast<long>(nAt);

@@ -190,6 +190,37 @@ TEST(KelStreamSearch, FindsAMatchAtEveryOffsetOfALongPage) {
   }
 }
 
+// The last bytes of a page, fewer than sixteen, are looked at with one
+// load of the sixteen bytes that end the page: strings in the bytes before
+// the position must not count, and each byte after it must. Pages of a
+// caller's buffer and of the stream's own, every start and every place.
+TEST(KelStreamSearch, LastBytesOfAPageSeeOnlyWhatFollowsThePosition) {
+  NeedleList list({"?", "]", "|"});
+  for (size_t nSize = 16; nSize <= 40; ++nSize) {
+    for (size_t nFrom = nSize > 15 ? nSize - 15 : 0; nFrom <= nSize; ++nFrom) {
+      for (size_t nAt = nFrom; nAt <= nSize; ++nAt) {
+        for (int bOwn = 0; bOwn < 2; ++bOwn) {
+          // Strings everywhere before the position, one at nAt (or none).
+          std::string data(nSize, 'v');
+          for (size_t i = 0; i < nFrom; ++i) data[i] = "?]|"[i % 3];
+          if (nAt < nSize) data[nAt] = ']';
+          CKelStream stream(0, nullptr, nullptr, 0);
+          if (bOwn) {
+            Put(stream, data);
+          } else {
+            stream.WritePage(stream.NewPage(data.data(), data.size(), 0), data.size());
+          }
+          stream.Seek(static_cast<long>(nFrom), 0);
+          int nIndex = -5;
+          const long nLength = Measure(stream, list, nIndex);
+          ASSERT_EQ(static_cast<long>(nAt - nFrom), nLength) << nSize << " " << nFrom << " " << nAt;
+          ASSERT_EQ(nAt < nSize ? 1 : -1, nIndex) << nSize << " " << nFrom << " " << nAt;
+        }
+      }
+    }
+  }
+}
+
 // Random data over a small alphabet, random page sizes (tiny ones
 // included), random needle sets with shared prefixes, random start offsets,
 // and pages that are partly the caller's buffers: every answer must agree
