@@ -94,6 +94,42 @@ bool CKelStream::Impl::MatchAt(size_t nSegmentIndex, unsigned long nOffsetIn,
   return true;
 }
 
+#ifdef __SSE2__
+namespace {
+
+// Up to six first bytes, each in every lane of a register of its own.
+class FirstBytes {
+ public:
+  FirstBytes(const unsigned char* abFirst, int nCount)
+      : m_v0(Splat(abFirst, nCount, 0)),
+        m_v1(Splat(abFirst, nCount, 1)),
+        m_v2(Splat(abFirst, nCount, 2)),
+        m_v3(Splat(abFirst, nCount, 3)),
+        m_v4(Splat(abFirst, nCount, 4)),
+        m_v5(Splat(abFirst, nCount, 5)) {}
+
+  // A bit for each of the sixteen bytes at p that is one of the first bytes.
+  unsigned Hits(const unsigned char* p) const {
+    const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+    const __m128i a = _mm_or_si128(_mm_cmpeq_epi8(block, m_v0), _mm_cmpeq_epi8(block, m_v1));
+    const __m128i b = _mm_or_si128(_mm_cmpeq_epi8(block, m_v2), _mm_cmpeq_epi8(block, m_v3));
+    const __m128i c = _mm_or_si128(_mm_cmpeq_epi8(block, m_v4), _mm_cmpeq_epi8(block, m_v5));
+    return static_cast<unsigned>(_mm_movemask_epi8(_mm_or_si128(_mm_or_si128(a, b), c)));
+  }
+
+ private:
+  static __m128i Splat(const unsigned char* abFirst, int nCount, int k) {
+    return _mm_set1_epi8(static_cast<char>(abFirst[k < nCount ? k : 0]));
+  }
+
+  __m128i m_v0, m_v1, m_v2, m_v3, m_v4, m_v5;
+};
+
+static_assert(kFewStrings == 6, "FirstBytes holds six first bytes");
+
+}  // namespace
+#endif
+
 long CKelStream::Impl::ShortScan(const char** ppszStrings, const int* pnLengths,
                                  int& nIndex) const {
   if (nPosition >= nTotal) return -1;
@@ -134,18 +170,9 @@ long CKelStream::Impl::ShortScan(const char** ppszStrings, const int* pnLengths,
 #ifdef __SSE2__
   // Sixteen bytes at a time: a bit for each byte that is some string's first
   // byte. Unused compare slots repeat the first string's byte.
-  __m128i aFirst[kFewStrings];
-  for (int k = 0; k < kFewStrings; ++k) {
-    aFirst[k] = _mm_set1_epi8(static_cast<char>(abFirst[k < nCount ? k : 0]));
-  }
-  const auto hits = [&aFirst](const unsigned char* p) -> unsigned {
-    const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-    __m128i any = _mm_cmpeq_epi8(block, aFirst[0]);
-    for (int k = 1; k < kFewStrings; ++k) any = _mm_or_si128(any, _mm_cmpeq_epi8(block, aFirst[k]));
-    return static_cast<unsigned>(_mm_movemask_epi8(any));
-  };
+  const FirstBytes first(abFirst, nCount);
   for (; nAt + 16 <= nScan; nAt += 16) {
-    for (unsigned nBits = hits(pFrom + nAt); nBits != 0; nBits &= nBits - 1) {
+    for (unsigned nBits = first.Hits(pFrom + nAt); nBits != 0; nBits &= nBits - 1) {
       const unsigned long nHit = nAt + static_cast<unsigned long>(__builtin_ctz(nBits));
       if (matchAt(nHit)) return static_cast<long>(nHit);
     }
@@ -155,7 +182,7 @@ long CKelStream::Impl::ShortScan(const char** ppszStrings, const int* pnLengths,
   // already looked at.
   if (nAt < nScan && nOffset + nScan >= 16) {
     const unsigned long nRest = nScan - nAt;
-    unsigned nBits = hits(pFrom + nScan - 16) >> (16 - nRest);
+    unsigned nBits = first.Hits(pFrom + nScan - 16) >> (16 - nRest);
     for (; nBits != 0; nBits &= nBits - 1) {
       const unsigned long nHit = nAt + static_cast<unsigned long>(__builtin_ctz(nBits));
       if (matchAt(nHit)) return static_cast<long>(nHit);

@@ -42,6 +42,7 @@ CAdp::CAdp(DB_SPECIAL_STRINGS* pSpecialStrings)
       m_bLobsPending(0),
       m_Stream(0, nullptr, nullptr, 0),
       m_Trace(),
+      m_bReleaseInField(1),
       m_pValuePage(nullptr),
       m_nSpare(0),
       m_Iterators(0, 16, 0),

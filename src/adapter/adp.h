@@ -206,6 +206,8 @@ class CAdp : public VARNADP {
   int m_anValueEndLen[4];
   const char* m_apszSpecial[6];
   int m_anSpecialLen[6];
+  // Whether the field _ReadElementSize measured last holds a release.
+  int m_bReleaseInField;
   // The writer's output on its way to m_pStream, and the stream page of a
   // value too large for it.
   CAdpOutBuffer m_Out;

@@ -43,6 +43,8 @@ unsigned long CAdp::_ReadElementSize() {
   const long nStart = m_pStream->Tell();
   int nIndex = -1;
   long nLength = m_pStream->GetDelimitedLength(m_apszValueEnd, m_anValueEndLen, nIndex);
+  // The first string met in the field is its first release, if it has one.
+  m_bReleaseInField = nIndex != -1 && m_apszValueEnd[nIndex] == m_szRelease;
   while (nIndex != -1 && m_apszValueEnd[nIndex] == m_szRelease) {
     nLength += m_nReleaseLen;
     m_pStream->Seek(nStart + nLength, 0);

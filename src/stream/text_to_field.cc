@@ -51,15 +51,18 @@ void CAdp::_OraStreamToField(CAdpTree& element, unsigned long nSize) {
         if (nSize > 127) throw AdapterError(ADP_ERR_BAD_FORMAT);
         // A mask of the text's own shape: each digit a 9, a sign an S,
         // every other byte itself.
+        // The mask's length is its strlen: up to a zero byte the text held.
         char szMask[128];
+        unsigned long nMaskLen = nSize;
         for (unsigned long i = 0; i < nSize; ++i) {
           const char c = m_szValueBuf[i];
           szMask[i] = (c >= '0' && c <= '9') ? '9' : (c == '+' || c == '-') ? 'S' : c;
+          if (c == '\0' && nMaskLen == nSize) nMaskLen = i;
         }
         szMask[nSize] = '\0';
         _OraCheck(OCINumberFromText(m_pErr, reinterpret_cast<const oratext*>(m_szValueBuf),
                                     static_cast<ub4>(nSize), reinterpret_cast<const oratext*>(szMask),
-                                    static_cast<ub4>(std::strlen(szMask)), nullptr, 0, pNumber),
+                                    static_cast<ub4>(nMaskLen), nullptr, 0, pNumber),
                   "OCINumberFromText", kFunc);
         ADP_PROGRESS("TEXT->NUMBER: precision %d, scale %d, format \"%s\", size = %d",
                      static_cast<int>(def.Precision), static_cast<int>(def.Scale), szMask,
@@ -91,7 +94,8 @@ void CAdp::_OraStreamToField(CAdpTree& element, unsigned long nSize) {
                 "OCIStringResize", kFunc);
       oratext* pText = OCIStringPtr(m_pEnv, *ppString);
       nSize = m_pStream->Read(pText, nSize);
-      const unsigned long nLength = _RemoveReleaseChars(pText, nSize);
+      // A text whose measure met no release holds none.
+      const unsigned long nLength = m_bReleaseInField ? _RemoveReleaseChars(pText, nSize) : nSize;
       // The true length goes straight into the string's length word.
       const ub4 nWord = static_cast<ub4>(nLength);
       std::memcpy(*ppString, &nWord, sizeof nWord);

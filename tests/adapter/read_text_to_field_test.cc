@@ -353,6 +353,24 @@ TEST_F(ReadFieldTest, ANumberTextOracleRejectsFailsWithItsDiagnostics) {
   EXPECT_EQ("12|3", WriteBack(num_.Head(), r, pTdo));
 }
 
+// The mask is handed over with its strlen: a zero byte in the text ends it
+// there, while the text keeps its whole size. ("9" and a text of two bytes is
+// an invalid input string; the mask "9" and a zero byte would be an invalid
+// format text, ORA-22061.)
+TEST_F(ReadFieldTest, ANumberTextWithAZeroByteGoesWithTheMaskUpToThatByte) {
+  OCIType* pTdo = Type("F_NUM_T");
+  trace_.SetLevel(2);
+  ReadResult r = ReadStream(num_.Head(), std::string("1\0|3", 4), pTdo);
+  EXPECT_EQ(-24, r.nRC);
+  EXPECT_EQ(Exception(-24, "CAdp::_OraStreamToField"), LastException());
+  EXPECT_EQ("Processing NUMBER field...\n"
+            "Error (-1) returned by OCINumberFromText, errcode=22062\n"
+            // The message holds the text's zero byte; the trace line ends there.
+            "ORA-22062: invalid input string [1\n" +
+                FieldFailure(),
+            Trace());
+}
+
 TEST_F(ReadFieldTest, ADateOracleRejectsFailsWithItsDiagnostics) {
   OCIType* pTdo = Type("F_DATE_T");
   ReadResult r = ReadStream(date_.Head(), "2001-13-03|3", pTdo);
