@@ -89,8 +89,12 @@ bool FastNumberFromText(std::string_view text, std::string_view mask, OCINumber*
   char digits[kFastMaskDigits + 2];
   std::size_t count = 0;
   const std::size_t int_begin = pos;
-  while (pos < text.size() && text[pos] >= '0' && text[pos] <= '9') digits[count++] = text[pos++];
-  if (pos - int_begin > int_positions) return false;
+  // More digits than the mask has places is the general path's case: stop
+  // at the first one, before it overruns the buffer.
+  while (pos < text.size() && text[pos] >= '0' && text[pos] <= '9') {
+    if (pos - int_begin >= int_positions) return false;
+    digits[count++] = text[pos++];
+  }
   const int int_digits = static_cast<int>(count);
   if (pos < text.size() && text[pos] == '.') {
     if (!has_point) return false;

@@ -146,6 +146,28 @@ TEST_F(RobustnessTest, NumberTextWithNulAndHighBytesIsInvalidFormat) {
   EXPECT_EQ(LastError(), 22061);
 }
 
+// Texts with far more integer digits than the mask has places, for short
+// masks and for the longest plain mask: refused as invalid input, without
+// the digits ever being kept beyond the places (found by fuzzing: the digits
+// overran a buffer sized by the mask).
+TEST_F(RobustnessTest, IntegerDigitsBeyondEveryPlaceOfThePlainMaskAreInvalidInput) {
+  const std::string masks[] = {"9", "S9999", "9999.99", std::string(38, '9'),
+                               "S" + std::string(30, '9') + "." + std::string(8, '9')};
+  for (const std::string& mask : masks) {
+    for (size_t digits : {mask.size() + 1, size_t{41}, size_t{60}, size_t{200}}) {
+      for (const char* sign : {"", "-", "+"}) {
+        const std::string text = sign + std::string(digits, '4');
+        OCINumber n;
+        EXPECT_EQ(OCINumberFromText(err_, T(text), static_cast<ub4>(text.size()), T(mask),
+                                    static_cast<ub4>(mask.size()), nullptr, 0, &n),
+                  OCI_ERROR)
+            << mask << " " << text;
+        EXPECT_EQ(LastError(), 22062) << mask << " " << text;
+      }
+    }
+  }
+}
+
 TEST_F(RobustnessTest, NumberToTextWithZeroBufferWritesNothing) {
   OCINumber n;
   const std::string text = "5";
