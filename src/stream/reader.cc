@@ -28,6 +28,9 @@ int CAdp::_ReadGroupEnd() {
 
 int CAdp::_ReadDelimiter() {
   const unsigned long nLength = static_cast<unsigned long>(m_nDelimiterLen);
+  // An empty delimiter is never met: read as met, it would consume nothing
+  // and announce one more collection item after every item, without end.
+  if (nLength == 0) return 0;
   const unsigned long nRead = m_pStream->Read(m_szValueBuf, nLength);
   // Over one byte strncmp is a comparison of that byte.
   if (nRead == nLength && (nLength == 1 ? m_szValueBuf[0] == m_szDelimiter[0]
