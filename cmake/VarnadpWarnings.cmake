@@ -6,9 +6,10 @@ endfunction()
 # Shared libraries must resolve every symbol at link time, so a missing
 # dependency shows up when the library is built, not when a host loads it.
 # clang's sanitizer runtimes are linked into executables only, which leaves
-# their symbols undefined in a sanitized shared library: skip the check there.
+# their symbols undefined in a sanitized shared library (and in the fuzz build,
+# the fuzzer's): skip the check there.
 function(varnadp_no_undefined target)
-  if(NOT VARNADP_SANITIZE)
+  if(NOT VARNADP_SANITIZE AND NOT VARNADP_BUILD_FUZZ)
     target_link_options(${target} PRIVATE "LINKER:--no-undefined")
   endif()
 endfunction()
