@@ -494,6 +494,10 @@ bool Parser::ParseFunctionCall(Expr* out) {
     } while (AcceptSymbol(","));
   }
   if (!ExpectSymbol(")")) return false;
+  // An aggregate takes one argument (COUNT(*) returned above).
+  if (out->kind == Expr::Kind::kAggregate && out->args.size() != 1) {
+    return Fail(909, "invalid number of arguments");
+  }
   size_t depth = 0;
   for (const Expr& a : out->args) depth = std::max(depth, a.depth);
   out->depth = depth + 1;

@@ -79,5 +79,17 @@ TEST_F(AggregateTest, Errors) {
             ErrorOf("select rownum, count(*) from emp"));
 }
 
+// An aggregate takes exactly one argument (found by fuzzing: COUNT() read an
+// argument that was not there).
+TEST_F(AggregateTest, AnAggregateWithoutItsArgumentOrWithTwoIsRefused) {
+  for (const char* sql : {"select count() from emp", "select count(), max(sal) from emp",
+                          "select max() from emp",
+                          "select min(sal, id) from emp", "select avg(all sal, 1) from emp",
+                          "select dept, count() from emp group by dept"}) {
+    EXPECT_EQ("ORA-00909: invalid number of arguments", ErrorOf(sql)) << sql;
+  }
+  EXPECT_EQ((Rows{"3|2000"}), Fetch("select count(sal), max(sal) from emp", 2));
+}
+
 }  // namespace
 }  // namespace ocimem_test
