@@ -54,6 +54,17 @@ class HostileInputTest : public ReadTest {
     ASSERT_EQ(kGood, WriteBack(rec_.Head(), r, tdo_)) << pszWhen;
   }
 
+  // Reads one object from text with adpProcessBuffer on pCtx.
+  ReadResult ReadWith(VARNADP* pCtx, Column_Def* pDefs, const std::string& text, OCIType* pTdo) {
+    ReadResult r;
+    Column_Def* pList = pDefs;
+    const void* pBuffer = text.data();
+    r.nRC = adpProcessBuffer(pCtx, nullptr, &pBuffer, static_cast<unsigned long>(text.size()), &pList,
+                             env_, err_, svc_, &r.pInstance, &r.pInd, &r.nInd, pTdo, &r.nLobsPending);
+    r.nConsumed = static_cast<const char*>(pBuffer) - text.data();
+    return r;
+  }
+
   static constexpr const char* kGood =
       "Smith!|Jones|42|1984-02-29 00:00:00|[Main St|Graz]|[red|green]|"
       "[[A-1|2]|[B|]|[C-3|]]|3|a|b|note";
@@ -189,22 +200,12 @@ TEST_F(HostileInputTest, DelimiterAndTerminatorOf32BytesAreWrittenAndRead) {
   EXPECT_EQ(std::string::npos, text.find("XYZ"));
 
   // Read back with the same context: the same object, so the same text.
-  pList = rec_.Head();
-  const void* pBuffer = text.data();
-  void* pInstance = nullptr;
-  OCIInd* pInd = nullptr;
-  short nInd = 0;
-  int nLobs = -1;
-  ASSERT_EQ(0, adpProcessBuffer(ctx.Get(), nullptr, &pBuffer, static_cast<unsigned long>(text.size()),
-                                &pList, env_, err_, svc_, &pInstance, &pInd, &nInd, tdo_, &nLobs))
-      << LastException();
+  const ReadResult again = ReadWith(ctx.Get(), rec_.Head(), text, tdo_);
+  ASSERT_EQ(0, again.nRC) << LastException();
   // The text fields and the nested object read back. (A RAW's count is
   // followed by a bar, whatever the delimiter, and the reader steps over a
   // delimiter's length there: the RAW and what follows it do not round-trip
   // with a delimiter other than the bar.)
-  ReadResult again;
-  again.pInstance = pInstance;
-  again.pInd = pInd;
   EXPECT_EQ("Smith|Jones", StringOf(*static_cast<OCIString**>(AttrSlot(again, tdo_, {"NAME"}))));
   EXPECT_EQ("Graz", StringOf(*static_cast<OCIString**>(AttrSlot(again, tdo_, {"ADDR", "CITY"}))));
 }
@@ -217,17 +218,9 @@ TEST_F(HostileInputTest, AnEmptyDelimiterAndTerminatorNeitherCrashNorHang) {
   // returns, and the default context still reads the record.
   for (size_t nCut = 0; nCut <= std::strlen(kGood); nCut += 7) {
     const std::string text = std::string(kGood).substr(0, nCut);
-    Column_Def* pList = rec_.Head();
-    const void* pBuffer = text.data();
-    void* pInstance = nullptr;
-    OCIInd* pInd = nullptr;
-    short nInd = 0;
-    int nLobs = -1;
-    const int nRC = adpProcessBuffer(ctx.Get(), nullptr, &pBuffer,
-                                     static_cast<unsigned long>(text.size()), &pList, env_, err_,
-                                     svc_, &pInstance, &pInd, &nInd, tdo_, &nLobs);
-    EXPECT_LE(nRC, 1) << nCut;
-    EXPECT_LE(static_cast<const char*>(pBuffer), text.data() + text.size()) << nCut;
+    const ReadResult r = ReadWith(ctx.Get(), rec_.Head(), text, tdo_);
+    EXPECT_LE(r.nRC, 1) << nCut;
+    EXPECT_LE(r.nConsumed, static_cast<long>(text.size())) << nCut;
   }
   ExpectGoodRecordReads("after the empty delimiter");
 }
@@ -243,17 +236,10 @@ TEST_F(HostileInputTest, AnEmptyDelimiterEndsACollectionAfterItsFirstItem) {
   ASSERT_EQ(0, ctx.RC());
   OCIType* pTdo = Type("HI_COLOURS_T");
   for (const std::string& text : {std::string("red"), std::string(""), std::string("red]x")}) {
-    Column_Def* pList = colours.Head();
-    const void* pBuffer = text.data();
-    void* pInstance = nullptr;
-    OCIInd* pInd = nullptr;
-    short nInd = 0;
-    int nLobs = -1;
-    ASSERT_EQ(0, adpProcessBuffer(ctx.Get(), nullptr, &pBuffer, static_cast<unsigned long>(text.size()),
-                                  &pList, env_, err_, svc_, &pInstance, &pInd, &nInd, pTdo, &nLobs))
-        << text << ": " << LastException();
+    const ReadResult r = ReadWith(ctx.Get(), colours.Head(), text, pTdo);
+    ASSERT_EQ(0, r.nRC) << text << ": " << LastException();
     sb4 nSize = -1;
-    ASSERT_EQ(OCI_SUCCESS, OCICollSize(env_, err_, static_cast<OCIColl*>(pInstance), &nSize));
+    ASSERT_EQ(OCI_SUCCESS, OCICollSize(env_, err_, static_cast<OCIColl*>(r.pInstance), &nSize));
     EXPECT_EQ(1, nSize) << text;
   }
 }
