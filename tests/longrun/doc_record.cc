@@ -150,7 +150,7 @@ void PutBinary(std::string& out, const Opt& v) {
 
 DocValues MakeDoc(uint64_t nSeed, long nIteration) {
   Random rnd(nSeed * 0x100000001B3ull + static_cast<uint64_t>(nIteration));
-  const bool bLarge = nIteration % 64 == 1;
+  const bool bLarge = IsLarge(nIteration);
   DocValues doc;
   doc.id = nIteration + 1;
   doc.title = MaybeText(rnd, 200);

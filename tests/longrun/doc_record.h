@@ -47,6 +47,7 @@ extern const char* const kTableDdl;
 // collections, the first one among them, so that the largest buffers are
 // met early.
 DocValues MakeDoc(uint64_t nSeed, long nIteration);
+inline bool IsLarge(long nIteration) { return nIteration % 64 == 1; }
 
 // The stream adpProcessObject must write for the values; with bLobs false,
 // as if BODY and IMG were null. *pnBodyAt, when not NULL, receives the

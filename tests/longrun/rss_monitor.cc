@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include <malloc.h>
+
 namespace longrun {
 
 long CurrentRssKb() {
@@ -18,6 +20,15 @@ long CurrentRssKb() {
   }
   std::fclose(f);
   return nKb;
+}
+
+long HeapInUseKb() {
+#if defined(__GLIBC__) && (__GLIBC__ > 2 || (__GLIBC__ == 2 && __GLIBC_MINOR__ >= 33))
+  const struct mallinfo2 info = mallinfo2();
+  return static_cast<long>((info.uordblks + info.hblkhd) / 1024);
+#else
+  return -1;
+#endif
 }
 
 RssVerdict JudgeRss(const std::vector<RssSample>& samples, long nWarmupCalls, long nBoundKb) {

@@ -10,10 +10,14 @@ namespace longrun {
 struct RssSample {
   long nCalls;
   long nRssKb;
+  long nHeapKb;
 };
 
 // VmRSS of this process in kB, from /proc/self/status; -1 when unreadable.
 long CurrentRssKb();
+// Bytes the C heap has handed out and not had back, in kB (mallinfo2): what
+// tells a leak from the allocator's keeping freed memory; -1 without it.
+long HeapInUseKb();
 
 struct RssVerdict {
   long nFirstKb = 0;     // first sample
