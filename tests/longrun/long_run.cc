@@ -25,8 +25,27 @@
 #include "doc_session.h"
 #include "rss_monitor.h"
 
+// AddressSanitizer holds freed memory back in its quarantine and pads every
+// block, and ThreadSanitizer keeps shadow memory and its own allocator, so
+// resident memory under them says nothing about the program's own: such a
+// build reports the samples without a verdict (LeakSanitizer checks for
+// leaks at exit).
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define LONGRUN_SANITIZED 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define LONGRUN_SANITIZED 1
+#endif
+#endif
+
 namespace longrun {
 namespace {
+
+#ifdef LONGRUN_SANITIZED
+constexpr bool kJudgeRss = false;
+#else
+constexpr bool kJudgeRss = true;
+#endif
 
 struct Options {
   long nCalls = 1000000;
@@ -229,9 +248,9 @@ void LongRun::LobPass(const DocValues& doc, const std::string& expected, void* p
   db_.Exec("COMMIT");
 }
 
-// A record the reader must refuse, read from a buffer on the same context:
-// a release before a byte that is not special (-1102) or a NUMBER text of
-// more than 1,024 bytes (-18), in turn.
+// A record the reader must refuse, read on the same context: a release
+// before a byte that is not special (-1102) from a buffer, or a NUMBER text
+// of more than 1,024 bytes (-18) from the stream, in turn.
 void LongRun::Malformed(const std::string& expected, size_t nBodyAt, long nIt) {
   const bool bRelease = (nIt / opt_.nBadEvery) % 2 == 0;
   std::string bad;
@@ -244,15 +263,24 @@ void LongRun::Malformed(const std::string& expected, size_t nBodyAt, long nIt) {
     nWant = -18;
   }
   Column_Def* pList = defs_;
-  const void* pBuffer = bad.data();
   void* pInstance = nullptr;
   OCIInd* pInd = nullptr;
   short nInd = 0;
   int nLobsPending = -1;
-  const int rc = adpProcessBuffer(ctx_, &trace_, &pBuffer, bad.size(), &pList, db_.Env(),
-                                  db_.Err(), db_.Svc(), &pInstance, &pInd, &nInd, db_.DocType(),
-                                  &nLobsPending);
-  ++n_.nBuffer;
+  int rc;
+  if (bRelease) {
+    const void* pBuffer = bad.data();
+    rc = adpProcessBuffer(ctx_, &trace_, &pBuffer, bad.size(), &pList, db_.Env(), db_.Err(),
+                          db_.Svc(), &pInstance, &pInd, &nInd, db_.DocType(), &nLobsPending);
+    ++n_.nBuffer;
+  } else {
+    stream_.SetSize(0);
+    stream_.Write(bad.data(), bad.size());
+    stream_.Seek(0, 0);
+    rc = adpProcessStream(ctx_, &trace_, &stream_, &pList, db_.Env(), db_.Err(), db_.Svc(),
+                          &pInstance, &pInd, &nInd, db_.DocType(), &nLobsPending);
+    ++n_.nStream;
+  }
   Expect(rc == nWant, nIt,
          "malformed record gave " + std::to_string(rc) + ", not " + std::to_string(nWant));
   CKelException e(0, "");
@@ -290,6 +318,7 @@ bool ParseArgs(int argc, char** argv, Options& o) {
 
 int Run(const Options& opt) {
   const auto t0 = std::chrono::steady_clock::now();
+  std::setvbuf(stdout, nullptr, _IOLBF, 0);
   std::vector<RssSample> samples;
   samples.push_back({0, CurrentRssKb(), HeapInUseKb()});
   const long nStep = opt.nCalls / 100;
@@ -326,11 +355,13 @@ int Run(const Options& opt) {
               "refused\n",
               counts.Total(), dSeconds, nIt, counts.nObject, counts.nBuffer, counts.nStream,
               counts.nLobs, counts.nStored, counts.nBad);
+
+  std::printf("heap in use kB: after warm-up %ld, last %ld\n", v.nWarmHeapKb, v.nLastHeapKb);
   std::printf("rss kB: first %ld, after warm-up %ld, max %ld, last %ld; slope %.1f bytes per "
               "1000 calls; bound %ld kB: %s\n",
               v.nFirstKb, v.nWarmKb, v.nMaxKb, v.nLastKb, v.dSlope, opt.nBoundKb,
-              v.bFlat ? "flat" : "NOT FLAT");
-  return v.bFlat ? 0 : 2;
+              !kJudgeRss ? "not judged under a sanitizer" : v.bFlat ? "flat" : "NOT FLAT");
+  return v.bFlat || !kJudgeRss ? 0 : 2;
 }
 
 }  // namespace

@@ -36,6 +36,7 @@ RssVerdict JudgeRss(const std::vector<RssSample>& samples, long nWarmupCalls, lo
   if (samples.empty()) return v;
   v.nFirstKb = samples.front().nRssKb;
   v.nLastKb = samples.back().nRssKb;
+  v.nLastHeapKb = samples.back().nHeapKb;
   bool bWarm = false;
   double n = 0, sx = 0, sy = 0, sxx = 0, sxy = 0;
   for (const RssSample& s : samples) {
@@ -43,6 +44,7 @@ RssVerdict JudgeRss(const std::vector<RssSample>& samples, long nWarmupCalls, lo
     if (!bWarm) {
       bWarm = true;
       v.nWarmKb = s.nRssKb;
+      v.nWarmHeapKb = s.nHeapKb;
       v.nMaxKb = s.nRssKb;
     }
     if (s.nRssKb > v.nMaxKb) v.nMaxKb = s.nRssKb;

@@ -24,6 +24,8 @@ struct RssVerdict {
   long nWarmKb = 0;      // first sample at or after the warm-up
   long nMaxKb = 0;       // largest sample at or after the warm-up
   long nLastKb = 0;      // last sample
+  long nWarmHeapKb = 0;  // heap in use at the warm-up sample
+  long nLastHeapKb = 0;  // heap in use at the last sample
   double dSlope = 0;     // bytes per 1,000 calls, least squares after warm-up
   bool bFlat = false;    // nMaxKb - nWarmKb <= the bound
 };
