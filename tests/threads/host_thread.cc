@@ -218,11 +218,11 @@ bool FreeOrder(Connection* conn, const Object& order) {
 }
 
 // Writes an instance with the context; the stream's text, or nothing on failure.
-bool WriteObject(Connection* conn, VARNADP* ctx, Column_Def* defs, void* instance, OCIInd* ind,
-                 OCIType* tdo, std::string* out) {
+bool WriteObject(Connection* conn, VARNADP* ctx, CKelTrace* trace, Column_Def* defs,
+                 void* instance, OCIInd* ind, OCIType* tdo, std::string* out) {
   CKelStream stream(0, nullptr, nullptr, 0);
   Column_Def* list = defs;
-  const int rc = adpProcessObject(ctx, nullptr, &stream, &list, conn->env(), conn->err(),
+  const int rc = adpProcessObject(ctx, trace, &stream, &list, conn->env(), conn->err(),
                                   conn->svc(), instance, ind, OCI_IND_NOTNULL, tdo);
   if (rc != 0) {
     conn->Fail("adpProcessObject: " + std::to_string(rc));
@@ -332,15 +332,38 @@ bool ReadLobColumn(Connection* conn, int id, const char* column, ub2 sqlt, std::
   return ok;
 }
 
+// A stream whose order number is no number: the read fails. Returns "code|function|text"
+// of the calling thread's last exception.
+std::string FailedRead(Connection* conn, VARNADP* ctx, CKelTrace* trace, Column_Def* defs,
+                       OCIType* tdo, const std::string& written) {
+  const std::string broken = "x" + written;
+  const void* buffer = broken.data();
+  Column_Def* list = defs;
+  void* read = nullptr;
+  OCIInd* read_ind = nullptr;
+  short read_null = 0;
+  int lobs_pending = -1;
+  KelClearLastException();
+  const int rc = adpProcessBuffer(ctx, trace, &buffer, static_cast<unsigned long>(broken.size()),
+                                  &list, conn->env(), conn->err(), conn->svc(), &read, &read_ind,
+                                  &read_null, tdo, &lobs_pending);
+  if (rc == 0) conn->Fail("adpProcessBuffer read an order number that is no number");
+  CKelException last(0, "");
+  if (!KelGetLastException(&last)) return std::to_string(rc) + "|no exception";
+  return std::to_string(rc) + "|" + last.GetFunc() + "|" + last.GetText();
+}
+
 // One iteration: order `id` written, read back, stored with its large objects and
-// fetched again. Appends what it saw to `items`.
-bool OneOrder(Connection* conn, VARNADP* ctx, Column_Def* defs, int id,
+// fetched again, and a broken stream read. Appends what it saw to `items`: the
+// kItemsPerIteration outputs.
+bool OneOrder(Connection* conn, VARNADP* ctx, CKelTrace* trace, Column_Def* defs, int id,
               std::vector<std::string>* items) {
+  trace->ClearBuffer();
   Object built;
   std::string written;
   const bool built_ok = BuildOrder(conn, id, &built);
-  const bool wrote = built_ok && WriteObject(conn, ctx, defs, built.instance, built.ind,
-                                             built.tdo, &written);
+  const bool wrote = built_ok && WriteObject(conn, ctx, trace, defs, built.instance,
+                                             built.ind, built.tdo, &written);
   if (built.instance != nullptr && !FreeOrder(conn, built)) return false;
   if (!wrote) return false;
   items->push_back(written);
@@ -352,7 +375,7 @@ bool OneOrder(Connection* conn, VARNADP* ctx, Column_Def* defs, int id,
   int lobs_pending = -1;
   const void* buffer = written.data();
   Column_Def* list = defs;
-  const int rc = adpProcessBuffer(ctx, nullptr, &buffer, static_cast<unsigned long>(written.size()),
+  const int rc = adpProcessBuffer(ctx, trace, &buffer, static_cast<unsigned long>(written.size()),
                                   &list, conn->env(), conn->err(), conn->svc(), &read, &read_ind,
                                   &read_null, built.tdo, &lobs_pending);
   if (rc != 0) {
@@ -363,7 +386,7 @@ bool OneOrder(Connection* conn, VARNADP* ctx, Column_Def* defs, int id,
   if (!Insert(conn, read, read_ind, built.tdo)) return false;
   const std::string select =
       "SELECT VALUE(d) FROM w_orders d WHERE id = " + std::to_string(id) + " FOR UPDATE";
-  const int lob_rc = adpWriteLobs(ctx, nullptr, select.c_str());
+  const int lob_rc = adpWriteLobs(ctx, trace, select.c_str());
   if (lob_rc != 0) {
     conn->Fail("adpWriteLobs: " + std::to_string(lob_rc));
     return false;
@@ -375,8 +398,8 @@ bool OneOrder(Connection* conn, VARNADP* ctx, Column_Def* defs, int id,
   Object fetched;
   std::string again;
   const bool fetch_ok = FetchOrder(conn, id, &fetched) &&
-                        WriteObject(conn, ctx, defs, fetched.instance, fetched.ind, fetched.tdo,
-                                    &again);
+                        WriteObject(conn, ctx, trace, defs, fetched.instance, fetched.ind,
+                                    fetched.tdo, &again);
   if (fetched.instance != nullptr &&
       !conn->Check(OCIObjectFree(conn->env(), conn->err(), fetched.instance,
                                  OCI_OBJECTFREE_FORCE),
@@ -393,6 +416,8 @@ bool OneOrder(Connection* conn, VARNADP* ctx, Column_Def* defs, int id,
   }
   items->push_back(note);
   items->push_back(image);
+  items->push_back(FailedRead(conn, ctx, trace, defs, built.tdo, written));
+  items->push_back(std::string(trace->GetBuffer(), trace->GetBufferSize()));
   return conn->failure().empty();
 }
 
@@ -484,19 +509,23 @@ ThreadOutput RunThread(Connection* conn, int thread, int iterations) {
   ThreadOutput out;
   Column_Def* defs = nullptr;
   VARNADP* ctx = nullptr;
+  // Each thread's trace, of every field.
+  CKelTrace trace;
+  trace.CaptureToBuffer();
+  trace.SetLevel(2);
   const std::string type = std::string(kSchema) + ".W_ORDER_T";
   const int described = coldefDescribe(conn->env(), conn->err(), conn->svc(), type.c_str(), &defs);
   if (described != COLDEF_OK) {
     conn->Check(OCI_ERROR, "coldefDescribe " + type + ": " + std::to_string(described));
-  } else if (adpCreateContext(&ctx, nullptr, nullptr) != 0) {
+  } else if (adpCreateContext(&ctx, &trace, nullptr) != 0) {
     conn->Fail("adpCreateContext");
   } else {
     for (int i = 0; i < iterations; ++i) {
-      if (!OneOrder(conn, ctx, defs, (thread + 1) * 100000 + i, &out.items)) break;
+      if (!OneOrder(conn, ctx, &trace, defs, (thread + 1) * 100000 + i, &out.items)) break;
     }
   }
   // The context reads the list until it is destroyed: the list goes after it.
-  if (ctx != nullptr && adpDestroyContext(ctx, nullptr) != 0) conn->Fail("adpDestroyContext");
+  if (ctx != nullptr && adpDestroyContext(ctx, &trace) != 0) conn->Fail("adpDestroyContext");
   coldefFree(defs);
   out.failure = conn->failure();
   return out;

@@ -3,7 +3,8 @@
 // environment shared by threads), a context of its own and a Column_Def list of its own.
 // Each iteration builds an order object through OCI calls, writes it to a stream, reads
 // the stream back into a new instance, stores that instance, runs the large-object pass,
-// commits and reads the row back.
+// commits and reads the row back; then reads a broken stream, which fails. The thread's
+// trace records every field.
 #ifndef TESTS_THREADS_HOST_THREAD_H_
 #define TESTS_THREADS_HOST_THREAD_H_
 
@@ -23,8 +24,10 @@ extern const char kPassword[];
 extern const char kSchema[];
 
 // What one thread produced, in order: for each iteration the written stream, the stream
-// of the row read back, and the two large objects read back. `failure` names the first
-// call that failed, empty when none did.
+// of the row read back, the two large objects read back, the error of a broken stream's
+// read and the iteration's trace. `failure` names the first call that failed, empty when
+// none did.
+enum { kItemsPerIteration = 6 };
 struct ThreadOutput {
   std::vector<std::string> items;
   std::string failure;
