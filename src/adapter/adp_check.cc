@@ -194,8 +194,17 @@ void CAdp::_CheckGroup(CAdpTypeCheck& check, CAdpTree& group, OCIParam* pType, i
     _Misfit(def, def);
   }
   if (eKind == kCollection) {
+    // A collection has one member, its item (copies of it once the tree
+    // has met the collection's items); a record after the item in its group
+    // would be taken for something the collection holds.
     CAdpTree* pItem = group.GetFirstChild();
     if (pItem == nullptr) return;
+    for (CAdpTree* pNext = pItem->GetNextSibling(); pNext != nullptr;
+         pNext = pNext->GetNextSibling()) {
+      if (pNext->m_Data.m_pColumnDef != pItem->m_Data.m_pColumnDef) {
+        _Misfit(*pNext->m_Data.m_pColumnDef, def);
+      }
+    }
     OCIParam* pElement = nullptr;
     _OraCheck(OCIAttrGet(pType, OCI_DTYPE_PARAM, &pElement, nullptr, OCI_ATTR_COLLECTION_ELEMENT,
                          m_pErr),
@@ -214,6 +223,9 @@ void CAdp::_CheckGroup(CAdpTypeCheck& check, CAdpTree& group, OCIParam* pType, i
   ub4 nNext = 1;
   for (CAdpTree* pChild = group.GetFirstChild(); pChild != nullptr;
        pChild = pChild->GetNextSibling()) {
+    // An object's members are attributes: an item among them would be
+    // walked as a collection's.
+    if (_InColl(*pChild)) _Misfit(*pChild->m_Data.m_pColumnDef, def);
     const char* pszName = pChild->m_Data.m_pColumnDef->ColumnName;
     if (pszName == nullptr || nCount == 0) continue;
     const size_t nNameLen = std::strlen(pszName);

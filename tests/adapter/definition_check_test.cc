@@ -361,6 +361,53 @@ TEST_F(DefinitionCheckTest, ARootOfTheOtherKindIsRefused) {
   ExpectMisfitOnRead(object, "1", Type("K_NUMS_T"), "*ERR: the definitions do not fit the type\n");
 }
 
+TEST_F(DefinitionCheckTest, ARecordAfterTheItemOfACollectionIsRefused) {
+  // The first attribute closed the item's group early: the rest of the item
+  // would stand beside it in the collection.
+  DefList& root = NewList();
+  root.Open(nullptr, "SCOTT.K_IN_T");
+  root.Number("A", 3, 0);
+  root.Close();
+  root.Text("S", 10);
+  ExpectMisfitOnRead(root, "[1]|x", Type("K_INS_T"),
+                     "*ERR: the definition of 'S' does not fit its type\n");
+  const Instance inst = Filled();
+  DefList& nested = NewList();
+  nested.Open("NUMS", "SCOTT.K_NUMS_T", true);
+  nested.Number(nullptr, 4, 0);
+  nested.Number(nullptr, 4, 0);
+  nested.Close();
+  ExpectMisfitOnWrite(nested, inst, "*ERR: the definition of 'NUMS' does not fit its type\n");
+}
+
+TEST_F(DefinitionCheckTest, AnItemAmongAnObjectsAttributesIsRefused) {
+  const Instance inst = Filled();
+  DefList& defs = NewList();
+  defs.Number("ID", 4, 0);
+  defs.Number(nullptr, 4, 0);
+  ExpectMisfitOnWrite(defs, inst, "*ERR: the definitions do not fit the type\n");
+  DefList& inner = NewList();
+  inner.Open("INNER", "SCOTT.K_IN_T");
+  inner.Number("A", 3, 0);
+  inner.Text(nullptr, 10);
+  inner.Close();
+  ExpectMisfitOnRead(inner, "[1|x]", Type("K_T"),
+                     "*ERR: the definition of 'INNER' does not fit its type\n");
+}
+
+TEST_F(DefinitionCheckTest, TheItemsOfACollectionAlreadyMetPassTheCheckForAnotherType) {
+  // The same list with a second type of the same shape: the tree holds a
+  // node per item read, all copies of the item.
+  MustExec("CREATE TYPE k_nums2_t AS VARRAY(9) OF NUMBER(4)");
+  DefList& defs = NewList();
+  defs.Number(nullptr, 4, 0);
+  ReadResult r = ReadStream(defs.Head(), "1|2|3", Type("K_NUMS_T"));
+  ASSERT_EQ(0, r.nRC) << LastException();
+  r = ReadStream(defs.Head(), "4|5", Type("K_NUMS2_T"));
+  ASSERT_EQ(0, r.nRC) << LastException() << Trace();
+  EXPECT_EQ("4|5", WriteBack(defs.Head(), r, Type("K_NUMS2_T"), true));
+}
+
 TEST_F(DefinitionCheckTest, AnAttributeTheTypeLacksIsLeftToTheNavigation) {
   const Instance inst = Filled();
   DefList& defs = NewList();
