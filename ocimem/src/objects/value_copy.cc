@@ -259,13 +259,16 @@ bool CopyElements(Env* env, const OCIColl& src, OCIColl* dst, PendingCopies* pen
       if (!dst->Grow() || !dst->MakeHole(dst->size() - 1)) return false;
       continue;
     }
-    if (!dst->Grow()) return false;
-    size_t last = dst->size() - 1;
-    if (Assign(env, t, dst->ValueAt(last), ElementForm(t, src.ValueAt(i)), pending) !=
-        AssignResult::kOk) {
+    // Made in place, as OCICollAppend makes an element: no fresh value only to be replaced.
+    unsigned char* block = dst->NextFree();
+    if (block == nullptr) return false;
+    if (Construct(env, t, block, ElementForm(t, src.ValueAt(i)), pending) != AssignResult::kOk) {
+      FreeSlot(t, block);
+      dst->Unused(block);
       return false;
     }
-    std::memcpy(dst->IndAt(last), src.IndAt(i), t.IndSize());
+    std::memcpy(dst->IndIn(block), src.IndAt(i), t.IndSize());
+    dst->Push();
   }
   return true;
 }
