@@ -80,6 +80,7 @@ sword OCICollTrim(OCIEnv *env, OCIError *err, sb4 trim_num, OCIColl *coll);
 sword OCICollAppend(OCIEnv *env, OCIError *err, const void *elem, const void *elemind, OCIColl *coll);
 sword OCICollGetElem(OCIEnv *env, OCIError *err, const OCIColl *coll, sb4 index, boolean *exists, void **elem, void **elemind);
 sword OCICollAssignElem(OCIEnv *env, OCIError *err, sb4 index, const void *elem, const void *elemind, OCIColl *coll);
+sword OCICollAssign(OCIEnv *env, OCIError *err, const OCIColl *rhs, OCIColl *lhs);
 sword OCITableSize(OCIEnv *env, OCIError *err, const OCITable *tbl, sb4 *size);
 sword OCITableExists(OCIEnv *env, OCIError *err, const OCITable *tbl, sb4 index, boolean *exists);
 sword OCITableDelete(OCIEnv *env, OCIError *err, sb4 index, OCITable *tbl);

@@ -163,26 +163,23 @@ OCIIter* AsIter(const void* p) {
   return i->live == kLiveIter ? i : nullptr;
 }
 
-bool CopyCollection(Env* env, const OCIColl& src, OCIColl* dst) {
-  if (&src == dst) return true;
-  dst->Clear();
-  const ValueType& t = dst->element_type();
-  const bool stored = dst->env == nullptr;
-  for (size_t i = 0; i < src.size(); ++i) {
-    if (src.IsHole(i)) {
-      if (stored) continue;
-      if (!dst->Grow() || !dst->MakeHole(dst->size() - 1)) return false;
-      continue;
-    }
-    if (!dst->Grow()) return false;
-    size_t last = dst->size() - 1;
-    if (AssignSlot(env, t, dst->ValueAt(last), ElementForm(t, src.ValueAt(i))) !=
-        AssignResult::kOk) {
-      return false;
-    }
-    std::memcpy(dst->IndAt(last), src.IndAt(i), t.IndSize());
+void ReleaseCollection(OCIColl* coll) {
+  if (coll == nullptr) return;
+  // Collections released while one is being deleted on this thread (those inside its
+  // elements) wait in a list for the outermost call, which deletes them one by one: a
+  // collection of objects holding collections, however deep, goes without recursion.
+  static thread_local OCIColl* waiting = nullptr;
+  static thread_local bool deleting = false;
+  coll->next_released = waiting;
+  waiting = coll;
+  if (deleting) return;
+  deleting = true;
+  while (waiting != nullptr) {
+    OCIColl* next = waiting;
+    waiting = next->next_released;
+    delete next;
   }
-  return true;
+  deleting = false;
 }
 
 }  // namespace ocimem

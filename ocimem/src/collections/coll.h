@@ -34,6 +34,7 @@ struct OCIColl {
   std::shared_ptr<OCIType> type;
   OCIInd ind = OCI_IND_NOTNULL;  // a standalone collection's own indicator (decision D2)
   std::vector<OCIIter*> iterators;
+  OCIColl* next_released = nullptr;  // in the list ReleaseCollection works through
 
   const ocimem::ValueType& element_type() const { return type->element; }
   // Positions in use, holes included (OCICollSize).
@@ -97,6 +98,8 @@ struct OCIIter {
 namespace ocimem {
 OCIColl* AsColl(const void* p);
 OCIIter* AsIter(const void* p);
+// Deletes a collection with its elements (objects/value_copy.cc has the copy below).
+void ReleaseCollection(OCIColl* coll);
 // Deep copy of every element of src into dst (same element type), replacing dst's.  Holes
 // are copied as holes into a collection of the client; a collection held by the database
 // (owned by no environment) receives only the existing elements, in order, as Oracle stores

@@ -167,6 +167,27 @@ sword OCICollAssignElem(OCIEnv* envh, OCIError* err, sb4 index, const void* elem
   return rc;
 }
 
+sword OCICollAssign(OCIEnv* envh, OCIError* err, const OCIColl* rhs, OCIColl* lhs) {
+  Env* env = nullptr;
+  sword rc = EnterCollCall("OCICollAssign", envh, err, &env);
+  if (rc != OCI_SUCCESS) return rc;
+  const OCIColl* src = AsColl(rhs);
+  if (src == nullptr) return FailArgument(err, 3);
+  OCIColl* dst = AsColl(lhs);
+  if (dst == nullptr) return FailArgument(err, 4);
+  // Both of one element type: the copy is element by element, deep.
+  if (src->element_type().kind != dst->element_type().kind ||
+      src->element_type().named != dst->element_type().named) {
+    return FailArgument(err, 3);
+  }
+  const OCIType& type = *dst->type;
+  if (type.collection_typecode == OCI_TYPECODE_VARRAY &&
+      src->size() > static_cast<size_t>(type.max_elements)) {
+    return Fail(err, 22909, "exceeded maximum VARRAY limit");
+  }
+  return CopyCollection(env, *src, dst) ? OCI_SUCCESS : NoMemory(err);
+}
+
 sword OCIIterCreate(OCIEnv* envh, OCIError* err, const OCIColl* coll, OCIIter** itr) {
   Env* env = nullptr;
   sword rc = EnterCollCall("OCIIterCreate", envh, err, &env);

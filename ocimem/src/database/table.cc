@@ -8,6 +8,7 @@
 
 #include "collections/coll.h"
 #include "objects/value_slot.h"
+#include "objects/walk.h"
 
 namespace ocimem {
 namespace {
@@ -203,43 +204,61 @@ void EndTransaction(Transaction* txn, bool commit) {
 
 namespace {
 
+// A collection whose elements are still to walk, and whether it is null itself or
+// through a null object or collection around it.
+struct PendingCollection {
+  OCIColl* coll;
+  bool null_around;
+};
+
+// Calls `f` for the LOB at `slot` or for each LOB of the object there; collections are
+// queued in `colls`.
 void WalkLobs(const ValueType& t, void* slot, OCIInd* ind, bool null_around,
+              std::vector<PendingCollection>* colls,
               const std::function<void(OCILobLocator*, bool)>& f) {
-  switch (t.kind) {
-    case ValueKind::kLob:
-      f(*static_cast<OCILobLocator**>(slot),
-        null_around || (ind != nullptr && *ind == OCI_IND_NULL));
-      return;
-    case ValueKind::kObject: {
-      bool null_here = null_around || (ind != nullptr && ind[0] == OCI_IND_NULL);
-      for (const Attribute& a : t.named->attributes) {
-        OCIInd* attr_ind =
-            ind == nullptr
-                ? nullptr
-                : reinterpret_cast<OCIInd*>(reinterpret_cast<unsigned char*>(ind) + a.ind_offset);
-        WalkLobs(a.type, static_cast<unsigned char*>(slot) + a.offset, attr_ind, null_here, f);
-      }
-      return;
+  auto leaf = [&](const ValueType& v, void* s, const OCIInd* i, bool around) {
+    const bool null_here = around || (i != nullptr && *i == OCI_IND_NULL);
+    if (v.kind == ValueKind::kLob) {
+      f(*static_cast<OCILobLocator**>(s), null_here);
+    } else if (v.kind == ValueKind::kCollection && *static_cast<OCIColl**>(s) != nullptr) {
+      colls->push_back(PendingCollection{*static_cast<OCIColl**>(s), null_here});
     }
-    case ValueKind::kCollection: {
-      OCIColl* coll = *static_cast<OCIColl**>(slot);
-      if (coll == nullptr) return;
-      bool null_here = null_around || (ind != nullptr && *ind == OCI_IND_NULL);
-      for (size_t i = 0; i < coll->size(); ++i) {
-        WalkLobs(coll->element_type(), coll->ValueAt(i), coll->IndAt(i), null_here, f);
-      }
-      return;
-    }
-    default:
-      return;
+    return true;
+  };
+  if (t.kind != ValueKind::kObject) {
+    leaf(t, slot, ind, null_around);
+    return;
   }
+  if (!t.named->has_lob && !t.named->has_file) return;
+  WalkPlace at;
+  at.slot = static_cast<unsigned char*>(slot);
+  at.ind = ind;
+  at.null_around = null_around || (ind != nullptr && ind[0] == OCI_IND_NULL);
+  WalkObject(
+      *t.named, at,
+      [](const Attribute&, WalkPlace& p) {
+        if (p.ind != nullptr && p.ind[0] == OCI_IND_NULL) p.null_around = true;
+        return WalkStep::kInto;
+      },
+      [&](const Attribute& a, const WalkPlace& p) {
+        return leaf(a.type, p.slot, p.ind, p.null_around);
+      });
 }
 
 }  // namespace
 
 void ForEachLob(const ValueType& t, void* slot, OCIInd* ind,
                 const std::function<void(OCILobLocator*, bool)>& f) {
-  WalkLobs(t, slot, ind, false, f);
+  std::vector<PendingCollection> colls;
+  WalkLobs(t, slot, ind, false, &colls, f);
+  while (!colls.empty()) {
+    const PendingCollection next = colls.back();
+    colls.pop_back();
+    const ValueType& element = next.coll->element_type();
+    for (size_t i = 0; i < next.coll->size(); ++i) {
+      WalkLobs(element, next.coll->ValueAt(i), next.coll->IndAt(i), next.null_around, &colls, f);
+    }
+  }
 }
 
 void CommitTransaction(Transaction* txn) { EndTransaction(txn, true); }

@@ -7,39 +7,6 @@ namespace {
 // The user-assigned version Oracle keeps for every type made by CREATE TYPE.
 const std::string kTypeVersion = "$8.0";
 
-struct Contents {
-  bool nested_table = false;
-  bool lob = false;
-  bool file = false;
-};
-
-// What a value of type `v` holds inside it: embedded objects and collection elements
-// count, the target of a REF does not.
-void Collect(const ValueType& v, Contents* c);
-
-void CollectType(const OCIType& t, Contents* c) {
-  if (t.IsCollection()) {
-    if (t.collection_typecode == OCI_TYPECODE_TABLE) c->nested_table = true;
-    Collect(t.element, c);
-    return;
-  }
-  for (const Attribute& a : t.attributes) Collect(a.type, c);
-}
-
-void Collect(const ValueType& v, Contents* c) {
-  switch (v.kind) {
-    case ValueKind::kLob:
-      (v.typecode == OCI_TYPECODE_BFILE ? c->file : c->lob) = true;
-      return;
-    case ValueKind::kObject:
-    case ValueKind::kCollection:
-      CollectType(*v.named, c);
-      return;
-    default:
-      return;
-  }
-}
-
 ub1 Flag(bool b) { return b ? ub1{1} : ub1{0}; }
 
 }  // namespace
@@ -88,11 +55,10 @@ sword TypeAttr(const OCIParam& p, void* attributep, ub4* sizep, ub4 attrtype, OC
     case OCI_ATTR_HAS_NESTED_TABLE:
     case OCI_ATTR_HAS_LOB:
     case OCI_ATTR_HAS_FILE: {
-      Contents c;
-      CollectType(t, &c);
-      bool has = attrtype == OCI_ATTR_HAS_NESTED_TABLE ? c.nested_table
-                 : attrtype == OCI_ATTR_HAS_LOB        ? c.lob
-                                                       : c.file;
+      // Worked out once, when the type was made: a describe walks no type.
+      bool has = attrtype == OCI_ATTR_HAS_NESTED_TABLE ? t.has_nested_table
+                 : attrtype == OCI_ATTR_HAS_LOB        ? t.has_lob
+                                                       : t.has_file;
       return PutAttr<ub1>(attributep, sizep, Flag(has));
     }
     default:

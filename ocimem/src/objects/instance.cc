@@ -103,7 +103,7 @@ void FreeInstanceMemory(Instance* instance) {
       }
       break;
     case Instance::Kind::kCollection:
-      delete static_cast<OCIColl*>(instance->value);
+      ReleaseCollection(static_cast<OCIColl*>(instance->value));
       break;
     case Instance::Kind::kValue:
       if (instance->value_type.IsHandleSlot()) {

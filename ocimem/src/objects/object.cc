@@ -7,6 +7,7 @@
 #include "objects/instance.h"
 #include "session/internal.h"
 #include "objects/value_slot.h"
+#include "objects/walk.h"
 
 namespace ocimem {
 namespace {
@@ -82,15 +83,17 @@ bool IsNamedTypeCode(OCITypeCode code) {
 
 // After a copy, LOB attributes are null in the target, and REFs too with NOREF.
 void NullLobsAndRefs(const OCIType& type, OCIInd* ind, bool refs) {
-  for (const Attribute& a : type.attributes) {
-    auto* attr_ind =
-        reinterpret_cast<OCIInd*>(reinterpret_cast<unsigned char*>(ind) + a.ind_offset);
-    if (a.type.kind == ValueKind::kLob || (refs && a.type.kind == ValueKind::kRef)) {
-      *attr_ind = OCI_IND_NULL;
-    } else if (a.type.kind == ValueKind::kObject) {
-      NullLobsAndRefs(*a.type.named, attr_ind, refs);
-    }
-  }
+  if (!type.has_lob && !type.has_file && !refs) return;
+  WalkPlace at;
+  at.ind = ind;
+  WalkObject(
+      type, at, [](const Attribute&, WalkPlace&) { return WalkStep::kInto; },
+      [refs](const Attribute& a, const WalkPlace& p) {
+        if (a.type.kind == ValueKind::kLob || (refs && a.type.kind == ValueKind::kRef)) {
+          *p.ind = OCI_IND_NULL;
+        }
+        return true;
+      });
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "objects/type.h"
 
+#include <cstdint>
 #include <cstring>
 #include <memory>
 #include <mutex>
@@ -101,22 +102,61 @@ OCIType::~OCIType() {
   draining = nullptr;
 }
 
-void OCIType::Layout() {
+namespace {
+// a += b, false when it overflows.
+bool AddTo(size_t* a, size_t b) { return !__builtin_add_overflow(*a, b, a); }
+}  // namespace
+
+void OCIType::NoteContents(const ocimem::ValueType& v) {
+  switch (v.kind) {
+    case ocimem::ValueKind::kLob:
+      (v.typecode == OCI_TYPECODE_BFILE ? has_file : has_lob) = true;
+      return;
+    case ocimem::ValueKind::kObject:
+    case ocimem::ValueKind::kCollection:
+      has_nested_table = has_nested_table || v.named->has_nested_table;
+      has_lob = has_lob || v.named->has_lob;
+      has_file = has_file || v.named->has_file;
+      return;
+    default:
+      return;
+  }
+}
+
+bool OCIType::Layout() {
+  if (IsCollection()) {
+    has_nested_table = collection_typecode == OCI_TYPECODE_TABLE;
+    NoteContents(element);
+    return true;
+  }
   size_t offset = 0;
   size_t max_align = 1;
   size_t ind = sizeof(OCIInd);  // _atomic
-  for (ocimem::Attribute& a : attributes) {
+  size_t heaviest_ind = 0;
+  for (size_t i = 0; i < attributes.size(); ++i) {
+    ocimem::Attribute& a = attributes[i];
     size_t attr_align = a.type.Align();
-    offset = RoundUp(offset, attr_align);
+    if (!AddTo(&offset, attr_align - 1)) return false;
+    offset = offset / attr_align * attr_align;
     a.offset = offset;
-    offset += a.type.Size();
+    if (!AddTo(&offset, a.type.Size())) return false;
     if (attr_align > max_align) max_align = attr_align;
     a.ind_offset = ind;
-    ind += a.type.IndSize();
+    const size_t attr_ind = a.type.IndSize();
+    if (!AddTo(&ind, attr_ind)) return false;
+    if (a.type.kind == ocimem::ValueKind::kObject && attr_ind > heaviest_ind) {
+      heaviest_ind = attr_ind;
+      heaviest_object = i;
+    }
+    NoteContents(a.type);
   }
+  // Room for the rounding below and for the instance block's own rounding and header.
+  constexpr size_t kSlack = 1024;
+  if (offset > SIZE_MAX / 2 - kSlack || ind > SIZE_MAX / 2 - kSlack) return false;
   align = max_align;
   size = RoundUp(offset, max_align);
   ind_size = ind;
+  return true;
 }
 
 const ocimem::Attribute* OCIType::FindAttributeScan(const char* attr_name,

@@ -81,11 +81,20 @@ struct OCIType : std::enable_shared_from_this<OCIType> {
   size_t size = 0;
   size_t align = 1;
   size_t ind_size = sizeof(OCIInd);  // _atomic first
+  // The embedded object attribute with the largest null struct, which walks take last
+  // (objects/walk.h).
+  static constexpr size_t kNoAttribute = static_cast<size_t>(-1);
+  size_t heaviest_object = kNoAttribute;
 
   // Collection types.
   OCITypeCode collection_typecode = 0;  // OCI_TYPECODE_VARRAY or OCI_TYPECODE_TABLE
   sb4 max_elements = 0;                 // VARRAY bound
   ocimem::ValueType element;
+
+  // What a value holds at any depth (embedded objects and elements; not REF targets).
+  bool has_nested_table = false;
+  bool has_lob = false;
+  bool has_file = false;
 
   std::atomic<int> pins{0};
   // Where FindAttribute looks first: after the attribute it found last, as
@@ -95,8 +104,10 @@ struct OCIType : std::enable_shared_from_this<OCIType> {
 
   bool IsObject() const { return typecode == OCI_TYPECODE_OBJECT; }
   bool IsCollection() const { return typecode == OCI_TYPECODE_NAMEDCOLLECTION; }
-  // Computes offsets, size and null-struct size of an object type.
-  void Layout();
+  // Computes offsets, size and null-struct size of an object type, and what a value of
+  // the type holds, from the types it uses (each laid out before it).  False when an
+  // instance would not fit in the address space.
+  bool Layout();
   [[gnu::always_inline]] const ocimem::Attribute* FindAttribute(const char* name,
                                                                 size_t length) const {
     // In line: the attribute after the one found last (attribute names are unique, so
@@ -116,6 +127,10 @@ struct OCIType : std::enable_shared_from_this<OCIType> {
   const ocimem::Attribute* FindAttributeScan(const char* name, size_t length) const;
   // True when this type uses `other` as an attribute, element or REF target.
   bool DependsOn(const OCIType& other) const;
+
+ private:
+  // Adds what a value of type `v` holds to the has_ flags.
+  void NoteContents(const ocimem::ValueType& v);
 };
 
 namespace ocimem {

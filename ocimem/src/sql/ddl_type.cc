@@ -177,7 +177,8 @@ bool CreateType(const ExecContext& ctx, const CreateTypeStatement& s, SqlError* 
       if (!ResolveType(ctx, decl.type, schema, s.name.name, &a.type, error)) return false;
       type->attributes.push_back(std::move(a));
     }
-    type->Layout();
+    // A type whose instances could not be addressed.
+    if (!type->Layout()) return SetError(error, 4030, "out of process memory");
   } else {
     type->typecode = OCI_TYPECODE_NAMEDCOLLECTION;
     type->collection_typecode = s.form == CreateTypeStatement::Form::kVarray
@@ -185,6 +186,7 @@ bool CreateType(const ExecContext& ctx, const CreateTypeStatement& s, SqlError* 
                                     : OCI_TYPECODE_TABLE;
     type->max_elements = s.limit;
     if (!ResolveType(ctx, s.element, schema, s.name.name, &type->element, error)) return false;
+    type->Layout();
   }
   catalog.PutType(std::move(type));
   return true;

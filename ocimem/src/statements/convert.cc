@@ -3,6 +3,8 @@
 #include <cctype>
 #include <cstring>
 #include <limits>
+#include <new>
+#include <vector>
 
 #include "statements/buffer_layout.h"
 #include "collections/coll.h"
@@ -12,6 +14,7 @@
 #include "sql/sql_time.h"
 #include "objects/value_descriptors.h"
 #include "objects/value_slot.h"
+#include "objects/walk.h"
 #include "values/date_format.h"
 #include "values/number.h"
 #include "values/oci_common.h"
@@ -25,10 +28,6 @@ using values::NumberError;
 
 bool Inconsistent(SqlError* error, const std::string& expected, const std::string& got) {
   return SetError(error, 932, "inconsistent datatypes: expected " + expected + " got " + got);
-}
-
-const OCIInd* IndAt(const OCIInd* ind, size_t byte_offset) {
-  return reinterpret_cast<const OCIInd*>(reinterpret_cast<const unsigned char*>(ind) + byte_offset);
 }
 
 bool EncodeDecimal(const Decimal& d, OCINumber* out) {
@@ -452,10 +451,16 @@ bool StoreValue(const Value& v, const ValueType& t, void* slot, OCIInd* ind, con
   return mismatch();
 }
 
-bool FitNestedValues(const ValueType& t, void* slot, const OCIInd* ind, SqlError* error) {
-  auto too_large = [error]() {
-    return SetError(error, 22814, "attribute or element value is larger than specified in type");
-  };
+namespace {
+
+bool TooLarge(SqlError* error) {
+  return SetError(error, 22814, "attribute or element value is larger than specified in type");
+}
+
+// FitNestedValues of anything but an embedded object; a collection is queued in `colls`
+// rather than walked.
+bool FitLeaf(const ValueType& t, void* slot, const OCIInd* ind, std::vector<OCIColl*>* colls,
+             SqlError* error) {
   switch (t.kind) {
     case ValueKind::kString:
     case ValueKind::kRaw: {
@@ -465,7 +470,7 @@ bool FitNestedValues(const ValueType& t, void* slot, const OCIInd* ind, SqlError
       std::string bytes(reinterpret_cast<const char*>(VarBytes(*value)), VarLength(*value));
       size_t actual =
           t.kind == ValueKind::kString && t.char_semantics ? CharCount(bytes) : bytes.size();
-      if (actual > t.length) return too_large();
+      if (actual > t.length) return TooLarge(error);
       if (t.kind == ValueKind::kString && t.typecode == OCI_TYPECODE_CHAR && actual < t.length) {
         bytes.append(t.length - actual, ' ');
         if (!AssignVarBlock(nullptr, bytes.data(), static_cast<ub4>(bytes.size()), value)) {
@@ -480,36 +485,60 @@ bool FitNestedValues(const ValueType& t, void* slot, const OCIInd* ind, SqlError
       std::memcpy(&n, slot, sizeof n);
       bool fits = true;
       FitNumber(t, &n, &fits);
-      return fits || too_large();
-    }
-    case ValueKind::kObject: {
-      if (ind[0] == OCI_IND_NULL) return true;
-      for (const Attribute& a : t.named->attributes) {
-        if (!FitNestedValues(a.type, static_cast<unsigned char*>(slot) + a.offset,
-                              IndAt(ind, a.ind_offset), error)) {
-          return false;
-        }
-      }
-      return true;
+      return fits || TooLarge(error);
     }
     case ValueKind::kCollection: {
-      if (*ind == OCI_IND_NULL) return true;
       OCIColl* coll = *static_cast<OCIColl**>(slot);
-      if (coll == nullptr) return true;
-      if (coll->type->max_elements > 0 &&
-          coll->size() > static_cast<size_t>(coll->type->max_elements)) {
-        return SetError(error, 22909, "exceeded maximum VARRAY limit");
-      }
-      for (size_t i = 0; i < coll->size(); ++i) {
-        if (!FitNestedValues(coll->element_type(), coll->ValueAt(i), coll->IndAt(i), error)) {
-          return false;
-        }
+      if (*ind == OCI_IND_NULL || coll == nullptr) return true;
+      try {
+        colls->push_back(coll);
+      } catch (const std::bad_alloc&) {
+        return SetError(error, 4030, "out of process memory");
       }
       return true;
     }
     default:
       return true;
   }
+}
+
+// FitNestedValues of one value, with the collections in it queued in `colls`.
+bool FitValue(const ValueType& t, void* slot, const OCIInd* ind, std::vector<OCIColl*>* colls,
+              SqlError* error) {
+  if (t.kind != ValueKind::kObject) return FitLeaf(t, slot, ind, colls, error);
+  if (ind[0] == OCI_IND_NULL) return true;
+  WalkPlace at;
+  at.slot = static_cast<unsigned char*>(slot);
+  at.ind = const_cast<OCIInd*>(ind);  // read only
+  return WalkObject(
+      *t.named, at,
+      [](const Attribute&, WalkPlace& p) {
+        return p.ind[0] == OCI_IND_NULL ? WalkStep::kOver : WalkStep::kInto;
+      },
+      [&](const Attribute& a, const WalkPlace& p) {
+        return FitLeaf(a.type, p.slot, p.ind, colls, error);
+      });
+}
+
+}  // namespace
+
+bool FitNestedValues(const ValueType& t, void* slot, const OCIInd* ind, SqlError* error) {
+  std::vector<OCIColl*> colls;
+  if (!FitValue(t, slot, ind, &colls, error)) return false;
+  while (!colls.empty()) {
+    OCIColl* coll = colls.back();
+    colls.pop_back();
+    if (coll->type->max_elements > 0 &&
+        coll->size() > static_cast<size_t>(coll->type->max_elements)) {
+      return SetError(error, 22909, "exceeded maximum VARRAY limit");
+    }
+    for (size_t i = 0; i < coll->size(); ++i) {
+      if (!FitValue(coll->element_type(), coll->ValueAt(i), coll->IndAt(i), &colls, error)) {
+        return false;
+      }
+    }
+  }
+  return true;
 }
 
 }  // namespace ocimem
