@@ -20,7 +20,13 @@ size_t RoundUp(size_t n, size_t align) { return (n + align - 1) / align * align;
 Instance* Register(Env* env, std::unique_ptr<Instance> instance) {
   Instance* raw = instance.get();
   std::lock_guard<std::mutex> lock(env->registry_mutex);
-  env->instances[raw->value] = std::move(instance);
+  try {
+    env->instances[raw->value] = std::move(instance);
+  } catch (...) {
+    // No room in the registry: the instance was never the caller's.
+    FreeInstanceMemory(raw);
+    throw;
+  }
   return raw;
 }
 
