@@ -1,5 +1,6 @@
 // Collection and iterator calls of orl.h.
 #include <cstring>
+#include <memory>
 #include <new>
 #include <string>
 
@@ -182,11 +183,11 @@ sword OCIIterCreate(OCIEnv* envh, OCIError* err, const OCIColl* coll, OCIIter** 
   OCIColl* c = AsColl(coll);
   if (c == nullptr) return FailArgument(err, 3);
   if (itr == nullptr) return FailArgument(err, 4);
-  auto* it = new (std::nothrow) OCIIter;
+  std::unique_ptr<OCIIter> it(new (std::nothrow) OCIIter);
   if (it == nullptr) return OutOfMemory(err);
   it->coll = c;
-  c->Adopt(it);
-  *itr = it;
+  c->Adopt(it.get());
+  *itr = it.release();
   return OCI_SUCCESS;
 } catch (...) {
   return ocimem::OutOfMemory(err);
@@ -202,8 +203,8 @@ sword OCIIterInit(OCIEnv* envh, OCIError* err, const OCIColl* coll, OCIIter* itr
   if (it == nullptr) return FailArgument(err, 4);
   if (it->coll != c) {
     // The iterator now goes with the collection it walks.
+    c->Adopt(it);  // first: when it cannot be, the iterator stays as it was
     it->coll->Disown(it);
-    c->Adopt(it);
     it->coll = c;
   }
   it->position = -1;

@@ -75,9 +75,18 @@ sword Logon(const char* function, OCIEnv* envh, OCIError* errhp, OCISvcCtx** svc
   svc->server = server;
   svc->session = session;
   svc->from_logon = true;
-  env->Adopt(server);
-  env->Adopt(session);
-  env->Adopt(svc);
+  try {
+    env->Adopt(server);
+    env->Adopt(session);
+    env->Adopt(svc);
+  } catch (...) {
+    // All three or none: an adopted one is released, the others deleted.
+    for (Handle* h : {static_cast<Handle*>(svc), static_cast<Handle*>(session),
+                      static_cast<Handle*>(server)}) {
+      if (!env->Release(h)) delete h;
+    }
+    throw;
+  }
   *svchp = reinterpret_cast<OCISvcCtx*>(svc);
   return OCI_SUCCESS;
 }

@@ -188,7 +188,12 @@ sword OCIHandleAlloc(const void* parenth, void** hndlpp, const ub4 type, const s
     delete h;
     return OCI_INVALID_HANDLE;
   }
-  env->Adopt(h);
+  try {
+    env->Adopt(h);
+  } catch (...) {
+    delete h;  // not registered: nobody else would free it
+    throw;
+  }
   *hndlpp = h;
   return OCI_SUCCESS;
 } catch (...) {
@@ -238,13 +243,22 @@ sword OCIDescriptorAlloc(const void* parenth, void** descpp, const ub4 type,
     default:
       return OCI_INVALID_HANDLE;  // parameter descriptors are made by OCI itself
   }
-  {
+  // Registered in both tables or in neither, and freed when it cannot be.
+  try {
     std::lock_guard<std::mutex> lock(DescriptorMutex());
     DescriptorOwners()[desc] = env;
+  } catch (...) {
+    FreeDescriptor(desc, type);
+    throw;
   }
-  {
+  try {
     std::lock_guard<std::mutex> lock(env->registry_mutex);
     env->descriptors[desc] = type;
+  } catch (...) {
+    std::lock_guard<std::mutex> lock(DescriptorMutex());
+    DescriptorOwners().erase(desc);
+    FreeDescriptor(desc, type);
+    throw;
   }
   *descpp = desc;
   return OCI_SUCCESS;

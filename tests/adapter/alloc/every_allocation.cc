@@ -1,12 +1,11 @@
 // The replaced allocation functions of every_allocation.h. The real work is
 // done by the C library's allocator, or under the address sanitizer by the
-// sanitizer's, which keeps its leak and use-after-free checks working.
+// sanitizer's malloc, which keeps its leak and use-after-free checks working.
 #include "every_allocation.h"
-
-#include <dlfcn.h>
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <new>
 
@@ -20,56 +19,11 @@
 
 namespace {
 
-using MallocFn = void* (*)(std::size_t);
-using CallocFn = void* (*)(std::size_t, std::size_t);
-using ReallocFn = void* (*)(void*, std::size_t);
-using FreeFn = void (*)(void*);
-
 #ifdef EVERY_ALLOCATION_ASAN
-// The sanitizer's functions, found behind ours. dlsym may itself ask for
-// memory before they are known: that comes from a small static arena and is
-// never given back.
-MallocFn g_malloc = nullptr;
-CallocFn g_calloc = nullptr;
-ReallocFn g_realloc = nullptr;
-FreeFn g_free = nullptr;
-alignas(std::max_align_t) unsigned char g_arena[16384];
-std::size_t g_arena_used = 0;
-bool g_resolving = false;
-
-void* FromArena(std::size_t size) {
-  const std::size_t step = (size + alignof(std::max_align_t) - 1) & ~(alignof(std::max_align_t) - 1);
-  if (g_arena_used + step > sizeof g_arena) return nullptr;
-  void* p = g_arena + g_arena_used;
-  g_arena_used += step;
-  return p;
-}
-bool InArena(const void* p) {
-  const auto* b = static_cast<const unsigned char*>(p);
-  return b >= g_arena && b < g_arena + sizeof g_arena;
-}
-bool Resolve() {
-  if (g_free != nullptr) return true;
-  if (g_resolving) return false;
-  g_resolving = true;
-  g_malloc = reinterpret_cast<MallocFn>(dlsym(RTLD_NEXT, "malloc"));
-  g_calloc = reinterpret_cast<CallocFn>(dlsym(RTLD_NEXT, "calloc"));
-  g_realloc = reinterpret_cast<ReallocFn>(dlsym(RTLD_NEXT, "realloc"));
-  g_free = reinterpret_cast<FreeFn>(dlsym(RTLD_NEXT, "free"));
-  g_resolving = false;
-  return g_free != nullptr;
-}
-void* RealMalloc(std::size_t n) { return Resolve() ? g_malloc(n) : FromArena(n); }
-void* RealCalloc(std::size_t c, std::size_t n) {
-  if (Resolve()) return g_calloc(c, n);
-  void* p = FromArena(c * n);  // the arena is zero and never reused
-  return p;
-}
-void* RealRealloc(void* p, std::size_t n) { return Resolve() ? g_realloc(p, n) : nullptr; }
-void RealFree(void* p) {
-  if (p == nullptr || InArena(p)) return;
-  if (Resolve()) g_free(p);
-}
+// The sanitizer owns malloc and its family: they are not replaced (and not
+// failed) under it, only operator new is.
+void* RealMalloc(std::size_t n) { return std::malloc(n); }
+void RealFree(void* p) { std::free(p); }
 #else
 }  // namespace
 extern "C" {
@@ -187,6 +141,7 @@ long Unwatch() {
 
 }  // namespace every_allocation
 
+#ifndef EVERY_ALLOCATION_ASAN
 // Exported from the test program (ENABLE_EXPORTS), so that the shared
 // libraries' calls bind to these.
 #define EVERY_ALLOCATION_EXPORT __attribute__((visibility("default")))
@@ -216,6 +171,7 @@ EVERY_ALLOCATION_EXPORT void* realloc(void* p, std::size_t size) noexcept {
 }
 EVERY_ALLOCATION_EXPORT void free(void* p) noexcept { Release(p); }
 }
+#endif
 
 void* operator new(std::size_t size) {
   void* p = Allocate(size, every_allocation::kNew);

@@ -1,7 +1,8 @@
 // Fault injection at every allocation of the process: the test binary that
 // links every_allocation.cc replaces the global operator new family (throwing
 // and nothrow) and malloc, calloc and realloc, which the adapter, the host
-// library, the in-memory OCI and the C++ runtime all reach. While armed, the
+// library, the in-memory OCI and the C++ runtime all reach (under the address
+// sanitizer, which owns malloc, only operator new). While armed, the
 // calling thread's allocations are counted and the n-th fails once: a
 // throwing new throws std::bad_alloc, the others return NULL.
 //
