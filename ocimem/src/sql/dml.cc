@@ -266,9 +266,19 @@ bool ExecuteInsert(const ExecContext& ctx, const InsertStatement& s, ExecResult*
   record->pending = std::move(row);
   record->has_pending = true;
   record->pending_key = std::move(key);
+  // All or nothing: room is made first, so that only the indexes can fail for want of
+  // memory once the row is in, and they take it out again.
+  ctx.session->txn->rows.reserve(ctx.session->txn->rows.size() + 1);
+  table->rows.reserve(table->rows.size() + 1);
+  result->returned.reserve(result->returned.size() + 1);
+  try {
+    table->IndexRecord(record.get());
+  } catch (...) {
+    table->UnindexRecord(record.get());
+    throw;
+  }
   LockRecord(ctx, record);
   table->rows.push_back(record);
-  table->IndexRecord(record.get());
   if (!s.returning.empty()) result->returned.push_back(record->pending);
   result->row_count = 1;
   return true;
