@@ -74,6 +74,23 @@ class OciEveryAllocationTest : public ocimem_test::OciTest {
     EXPECT_EQ(OCI_SUCCESS, OCICollSize(env_, err_, coll, &n));
     return n;
   }
+  // Rows of oa_docs this session sees.
+  int Rows() {
+    OCIStmt* stmt = nullptr;
+    EXPECT_EQ(OCI_SUCCESS,
+              OCIHandleAlloc(env_, reinterpret_cast<void**>(&stmt), OCI_HTYPE_STMT, 0, nullptr));
+    const char* sql = "select count(*) from oa_docs";
+    EXPECT_EQ(OCI_SUCCESS, OCIStmtPrepare(stmt, err_, Text(sql), Len(sql), OCI_NTV_SYNTAX,
+                                          OCI_DEFAULT));
+    int rows = -1;
+    OCIDefine* define = nullptr;
+    EXPECT_EQ(OCI_SUCCESS, OCIDefineByPos(stmt, &define, err_, 1, &rows, sizeof rows, SQLT_INT,
+                                          nullptr, nullptr, nullptr, OCI_DEFAULT));
+    EXPECT_EQ(OCI_SUCCESS, OCIStmtExecute(svc_, stmt, err_, 1, 0, nullptr, nullptr, OCI_DEFAULT))
+        << FirstError(err_);
+    EXPECT_EQ(OCI_SUCCESS, OCIHandleFree(stmt, OCI_HTYPE_STMT));
+    return rows;
+  }
   void Fill(void* object) {
     OCIString** name = static_cast<OCIString**>(Attr(object, "NAME"));
     ASSERT_EQ(OCI_SUCCESS, OCIStringAssignText(env_, err_, Text("a name"), 6, name));
@@ -90,10 +107,12 @@ class OciEveryAllocationTest : public ocimem_test::OciTest {
 
   // Runs `call` with the n-th allocation failing, for n = 1, 2, ... until it
   // needs fewer; `undo` puts back what a successful call changed, `check`
-  // looks at what it made. Returns the number of allocations failed.
+  // looks at what it made, `failed` at what a failed call left. Returns the
+  // number of allocations failed.
   unsigned long EveryAllocation(const char* what, const std::function<sword()>& call,
                                 const std::function<void()>& undo,
-                                const std::function<void()>& check) {
+                                const std::function<void()>& check,
+                                const std::function<void()>& failed = [] {}) {
     unsigned long n = 1;
     for (;; ++n) {
       sword rc;
@@ -115,6 +134,10 @@ class OciEveryAllocationTest : public ocimem_test::OciTest {
       EXPECT_EQ(OCI_ERROR, rc) << where;
       EXPECT_EQ(4030, FirstCode(err_)) << where << ": " << FirstError(err_);
       EXPECT_EQ("ORA-04030: out of process memory", FirstError(err_)) << where;
+      {
+        SCOPED_TRACE(where);
+        failed();
+      }
       EXPECT_EQ(OCI_SUCCESS, call()) << where << ", again: " << FirstError(err_);
       check();
       undo();
@@ -157,6 +180,16 @@ TEST_F(OciEveryAllocationTest, ObjectCopy) {
       [&] {
         EXPECT_EQ("a name", Name(target));
         EXPECT_EQ(5, Size(*static_cast<OCIColl**>(Attr(target, "NUMS"))));
+      },
+      [&] {
+        // However far the copy got, the target is still an instance of its type,
+        // whose attributes can be read and which can be freed whole (LeakSanitizer
+        // sees whether it was); the next round copies into a new one.
+        Name(target);
+        const sb4 size = Size(*static_cast<OCIColl**>(Attr(target, "NUMS")));
+        EXPECT_TRUE(size >= 0 && size <= 5) << size;
+        EXPECT_EQ(OCI_SUCCESS, OCIObjectFree(env_, err_, target, OCI_DEFAULT));
+        target = New(tdo_, OCI_TYPECODE_OBJECT);
       });
   EXPECT_GE(n, 1u);
   EXPECT_EQ(OCI_SUCCESS, OCIObjectFree(env_, err_, target, OCI_DEFAULT));
@@ -213,7 +246,10 @@ TEST_F(OciEveryAllocationTest, InsertOfABoundObject) {
         EXPECT_EQ(OCI_SUCCESS, OCIAttrGet(stmt, OCI_HTYPE_STMT, &rows, nullptr,
                                           OCI_ATTR_ROW_COUNT, err_));
         EXPECT_EQ(1u, rows);
-      });
+        EXPECT_EQ(1, Rows());
+      },
+      // The failed insert left no row; the retry (above) shows the statement usable.
+      [&] { EXPECT_EQ(0, Rows()); });
   EXPECT_GT(n, 1u);
   EXPECT_EQ(OCI_SUCCESS, OCIHandleFree(stmt, OCI_HTYPE_STMT));
 }
