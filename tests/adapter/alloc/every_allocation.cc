@@ -139,6 +139,15 @@ long Unwatch() {
   return g_live;
 }
 
+bool Live(const void* p) {
+  if (p == nullptr || g_live == 0) return false;
+  const auto a = reinterpret_cast<std::uintptr_t>(p);
+  for (std::size_t i = SlotOf(a);; i = (i + 1) & (kSlots - 1)) {
+    if (g_watched[i] == 0) return false;
+    if (g_watched[i] == a) return true;
+  }
+}
+
 }  // namespace every_allocation
 
 #ifndef EVERY_ALLOCATION_ASAN

@@ -30,6 +30,8 @@ Kind FailedKind();
 void Watch();
 // Stops; the number of blocks got while watching and not released since.
 long Unwatch();
+// Whether `p` is one of those (until the next Watch). Allocates nothing.
+bool Live(const void* p);
 
 // Arms on construction and disarms on destruction, so that a failed assertion
 // cannot leave a failure armed.
