@@ -6,7 +6,8 @@
 // and whether objects with large objects are stored and given their bytes
 // by adpWriteLobs. Up to eight records are read from the rest; each object
 // read is written again with adpProcessObject, and the trace is captured at
-// its most detailed level, so that every progress line is formatted.
+// its most detailed level, so that every progress line is formatted. With
+// the first byte's fifth bit, the Column_Def list is a damaged copy.
 #include <coldef.h>
 #include <host/kel_stream.h>
 #include <host/kel_trace.h>
@@ -15,6 +16,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <vector>
 
 #include "fuzz_session.h"
 
@@ -83,6 +85,45 @@ void TakeSpecialStrings(fuzz::Input& in, DB_SPECIAL_STRINGS& special) {
   std::memcpy(special.szRelease, s.data(), s.size());
 }
 
+// A host's list gone wrong: a copy of the right one, with up to four
+// records changed as the input says (another data type, group and end marks
+// set or cleared, an item made an attribute or the reverse, the list cut
+// short, another record's type name).
+void MangleList(fuzz::Input& in, const Column_Def* pHead, std::vector<Column_Def>& list) {
+  for (const Column_Def* p = pHead; p != nullptr; p = p->Next) list.push_back(*p);
+  for (size_t i = 0; i + 1 < list.size(); ++i) list[i].Next = &list[i + 1];
+  static const unsigned short kTypes[] = {SQLT_NUM, SQLT_CHR, SQLT_AFC, SQLT_LNG, SQLT_DAT,
+                                          SQLT_BIN, SQLT_CLOB, SQLT_BLOB, SQLT_TIMESTAMP,
+                                          SQLT_TIMESTAMP_TZ, SQLT_TIMESTAMP_LTZ,
+                                          SQLT_INTERVAL_YM, SQLT_INTERVAL_DS, SQLT_REF,
+                                          SQLT_NTY, SQLT_NCO, SQLT_BFILEE};
+  const int nChanges = in.Byte() % 5;
+  for (int i = 0; i < nChanges && !list.empty(); ++i) {
+    Column_Def& def = list[in.Byte() % list.size()];
+    const uint8_t nWhat = in.Byte();
+    switch (nWhat % 6) {
+      case 0:
+        def.DataType = kTypes[(nWhat / 6) % (sizeof kTypes / sizeof kTypes[0])];
+        break;
+      case 1:
+        def.Flags ^= COLDEF_COMPLEX;
+        break;
+      case 2:
+        def.Flags ^= (nWhat & 64) ? COLDEF_END : COLDEF_DEFINED;
+        break;
+      case 3:
+        def.InCollection = def.InCollection != 0 ? 0 : 1;
+        break;
+      case 4:
+        def.Next = nullptr;
+        break;
+      default:
+        def.TypeName = list[in.Byte() % list.size()].TypeName;
+        break;
+    }
+  }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* pData, size_t nSize) {
@@ -101,6 +142,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* pData, size_t nSize) {
   if (nFlags & 1) TakeSpecialStrings(in, special);
   if (adpCreateContext(&pCtx, &trace, (nFlags & 1) ? &special : nullptr) != 0) return 0;
 
+  std::vector<Column_Def> mangled;
+  if (nFlags & 16) MangleList(in, schema.apDefs[nRoot], mangled);
+  Column_Def* const pList = mangled.empty() ? schema.apDefs[nRoot] : mangled.data();
+
   CKelStream out(0, nullptr, nullptr, 0);
   const void* pBuffer = in.Data();
   const char* const pEnd = reinterpret_cast<const char*>(in.Data()) + in.Size();
@@ -108,7 +153,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* pData, size_t nSize) {
     const unsigned long nLeft =
         static_cast<unsigned long>(pEnd - static_cast<const char*>(pBuffer));
     if (nLeft == 0) break;
-    Column_Def* pDef = schema.apDefs[nRoot];
+    Column_Def* pDef = pList;
     void* pInstance = nullptr;
     short* pInd = nullptr;
     short nInd = 0;
@@ -122,7 +167,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* pData, size_t nSize) {
     if (pInstance == nullptr) fuzz::Die("a read succeeded without an instance");
     if (nRoot != 1 && pInd != nullptr) pInd[0] = OCI_IND_NOTNULL;
     out.SetSize(0);
-    pDef = schema.apDefs[nRoot];
+    pDef = pList;
     adpProcessObject(pCtx, &trace, &out, &pDef, session.env(), session.err(), session.svc(),
                      pInstance, nRoot == 1 ? nullptr : pInd, nInd, schema.apTdo[nRoot]);
     if (nLobs && bLobPass &&

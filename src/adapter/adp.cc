@@ -37,6 +37,8 @@ CAdp::CAdp(DB_SPECIAL_STRINGS* pSpecialStrings)
       m_pErr(nullptr),
       m_pSvc(nullptr),
       m_pLastColumnDef(nullptr),
+      m_pCheckedTdo(nullptr),
+      m_nBuildDepth(0),
       m_RootDef(),
       m_Tree(),
       m_bLobsPending(0),
@@ -124,7 +126,7 @@ CAdp::~CAdp() {
 void CAdp::_KeepHandedOut() {
   CAdpElementData& root = m_Tree.m_Data;
   if (!root.m_bCreated) return;
-  _ReleaseLater(_IsColl(m_Tree) ? root.m_pStruct : root.m_pField);
+  _ReleaseLater(root.m_bMadeInStruct ? root.m_pStruct : root.m_pField);
   root.m_bCreated = 0;
 }
 
@@ -191,6 +193,7 @@ void CAdp::ProcessObject(CKelTrace* pTrace, CKelStream& stream, Column_Def*& pCo
   root.m_nInd = nIndicator;
   root.m_pTdo = pType;
   root.m_pColumnDef = &m_RootDef;
+  if (pType != nullptr && pType != m_pCheckedTdo) _CheckElementTree(pType);
   try {
     _DevelopOraObjects(m_Tree, 0);
     _WriteStream(m_Tree, _IsNull(m_Tree));
@@ -212,11 +215,12 @@ int CAdp::ProcessStream(CKelTrace* pTrace, CKelStream& stream, Column_Def*& pCol
   CAdpElementData& root = m_Tree.m_Data;
   // The object the last call made lived until now. A collection made here
   // stays to be emptied and filled again.
-  if (root.m_bCreated && !_IsColl(m_Tree)) _OraDestroyObject(m_Tree);
+  if (root.m_bCreated && !(root.m_bMadeInStruct && _IsColl(m_Tree))) _OraDestroyObject(m_Tree);
   root.m_pInd = pIndicator;
   root.m_nInd = nIndicator;
   root.m_pTdo = pType;
   root.m_pColumnDef = &m_RootDef;
+  if (pType != nullptr && pType != m_pCheckedTdo) _CheckElementTree(pType);
   try {
     _OraCreateObject(m_Tree);
     _DevelopOraObjects(m_Tree, 1);
@@ -261,16 +265,30 @@ CKelStream& CAdp::StreamFromBuffer(const void* pBuffer, unsigned long nSize) {
   return m_Stream;
 }
 
-// Values that items of the old tree made go before the tree does.
+// Values that items of the old tree made go before the tree does. What the
+// root made was handed to the host: it lives on until the next
+// stream-to-object call, as it would have with the old list, and is not
+// taken for a value of the new list's type.
 void CAdp::_RebuildTree(Column_Def*& pColumnDef) {
   for (CAdpTree* pChild = m_Tree.GetFirstChild(); pChild != nullptr;
        pChild = pChild->GetNextSibling()) {
     _OraDestroySubtree(*pChild);
   }
   m_Tree.DeleteChildren();
+  _KeepHandedOut();
+  m_Tree.m_Data.ClearOraObjects();
   // Spares belong to the old list's definitions.
   _DropSpares();
-  _BuildElementTree(m_Tree, pColumnDef);
+  m_pCheckedTdo = nullptr;
+  m_nBuildDepth = 0;
+  try {
+    _BuildElementTree(m_Tree, pColumnDef);
+  } catch (CKelException& e) {
+    // A list the tree cannot be built from is refused on every call, not
+    // taken as built.
+    if (e.GetRC() == KEL_ERR_ARGUMENT) m_pLastColumnDef = nullptr;
+    throw;
+  }
 }
 
 void CAdp::_OraFail(sword nStatus, const char* pszOciFunc, const char* pszFunc) {

@@ -55,6 +55,8 @@ void AdpForEachNode(CAdpTree& top, F f) {
   }
 }
 
+class CAdpTypeCheck;
+
 class CAdp : public VARNADP {
  public:
   explicit CAdp(DB_SPECIAL_STRINGS* pSpecialStrings);
@@ -163,6 +165,17 @@ class CAdp : public VARNADP {
 
   // Size of the value work buffer.
   enum { ADP_VALUE_BUF_SIZE = 1024 };
+  // Groups nested deeper than this are refused when the tree is built.
+  enum { ADP_MAX_DEPTH = 1000 };
+
+  // The tree against the type it is used with (adapter/adp_check.cc): every
+  // element whose attribute exists must hold the kind of value the type
+  // gives it, so that no value is taken for one of another shape.
+  void _CheckElementTree(OCIType* pTdo);
+  void _CheckGroup(CAdpTypeCheck& check, CAdpTree& group, OCIParam* pType, int nLevel);
+  void _CheckMember(CAdpTypeCheck& check, CAdpTree& member, const Column_Def& owner,
+                    OCIParam* pMember, int nLevel);
+  [[noreturn]] void _Misfit(const Column_Def& def, const Column_Def& owner);
 
  private:
   // Raises the adapter's -24 for a failed OCI call after its diagnostics
@@ -190,6 +203,10 @@ class CAdp : public VARNADP {
   OCIError* m_pErr;
   OCISvcCtx* m_pSvc;
   Column_Def* m_pLastColumnDef;
+  // The type the tree was last found to fit (NULL: not checked since it was
+  // built), and the depth of the group being built.
+  OCIType* m_pCheckedTdo;
+  int m_nBuildDepth;
   Column_Def m_RootDef;
   CAdpTree m_Tree;
   int m_bLobsPending;

@@ -69,6 +69,7 @@ void CAdp::_OraCreateObject(CAdpTree& node) {
     data.m_pInd = &data.m_nInd;
   }
   data.m_bCreated = 1;
+  data.m_bMadeInStruct = !_IsComplex(node) || (_IsTopLevel(node) && _IsColl(node)) ? 1 : 0;
   trace.SetRC(0);
 }
 
@@ -138,7 +139,7 @@ void CAdp::_OraDestroyObject(CAdpTree& node) {
   }
   if (data.m_bCreated) {
     _DeleteIteratorsIn(node);
-    if (!_IsComplex(node) || (_IsTopLevel(node) && _IsColl(node))) {
+    if (data.m_bMadeInStruct) {
       OCIObjectFree(m_pEnv, m_pErr, data.m_pStruct, OCI_OBJECTFREE_FORCE);
       data.m_pStruct = nullptr;
     } else {

@@ -1,6 +1,7 @@
 // The element tree: built from the host's flat definition list, one node per
 // attribute or collection item, and cut back to the items present.
 #include "adapter/adp.h"
+#include "interface/err_lookup.h"
 #include "interface/trace_func.h"
 
 namespace {
@@ -15,14 +16,31 @@ void CAdp::_BuildElementTree(CAdpTree& parent, Column_Def*& pDef) {
   while (pDef != nullptr) {
     const unsigned short nFlags = pDef->Flags;
     if ((nFlags & kGroupStart) == kGroupStart) {
+      // Every walk of the tree goes down one stack frame per level: the
+      // depth is bounded here, once, for all of them.
+      if (m_nBuildDepth == ADP_MAX_DEPTH) {
+        m_pTrace->Printf("*ERR: groups nested deeper than %d levels", ADP_MAX_DEPTH);
+        throw CKelException(KEL_ERR_ARGUMENT, "CAdp::_BuildElementTree", gAdpErrLookup,
+                            ADP_ERR_LOOKUP_COUNT);
+      }
+      const Column_Def* pGroup = pDef;
       CAdpTree& child = parent.NewAsLastChild();
       child.m_Data.m_pColumnDef = pDef;
       pDef = pDef->Next;
+      ++m_nBuildDepth;
       _BuildElementTree(child, pDef);
-      // The list is required to close every group it opens; a list that
-      // ends inside a group ends the building here instead of being followed
-      // past its end.
-      if (pDef == nullptr) break;
+      --m_nBuildDepth;
+      // The list is required to close every group it opens. One that ends
+      // inside a group (at its last record or at one without a definition)
+      // is refused rather than followed past its end.
+      if (pDef == nullptr || (pDef->Flags & kGroupEnd) != kGroupEnd) {
+        m_pTrace->Printf("*ERR: definition list ends inside the group of '%s'",
+                         pGroup->ColumnName != nullptr   ? pGroup->ColumnName
+                         : pGroup->TypeName != nullptr ? pGroup->TypeName
+                                                       : "");
+        throw CKelException(KEL_ERR_ARGUMENT, "CAdp::_BuildElementTree", gAdpErrLookup,
+                            ADP_ERR_LOOKUP_COUNT);
+      }
       pDef = pDef->Next;
       continue;
     }

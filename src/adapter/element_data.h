@@ -20,6 +20,7 @@ class CAdpElementData {
         m_bTopLevel(0),
         m_bCreated(0),
         m_bTdoPinned(0),
+        m_bMadeInStruct(0),
         m_pIter(nullptr),
         m_nReserved(0),
         m_nLobPos(0),
@@ -57,6 +58,7 @@ class CAdpElementData {
     m_pTdo = nullptr;
     m_bCreated = 0;
     m_bTdoPinned = 0;
+    m_bMadeInStruct = 0;
     m_pIter = nullptr;
     m_nReserved = 0;
   }
@@ -75,6 +77,10 @@ class CAdpElementData {
   signed int m_bTopLevel : 1;
   unsigned int m_bCreated : 1;
   unsigned int m_bTdoPinned : 1;
+  // Where the value made here is freed from: m_pStruct when set, else
+  // m_pField. Noted when the value is made, so that giving it back reads
+  // nothing of the definition list, which the host may have freed by then.
+  unsigned int m_bMadeInStruct : 1;
   OCIIter* m_pIter;
   long long m_nReserved;
   long m_nLobPos;

@@ -131,9 +131,10 @@ extern "C" int adpProcessBuffer(VARNADP* pCtx, CKelTrace* pTrace, const void** p
                                 int* pnLobsPending) {
   CKelTraceFunc trace(pTrace, "adpProcessStream", -2);
   try {
+    // A buffer that is not there but has bytes would be read through NULL.
     if (pCtx == nullptr || ppInstance == nullptr || ppIndicator == nullptr ||
         pnIndicator == nullptr || pType == nullptr || ppBuffer == nullptr ||
-        ppColumnDef == nullptr) {
+        ppColumnDef == nullptr || (*ppBuffer == nullptr && nSize != 0)) {
       throw ArgumentError("adpProcessStream");
     }
     CAdp* pAdp = AsAdp(pCtx);
@@ -187,7 +188,9 @@ int AdpProcessBuffer(VARNADP* pCtx, CKelTrace* pTrace, const void* pBuffer, unsi
   CKelTraceFunc trace(pTrace, "AdpProcessBuffer", -2);
   int bLobsPending = 0;
   try {
-    if (pCtx == nullptr || pType == nullptr) throw ArgumentError("AdpProcessBuffer");
+    if (pCtx == nullptr || pType == nullptr || (pBuffer == nullptr && nSize != 0)) {
+      throw ArgumentError("AdpProcessBuffer");
+    }
     CAdp* pAdp = AsAdp(pCtx);
     CKelStream& stream = pAdp->StreamFromBuffer(pBuffer, nSize);
     bLobsPending = pAdp->ProcessStream(pTrace, stream, pColumnDef, pEnv, pErr, pSvc, pInstance,

@@ -46,6 +46,8 @@ const char* FallbackText(int nStatus) {
 extern "C" int adpOraLogError(CKelTrace* pTrace, OCIEnv* pEnv, OCIError* pErr, OCISvcCtx* pSvc,
                               const char* pszOciFunc, int nStatus) {
   if (nStatus == OCI_SUCCESS) return 0;
+  // Printed as the C library prints a NULL string, without handing it one.
+  if (pszOciFunc == nullptr) pszOciFunc = "(null)";
 
   const char* pszLabel = StatusLabel(nStatus);
   void* pHandle = pErr != nullptr ? static_cast<void*>(pErr) : static_cast<void*>(pEnv);

@@ -518,8 +518,9 @@ class ReadTest : public AdapterTest {
     return out;
   }
 
-  // A Column_Def list that lives as long as the fixture: a context looks at
-  // the list its tree was built from until it is destroyed.
+  // A Column_Def list that lives as long as the fixture, so that no two
+  // lists of a test share an address: a context takes a list at the address
+  // of its last one for that list.
   DefList& NewList() {
     lists_.emplace_back();
     return lists_.back();
