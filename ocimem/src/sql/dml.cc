@@ -118,6 +118,13 @@ std::string VisibleLobBytes(const OCILobLocator& l, std::uint64_t txn) {
   return l.cell->data;
 }
 
+// Room for one more element, grown by doubling as push_back would (reserve alone grows
+// to the exact size asked, which would copy the list on every row).
+template <typename T>
+void RoomForOne(std::vector<T>* v) {
+  if (v->size() == v->capacity()) v->reserve(v->capacity() < 8 ? 8 : 2 * v->capacity());
+}
+
 // Gives every LOB of a value about to be stored a cell of its own in `record`'s row.
 void MaterializeLobs(const ExecContext& ctx, const ValueType& t, void* slot, OCIInd* ind,
                      const std::shared_ptr<RowRecord>& record) {
@@ -268,9 +275,9 @@ bool ExecuteInsert(const ExecContext& ctx, const InsertStatement& s, ExecResult*
   record->pending_key = std::move(key);
   // All or nothing: room is made first, so that only the indexes can fail for want of
   // memory once the row is in, and they take it out again.
-  ctx.session->txn->rows.reserve(ctx.session->txn->rows.size() + 1);
-  table->rows.reserve(table->rows.size() + 1);
-  result->returned.reserve(result->returned.size() + 1);
+  RoomForOne(&ctx.session->txn->rows);
+  RoomForOne(&table->rows);
+  RoomForOne(&result->returned);
   try {
     table->IndexRecord(record.get());
   } catch (...) {
