@@ -25,6 +25,13 @@ void ocimemFaultArm(const char *function, unsigned nth, sword status, const sb4 
 /* Disarms every fault and forgets every call count. */
 void ocimemFaultReset(void);
 
+/* Calls visit(block, arg) for every freed block the library keeps for reuse rather than
+ * giving back (of handles, descriptors, collections and other objects, got from operator
+ * new; of values, got from malloc: the calling thread's own and the shared ones), with the
+ * address the allocator returned.  A test that counts the blocks a call leaves behind
+ * tells these apart.  visit must not allocate or call the library. */
+void ocimemForEachKeptBlock(void (*visit)(void *block, void *arg), void *arg);
+
 #if defined(__GNUC__)
 #pragma GCC visibility pop
 #endif

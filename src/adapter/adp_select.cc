@@ -30,6 +30,8 @@ void CAdp::_OraSelectObject(const char* pszSelect) {
     _OraCheck(OCIStmtExecute(m_pSvc, pStmt, m_pErr, 1, 0, nullptr, nullptr, OCI_DEFAULT),
               "OCIStmtExecute", kFunc);
   } catch (...) {
+    // A fetch that failed may still have handed over an object: nobody else frees it.
+    if (pObject != nullptr) OCIObjectFree(m_pEnv, m_pErr, pObject, OCI_OBJECTFREE_FORCE);
     OCIHandleFree(pStmt, OCI_HTYPE_STMT);
     throw;
   }

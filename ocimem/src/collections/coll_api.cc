@@ -1,5 +1,6 @@
 // Collection and iterator calls of orl.h.
 #include <cstring>
+#include <memory>
 #include <new>
 #include <string>
 
@@ -18,10 +19,6 @@ sword IndexError(OCIError* err, long long index, long long low, long long high) 
                   " to " + Bracket(high));
 }
 
-sword NoMemory(OCIError* err) {
-  return Fail(err, 21500, "internal error code, arguments: [out of memory]");
-}
-
 // Stores the element given in by OCICollAppend/OCICollAssignElem at index i.
 sword StoreElement(Env* env, OCIError* err, OCIColl* coll, size_t i, const void* elem,
                    const void* elemind, int elem_position) {
@@ -30,7 +27,7 @@ sword StoreElement(Env* env, OCIError* err, OCIColl* coll, size_t i, const void*
   AssignResult r = AssignSlot(env, t, coll->ValueAt(i), elem);
   if (r == AssignResult::kBadValue) return FailArgument(err, elem_position);
   if (r == AssignResult::kNoMemory) {
-    return Fail(err, 21500, "internal error code, arguments: [out of memory]");
+    return OutOfMemory(err);
   }
   if (elemind == nullptr) {
     SetNullInfo(t, coll->IndAt(i), OCI_IND_NOTNULL);
@@ -53,7 +50,7 @@ sword StoreElement(Env* env, OCIError* err, OCIColl* coll, size_t i, const void*
 
 using namespace ocimem;
 
-sword OCICollSize(OCIEnv* envh, OCIError* err, const OCIColl* coll, sb4* size) {
+sword OCICollSize(OCIEnv* envh, OCIError* err, const OCIColl* coll, sb4* size) try {
   Env* env = nullptr;
   sword rc = EnterCollCall("OCICollSize", envh, err, &env);
   if (rc != OCI_SUCCESS) return rc;
@@ -62,18 +59,22 @@ sword OCICollSize(OCIEnv* envh, OCIError* err, const OCIColl* coll, sb4* size) {
   if (size == nullptr) return FailArgument(err, 4);
   *size = static_cast<sb4>(c->size());
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
-sb4 OCICollMax(OCIEnv* envh, const OCIColl* coll) {
+sb4 OCICollMax(OCIEnv* envh, const OCIColl* coll) try {
   sword rc;
   if (EnterNoErr("OCICollMax", &rc)) return rc;
   (void)envh;
   const OCIColl* c = AsColl(coll);
   if (c == nullptr || c->type->collection_typecode != OCI_TYPECODE_VARRAY) return 0;
   return c->type->max_elements;
+} catch (...) {
+  return 0;
 }
 
-sword OCICollTrim(OCIEnv* envh, OCIError* err, sb4 trim_num, OCIColl* coll) {
+sword OCICollTrim(OCIEnv* envh, OCIError* err, sb4 trim_num, OCIColl* coll) try {
   Env* env = nullptr;
   sword rc = EnterCollCall("OCICollTrim", envh, err, &env);
   if (rc != OCI_SUCCESS) return rc;
@@ -87,10 +88,12 @@ sword OCICollTrim(OCIEnv* envh, OCIError* err, sb4 trim_num, OCIColl* coll) {
   }
   c->TrimBack(static_cast<size_t>(trim_num));
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
 sword OCICollAppend(OCIEnv* envh, OCIError* err, const void* elem, const void* elemind,
-                    OCIColl* coll) {
+                    OCIColl* coll) try {
   Env* env = nullptr;
   sword rc = EnterCollCall("OCICollAppend", envh, err, &env);
   if (rc != OCI_SUCCESS) return rc;
@@ -104,7 +107,7 @@ sword OCICollAppend(OCIEnv* envh, OCIError* err, const void* elem, const void* e
   }
   // The element is copied straight into its block (what Grow and StoreElement make of it).
   unsigned char* block = c->NextFree();
-  if (block == nullptr) return NoMemory(err);
+  if (block == nullptr) return OutOfMemory(err);
   const ValueType& t = c->element_type();
   if (!ObjectValueFits(env, t, elem)) {
     c->Unused(block);
@@ -120,7 +123,7 @@ sword OCICollAppend(OCIEnv* envh, OCIError* err, const void* elem, const void* e
   if (r != AssignResult::kOk) {
     FreeSlot(t, block);
     c->Unused(block);
-    return r == AssignResult::kBadValue ? FailArgument(err, 3) : NoMemory(err);
+    return r == AssignResult::kBadValue ? FailArgument(err, 3) : OutOfMemory(err);
   }
   if (elemind == nullptr || elemind == ind) {
     SetNullInfo(t, ind, OCI_IND_NOTNULL);
@@ -129,10 +132,12 @@ sword OCICollAppend(OCIEnv* envh, OCIError* err, const void* elem, const void* e
   }
   c->Push();
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
 sword OCICollGetElem(OCIEnv* envh, OCIError* err, const OCIColl* coll, sb4 index,
-                     boolean* exists, void** elem, void** elemind) {
+                     boolean* exists, void** elem, void** elemind) try {
   Env* env = nullptr;
   sword rc = EnterCollCall("OCICollGetElem", envh, err, &env);
   if (rc != OCI_SUCCESS) return rc;
@@ -148,10 +153,12 @@ sword OCICollGetElem(OCIEnv* envh, OCIError* err, const OCIColl* coll, sb4 index
   *elem = c->ValueAt(static_cast<size_t>(index));
   if (elemind != nullptr) *elemind = c->IndAt(static_cast<size_t>(index));
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
 sword OCICollAssignElem(OCIEnv* envh, OCIError* err, sb4 index, const void* elem,
-                        const void* elemind, OCIColl* coll) {
+                        const void* elemind, OCIColl* coll) try {
   Env* env = nullptr;
   sword rc = EnterCollCall("OCICollAssignElem", envh, err, &env);
   if (rc != OCI_SUCCESS) return rc;
@@ -165,9 +172,11 @@ sword OCICollAssignElem(OCIEnv* envh, OCIError* err, sb4 index, const void* elem
   rc = StoreElement(env, err, c, i, elem, elemind, 4);
   if (rc == OCI_SUCCESS) c->FillHole(i);  // a deleted element is inserted again
   return rc;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
-sword OCICollAssign(OCIEnv* envh, OCIError* err, const OCIColl* rhs, OCIColl* lhs) {
+sword OCICollAssign(OCIEnv* envh, OCIError* err, const OCIColl* rhs, OCIColl* lhs) try {
   Env* env = nullptr;
   sword rc = EnterCollCall("OCICollAssign", envh, err, &env);
   if (rc != OCI_SUCCESS) return rc;
@@ -185,25 +194,29 @@ sword OCICollAssign(OCIEnv* envh, OCIError* err, const OCIColl* rhs, OCIColl* lh
       src->size() > static_cast<size_t>(type.max_elements)) {
     return Fail(err, 22909, "exceeded maximum VARRAY limit");
   }
-  return CopyCollection(env, *src, dst) ? OCI_SUCCESS : NoMemory(err);
+  return CopyCollection(env, *src, dst) ? OCI_SUCCESS : OutOfMemory(err);
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
-sword OCIIterCreate(OCIEnv* envh, OCIError* err, const OCIColl* coll, OCIIter** itr) {
+sword OCIIterCreate(OCIEnv* envh, OCIError* err, const OCIColl* coll, OCIIter** itr) try {
   Env* env = nullptr;
   sword rc = EnterCollCall("OCIIterCreate", envh, err, &env);
   if (rc != OCI_SUCCESS) return rc;
   OCIColl* c = AsColl(coll);
   if (c == nullptr) return FailArgument(err, 3);
   if (itr == nullptr) return FailArgument(err, 4);
-  auto* it = new (std::nothrow) OCIIter;
-  if (it == nullptr) return Fail(err, 21500, "internal error code, arguments: [out of memory]");
+  std::unique_ptr<OCIIter> it(new (std::nothrow) OCIIter);
+  if (it == nullptr) return OutOfMemory(err);
   it->coll = c;
-  c->Adopt(it);
-  *itr = it;
+  c->Adopt(it.get());
+  *itr = it.release();
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
-sword OCIIterInit(OCIEnv* envh, OCIError* err, const OCIColl* coll, OCIIter* itr) {
+sword OCIIterInit(OCIEnv* envh, OCIError* err, const OCIColl* coll, OCIIter* itr) try {
   Env* env = nullptr;
   sword rc = EnterCollCall("OCIIterInit", envh, err, &env);
   if (rc != OCI_SUCCESS) return rc;
@@ -213,16 +226,18 @@ sword OCIIterInit(OCIEnv* envh, OCIError* err, const OCIColl* coll, OCIIter* itr
   if (it == nullptr) return FailArgument(err, 4);
   if (it->coll != c) {
     // The iterator now goes with the collection it walks.
+    c->Adopt(it);  // first: when it cannot be, the iterator stays as it was
     it->coll->Disown(it);
-    c->Adopt(it);
     it->coll = c;
   }
   it->position = -1;
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
 sword OCIIterNext(OCIEnv* envh, OCIError* err, OCIIter* itr, void** elem, void** elemind,
-                  boolean* eoc) {
+                  boolean* eoc) try {
   Env* env = nullptr;
   sword rc = EnterCollCall("OCIIterNext", envh, err, &env);
   if (rc != OCI_SUCCESS) return rc;
@@ -241,9 +256,11 @@ sword OCIIterNext(OCIEnv* envh, OCIError* err, OCIIter* itr, void** elem, void**
   if (elemind != nullptr) *elemind = it->coll->IndAt(next);
   *eoc = FALSE;
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
-sword OCIIterDelete(OCIEnv* envh, OCIError* err, OCIIter** itr) {
+sword OCIIterDelete(OCIEnv* envh, OCIError* err, OCIIter** itr) try {
   Env* env = nullptr;
   sword rc = EnterCollCall("OCIIterDelete", envh, err, &env);
   if (rc != OCI_SUCCESS) return rc;
@@ -255,4 +272,6 @@ sword OCIIterDelete(OCIEnv* envh, OCIError* err, OCIIter** itr) {
   delete it;
   *itr = nullptr;
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }

@@ -6,10 +6,6 @@
 namespace ocimem {
 namespace {
 
-sword NoMemory(OCIError* err) {
-  return Fail(err, 21500, "internal error code, arguments: [out of memory]");
-}
-
 sword Resize(const char* function, OCIEnv* envh, OCIError* err, ub4 new_size, void** value) {
   sword rc;
   if (Enter(function, err, &rc)) return rc;
@@ -25,7 +21,7 @@ sword Resize(const char* function, OCIEnv* envh, OCIError* err, ub4 new_size, vo
     }
     return OCI_SUCCESS;
   }
-  return ResizeVarBlock(env, new_size, value) ? OCI_SUCCESS : NoMemory(err);
+  return ResizeVarBlock(env, new_size, value) ? OCI_SUCCESS : OutOfMemory(err);
 }
 
 sword Assign(const char* function, OCIEnv* envh, OCIError* err, const void* bytes, ub4 length,
@@ -36,7 +32,7 @@ sword Assign(const char* function, OCIEnv* envh, OCIError* err, const void* byte
   if ((rc = CheckObjectEnv(envh, err, &env)) != OCI_SUCCESS) return rc;
   if (bytes == nullptr && length > 0) return FailArgument(err, bytes_position);
   if (value == nullptr) return FailArgument(err, bytes_position + 2);
-  return AssignVarBlock(env, bytes, length, value) ? OCI_SUCCESS : NoMemory(err);
+  return AssignVarBlock(env, bytes, length, value) ? OCI_SUCCESS : OutOfMemory(err);
 }
 
 }  // namespace
@@ -44,26 +40,34 @@ sword Assign(const char* function, OCIEnv* envh, OCIError* err, const void* byte
 
 using namespace ocimem;
 
-ub4 OCIStringSize(OCIEnv* env, const OCIString* vs) {
+ub4 OCIStringSize(OCIEnv* env, const OCIString* vs) try {
   (void)env;
   return vs == nullptr ? 0 : VarLength(vs);
+} catch (...) {
+  return 0;
 }
 
-oratext* OCIStringPtr(OCIEnv* env, const OCIString* vs) {
+oratext* OCIStringPtr(OCIEnv* env, const OCIString* vs) try {
   (void)env;
   return vs == nullptr ? nullptr : VarBytes(vs);
+} catch (...) {
+  return nullptr;
 }
 
-sword OCIStringResize(OCIEnv* env, OCIError* err, ub4 new_size, OCIString** str) {
+sword OCIStringResize(OCIEnv* env, OCIError* err, ub4 new_size, OCIString** str) try {
   return Resize("OCIStringResize", env, err, new_size, reinterpret_cast<void**>(str));
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
 sword OCIStringAssignText(OCIEnv* env, OCIError* err, const oratext* rhs, ub4 rhs_len,
-                          OCIString** lhs) {
+                          OCIString** lhs) try {
   return Assign("OCIStringAssignText", env, err, rhs, rhs_len, 3, reinterpret_cast<void**>(lhs));
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
-sword OCIStringAssign(OCIEnv* envh, OCIError* err, const OCIString* rhs, OCIString** lhs) {
+sword OCIStringAssign(OCIEnv* envh, OCIError* err, const OCIString* rhs, OCIString** lhs) try {
   sword rc;
   if (Enter("OCIStringAssign", err, &rc)) return rc;
   Env* env = nullptr;
@@ -72,23 +76,33 @@ sword OCIStringAssign(OCIEnv* envh, OCIError* err, const OCIString* rhs, OCIStri
   if (lhs == nullptr) return FailArgument(err, 4);
   void** value = reinterpret_cast<void**>(lhs);
   return AssignVarBlock(env, VarBytes(rhs), VarLength(rhs), value) ? OCI_SUCCESS
-                                                                  : NoMemory(err);
+                                                                  : OutOfMemory(err);
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
-ub4 OCIRawSize(OCIEnv* env, const OCIRaw* raw) {
+ub4 OCIRawSize(OCIEnv* env, const OCIRaw* raw) try {
   (void)env;
   return raw == nullptr ? 0 : VarLength(raw);
+} catch (...) {
+  return 0;
 }
 
-ub1* OCIRawPtr(OCIEnv* env, const OCIRaw* raw) {
+ub1* OCIRawPtr(OCIEnv* env, const OCIRaw* raw) try {
   (void)env;
   return raw == nullptr ? nullptr : VarBytes(raw);
+} catch (...) {
+  return nullptr;
 }
 
-sword OCIRawResize(OCIEnv* env, OCIError* err, ub4 new_size, OCIRaw** raw) {
+sword OCIRawResize(OCIEnv* env, OCIError* err, ub4 new_size, OCIRaw** raw) try {
   return Resize("OCIRawResize", env, err, new_size, reinterpret_cast<void**>(raw));
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
-sword OCIRawAssignBytes(OCIEnv* env, OCIError* err, const ub1* rhs, ub4 rhs_len, OCIRaw** lhs) {
+sword OCIRawAssignBytes(OCIEnv* env, OCIError* err, const ub1* rhs, ub4 rhs_len, OCIRaw** lhs) try {
   return Assign("OCIRawAssignBytes", env, err, rhs, rhs_len, 3, reinterpret_cast<void**>(lhs));
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }

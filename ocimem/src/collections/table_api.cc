@@ -42,7 +42,7 @@ sword FailEmpty(OCIError* err) { return Fail(err, 22166, "collection is empty");
 
 using namespace ocimem;
 
-sword OCITableSize(OCIEnv* envh, OCIError* err, const OCITable* tbl, sb4* size) {
+sword OCITableSize(OCIEnv* envh, OCIError* err, const OCITable* tbl, sb4* size) try {
   sword rc = EnterTableCall("OCITableSize", envh, err);
   if (rc != OCI_SUCCESS) return rc;
   const OCIColl* c = AsColl(tbl);
@@ -50,10 +50,12 @@ sword OCITableSize(OCIEnv* envh, OCIError* err, const OCITable* tbl, sb4* size) 
   if (size == nullptr) return FailArgument(err, 4);
   *size = static_cast<sb4>(c->live_count());
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
 sword OCITableExists(OCIEnv* envh, OCIError* err, const OCITable* tbl, sb4 index,
-                     boolean* exists) {
+                     boolean* exists) try {
   sword rc = EnterTableCall("OCITableExists", envh, err);
   if (rc != OCI_SUCCESS) return rc;
   const OCIColl* c = AsColl(tbl);
@@ -61,9 +63,11 @@ sword OCITableExists(OCIEnv* envh, OCIError* err, const OCITable* tbl, sb4 index
   if (exists == nullptr) return FailArgument(err, 5);
   *exists = index >= 0 && c->Exists(static_cast<size_t>(index)) ? TRUE : FALSE;
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
-sword OCITableDelete(OCIEnv* envh, OCIError* err, sb4 index, OCITable* tbl) {
+sword OCITableDelete(OCIEnv* envh, OCIError* err, sb4 index, OCITable* tbl) try {
   sword rc = EnterTableCall("OCITableDelete", envh, err);
   if (rc != OCI_SUCCESS) return rc;
   OCIColl* c = AsColl(tbl);
@@ -81,12 +85,14 @@ sword OCITableDelete(OCIEnv* envh, OCIError* err, sb4 index, OCITable* tbl) {
     return Fail(err, 22162, "element at index " + Bracket(index) + " has been previously deleted");
   }
   if (!c->MakeHole(static_cast<size_t>(index))) {
-    return Fail(err, 21500, "internal error code, arguments: [out of memory]");
+    return OutOfMemory(err);
   }
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
-sword OCITableFirst(OCIEnv* envh, OCIError* err, const OCITable* tbl, sb4* index) {
+sword OCITableFirst(OCIEnv* envh, OCIError* err, const OCITable* tbl, sb4* index) try {
   sword rc = EnterTableCall("OCITableFirst", envh, err);
   if (rc != OCI_SUCCESS) return rc;
   const OCIColl* c = AsColl(tbl);
@@ -96,9 +102,11 @@ sword OCITableFirst(OCIEnv* envh, OCIError* err, const OCITable* tbl, sb4* index
   if (first < 0) return FailEmpty(err);
   *index = static_cast<sb4>(first);
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
-sword OCITableLast(OCIEnv* envh, OCIError* err, const OCITable* tbl, sb4* index) {
+sword OCITableLast(OCIEnv* envh, OCIError* err, const OCITable* tbl, sb4* index) try {
   sword rc = EnterTableCall("OCITableLast", envh, err);
   if (rc != OCI_SUCCESS) return rc;
   const OCIColl* c = AsColl(tbl);
@@ -108,10 +116,12 @@ sword OCITableLast(OCIEnv* envh, OCIError* err, const OCITable* tbl, sb4* index)
   if (last < 0) return FailEmpty(err);
   *index = static_cast<sb4>(last);
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
 sword OCITableNext(OCIEnv* envh, OCIError* err, sb4 index, const OCITable* tbl,
-                   sb4* next_index, boolean* exists) {
+                   sb4* next_index, boolean* exists) try {
   sword rc = EnterTableCall("OCITableNext", envh, err);
   if (rc != OCI_SUCCESS) return rc;
   const OCIColl* c = AsColl(tbl);
@@ -126,10 +136,12 @@ sword OCITableNext(OCIEnv* envh, OCIError* err, sb4 index, const OCITable* tbl,
   *next_index = static_cast<sb4>(next);
   *exists = TRUE;
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
 sword OCITablePrev(OCIEnv* envh, OCIError* err, sb4 index, const OCITable* tbl,
-                   sb4* prev_index, boolean* exists) {
+                   sb4* prev_index, boolean* exists) try {
   sword rc = EnterTableCall("OCITablePrev", envh, err);
   if (rc != OCI_SUCCESS) return rc;
   const OCIColl* c = AsColl(tbl);
@@ -144,4 +156,6 @@ sword OCITablePrev(OCIEnv* envh, OCIError* err, sb4 index, const OCITable* tbl,
   *prev_index = static_cast<sb4>(prev);
   *exists = TRUE;
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }

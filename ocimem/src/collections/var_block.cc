@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <mutex>
 #include <unordered_set>
 
@@ -104,9 +105,11 @@ bool ResizeVarBlock(Env* env, ub4 length, void** value) {
     SetLength(*value, length);
     return true;
   }
-  void* fresh = Allocate(length);
+  // Until it replaces *value, the new block is this call's: a registration that throws
+  // for want of memory frees it (and takes it off the loose values if it got there).
+  std::unique_ptr<void, void (*)(void*)> fresh(Allocate(length), FreeVarBlock);
   if (fresh == nullptr) return false;
-  SetLength(fresh, length);
+  SetLength(fresh.get(), length);
   void* old = *value;
   // A value made here from nothing, or moved from one that was, belongs to the environment
   // until it is freed: a caller's own OCIString* variable is never freed by anyone else.
@@ -115,18 +118,16 @@ bool ResizeVarBlock(Env* env, ub4 length, void** value) {
                                                       : nullptr;
   if (owner != nullptr) {
     std::lock_guard<std::mutex> lock(owner->registry_mutex);
-    owner->loose_values.insert(fresh);
-    PrefixOf(fresh)->flags |= kLoose;
-    PrefixOf(fresh)->owner = owner;
+    owner->loose_values.insert(fresh.get());
+    PrefixOf(fresh.get())->flags |= kLoose;
+    PrefixOf(fresh.get())->owner = owner;
   }
-  if (old != nullptr) {
-    if ((PrefixOf(old)->flags & kStandalone) != 0) {
-      MarkStandalone(fresh, true);
-      RekeyInstance(env, old, fresh);
-    }
-    FreeVarBlock(old);
+  if (old != nullptr && (PrefixOf(old)->flags & kStandalone) != 0) {
+    MarkStandalone(fresh.get(), true);
+    RekeyInstance(env, old, fresh.get());  // all or nothing
   }
-  *value = fresh;
+  FreeVarBlock(old);
+  *value = fresh.release();
   return true;
 }
 

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <set>
 
 #include "collections/coll.h"
@@ -22,16 +23,16 @@ ValueType RowValueType(const std::shared_ptr<OCIType>& type) {
 }
 
 std::shared_ptr<RowData> AllocRow(const std::shared_ptr<OCIType>& type, bool not_null) {
-  void* value = std::calloc(1, type->size == 0 ? 1 : type->size);
-  auto* ind = static_cast<OCIInd*>(std::calloc(1, type->ind_size));
-  if (value == nullptr || ind == nullptr) {
-    std::free(value);
-    std::free(ind);
-    return nullptr;
-  }
-  auto row = std::make_shared<RowData>(type, value, ind);
-  InitSlot(nullptr, RowValueType(type), value, ind, not_null);
-  ind[0] = OCI_IND_NOTNULL;  // a row exists; only its columns can be NULL
+  // Owned here until the row owns them: making the row may throw for want of memory.
+  std::unique_ptr<void, void (*)(void*)> value(std::calloc(1, type->size == 0 ? 1 : type->size),
+                                               std::free);
+  std::unique_ptr<void, void (*)(void*)> ind(std::calloc(1, type->ind_size), std::free);
+  if (value == nullptr || ind == nullptr) return nullptr;
+  auto row = std::make_shared<RowData>(type, value.get(), static_cast<OCIInd*>(ind.get()));
+  value.release();
+  ind.release();
+  InitSlot(nullptr, RowValueType(type), row->value, row->ind, not_null);
+  row->ind[0] = OCI_IND_NOTNULL;  // a row exists; only its columns can be NULL
   return row;
 }
 

@@ -57,7 +57,7 @@ sword PutRefTdo(const OCIParam& p, const std::shared_ptr<OCIType>& type, void* a
   if (!type) return IllegalAttribute(err);
   if (!p.ref_tdo) {
     p.ref_tdo.reset(new (std::nothrow) OCIRef);
-    if (!p.ref_tdo) return Fail(err, 21500, "internal error code, arguments: [out of memory]");
+    if (!p.ref_tdo) return OutOfMemory(err);
     p.ref_tdo->tdo = type.get();
   }
   return PutAttr<OCIRef*>(attributep, sizep, p.ref_tdo.get());
@@ -109,7 +109,7 @@ sword DescribeAttrGet(const void* target, ub4 target_type, void* attributep, ub4
 using namespace ocimem;
 
 sword OCIDescribeAny(OCISvcCtx* svchp, OCIError* errhp, void* objptr, ub4 objnm_len,
-                     ub1 objptr_typ, ub1 info_level, ub1 objtyp, OCIDescribe* dschp) {
+                     ub1 objptr_typ, ub1 info_level, ub1 objtyp, OCIDescribe* dschp) try {
   (void)info_level;  // reserved
   sword rc;
   if (Enter("OCIDescribeAny", errhp, &rc)) return rc;
@@ -174,9 +174,11 @@ sword OCIDescribeAny(OCISvcCtx* svchp, OCIError* errhp, void* objptr, ub4 objnm_
   top->top = true;
   d->top = std::move(top);
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }
 
-sword OCIParamGet(const void* hndlp, ub4 htype, OCIError* errhp, void** parmdpp, ub4 pos) {
+sword OCIParamGet(const void* hndlp, ub4 htype, OCIError* errhp, void** parmdpp, ub4 pos) try {
   sword rc;
   if (Enter("OCIParamGet", errhp, &rc)) return rc;
   if (htype == OCI_HTYPE_STMT) {
@@ -192,4 +194,6 @@ sword OCIParamGet(const void* hndlp, ub4 htype, OCIError* errhp, void** parmdpp,
   if (pos == 0 || pos > p->items.size()) return OCI_NO_DATA;
   *parmdpp = p->items[pos - 1].get();
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }

@@ -48,30 +48,38 @@ sword Trim(const char* function, OCISvcCtx* svchp, OCIError* errhp, OCILobLocato
 
 using namespace ocimem;
 
-sword OCILobGetLength(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp, ub4* lenp) {
+sword OCILobGetLength(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp, ub4* lenp) try {
   std::uint64_t length = 0;
   sword rc = GetLength("OCILobGetLength", svchp, errhp, locp, lenp != nullptr, &length);
   if (rc == OCI_SUCCESS) *lenp = static_cast<ub4>(length);
   return rc;
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }
 
-sword OCILobGetLength2(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp, oraub8* lenp) {
+sword OCILobGetLength2(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp, oraub8* lenp) try {
   std::uint64_t length = 0;
   sword rc = GetLength("OCILobGetLength2", svchp, errhp, locp, lenp != nullptr, &length);
   if (rc == OCI_SUCCESS) *lenp = length;
   return rc;
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }
 
-sword OCILobTrim(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp, ub4 newlen) {
+sword OCILobTrim(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp, ub4 newlen) try {
   return Trim("OCILobTrim", svchp, errhp, locp, newlen);
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }
 
-sword OCILobTrim2(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp, oraub8 newlen) {
+sword OCILobTrim2(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp, oraub8 newlen) try {
   return Trim("OCILobTrim2", svchp, errhp, locp, newlen);
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }
 
 sword OCILobCreateTemporary(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp, ub2 csid,
-                            ub1 csfrm, ub1 lobtype, boolean cache, OCIDuration duration) {
+                            ub1 csfrm, ub1 lobtype, boolean cache, OCIDuration duration) try {
   (void)csid;
   (void)cache;
   (void)duration;  // the LOB lives until freed or until its locator goes
@@ -92,9 +100,11 @@ sword OCILobCreateTemporary(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* lo
   l->write = LobPiecewise();
   l->read = LobStreamRead();
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }
 
-sword OCILobFreeTemporary(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp) {
+sword OCILobFreeTemporary(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp) try {
   sword rc;
   if (Enter("OCILobFreeTemporary", errhp, &rc)) return rc;
   SvcCtx* svc = AsSvcCtx(svchp);
@@ -106,9 +116,12 @@ sword OCILobFreeTemporary(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp
   l->write = LobPiecewise();
   l->read = LobStreamRead();
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }
 
-sword OCILobIsTemporary(OCIEnv* envp, OCIError* errhp, OCILobLocator* locp, boolean* is_temporary) {
+sword OCILobIsTemporary(OCIEnv* envp, OCIError* errhp, OCILobLocator* locp,
+                        boolean* is_temporary) try {
   sword rc;
   if (Enter("OCILobIsTemporary", errhp, &rc)) return rc;
   if (AsEnv(envp) == nullptr) return OCI_INVALID_HANDLE;
@@ -117,10 +130,12 @@ sword OCILobIsTemporary(OCIEnv* envp, OCIError* errhp, OCILobLocator* locp, bool
   if (is_temporary == nullptr) return FailArgument(errhp, 4);
   *is_temporary = l->state == LobState::kTemporary ? TRUE : FALSE;
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }
 
 sword OCILobLocatorAssign(OCISvcCtx* svchp, OCIError* errhp, const OCILobLocator* src_locp,
-                          OCILobLocator** dst_locpp) {
+                          OCILobLocator** dst_locpp) try {
   sword rc;
   if (Enter("OCILobLocatorAssign", errhp, &rc)) return rc;
   SvcCtx* svc = AsSvcCtx(svchp);
@@ -137,4 +152,6 @@ sword OCILobLocatorAssign(OCISvcCtx* svchp, OCIError* errhp, const OCILobLocator
     dst->cell = std::move(cell);
   }
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }

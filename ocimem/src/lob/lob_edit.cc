@@ -105,7 +105,7 @@ sword Erase(const char* function, OCISvcCtx* svchp, OCIError* errhp, OCILobLocat
 using namespace ocimem;
 
 sword OCILobAppend(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* dst_locp,
-                   OCILobLocator* src_locp) {
+                   OCILobLocator* src_locp) try {
   TwoLobs t;
   sword rc = EnterTwo("OCILobAppend", svchp, errhp, dst_locp, src_locp, &t);
   if (rc != OCI_SUCCESS) return rc;
@@ -123,30 +123,41 @@ sword OCILobAppend(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* dst_locp,
   }
   content->append(source);
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }
 
 sword OCILobCopy(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* dst_locp,
-                 OCILobLocator* src_locp, ub4 amount, ub4 dst_offset, ub4 src_offset) {
+                 OCILobLocator* src_locp, ub4 amount, ub4 dst_offset, ub4 src_offset) try {
   return Copy("OCILobCopy", svchp, errhp, dst_locp, src_locp, amount, dst_offset, src_offset);
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }
 
 sword OCILobCopy2(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* dst_locp,
-                  OCILobLocator* src_locp, oraub8 amount, oraub8 dst_offset, oraub8 src_offset) {
+                  OCILobLocator* src_locp, oraub8 amount, oraub8 dst_offset,
+                  oraub8 src_offset) try {
   return Copy("OCILobCopy2", svchp, errhp, dst_locp, src_locp, amount, dst_offset, src_offset);
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }
 
 sword OCILobErase(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp, ub4* amount,
-                  ub4 offset) {
+                  ub4 offset) try {
   std::uint64_t n = amount != nullptr ? *amount : 0;
   sword rc = Erase("OCILobErase", svchp, errhp, locp, amount != nullptr, &n, offset);
   if (rc == OCI_SUCCESS) *amount = static_cast<ub4>(n);
   return rc;
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }
 
 sword OCILobErase2(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp, oraub8* amount,
-                   oraub8 offset) {
+                   oraub8 offset) try {
   std::uint64_t n = amount != nullptr ? *amount : 0;
   sword rc = Erase("OCILobErase2", svchp, errhp, locp, amount != nullptr, &n, offset);
   if (rc == OCI_SUCCESS) *amount = n;
   return rc;
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }

@@ -48,7 +48,7 @@ sword OpenLobsAtCommit(OCIError* err) {
 
 using namespace ocimem;
 
-sword OCILobOpen(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp, ub1 mode) {
+sword OCILobOpen(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp, ub1 mode) try {
   SvcCtx* svc = nullptr;
   OCILobLocator* l = nullptr;
   sword rc = EnterOpenCall("OCILobOpen", svchp, errhp, locp, &svc, &l);
@@ -80,9 +80,11 @@ sword OCILobOpen(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp, ub1 mod
   }
   openings.push_back(opening);
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }
 
-sword OCILobClose(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp) {
+sword OCILobClose(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp) try {
   SvcCtx* svc = nullptr;
   OCILobLocator* l = nullptr;
   sword rc = EnterOpenCall("OCILobClose", svchp, errhp, locp, &svc, &l);
@@ -97,9 +99,11 @@ sword OCILobClose(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp) {
   std::vector<LobOpening>& openings = l->cell->openings;
   openings.erase(openings.begin() + (opening - openings.data()));
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }
 
-sword OCILobIsOpen(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp, boolean* flag) {
+sword OCILobIsOpen(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp, boolean* flag) try {
   SvcCtx* svc = nullptr;
   OCILobLocator* l = nullptr;
   sword rc = EnterOpenCall("OCILobIsOpen", svchp, errhp, locp, &svc, &l);
@@ -108,9 +112,11 @@ sword OCILobIsOpen(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp, boole
   LobLock lock(*l);
   *flag = OpeningOf(svc, *l) != nullptr ? TRUE : FALSE;
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }
 
-sword OCILobCharSetForm(OCIEnv* envhp, OCIError* errhp, const OCILobLocator* locp, ub1* csfrm) {
+sword OCILobCharSetForm(OCIEnv* envhp, OCIError* errhp, const OCILobLocator* locp, ub1* csfrm) try {
   sword rc;
   if (Enter("OCILobCharSetForm", errhp, &rc)) return rc;
   if (AsEnv(envhp) == nullptr) return OCI_INVALID_HANDLE;
@@ -126,9 +132,11 @@ sword OCILobCharSetForm(OCIEnv* envhp, OCIError* errhp, const OCILobLocator* loc
   if (l->state == LobState::kUnset) return InvalidLocator(errhp);
   *csfrm = CharsetFormOf(l->lob_type, l->csfrm);
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }
 
-sword OCILobCharSetId(OCIEnv* envhp, OCIError* errhp, const OCILobLocator* locp, ub2* csid) {
+sword OCILobCharSetId(OCIEnv* envhp, OCIError* errhp, const OCILobLocator* locp, ub2* csid) try {
   sword rc;
   if (Enter("OCILobCharSetId", errhp, &rc)) return rc;
   if (AsEnv(envhp) == nullptr) return OCI_INVALID_HANDLE;
@@ -143,10 +151,12 @@ sword OCILobCharSetId(OCIEnv* envhp, OCIError* errhp, const OCILobLocator* locp,
   // AL32UTF8 for CLOBs, AL16UTF16 for NCLOBs, as the describe calls report.
   *csid = l->csfrm == SQLCS_NCHAR ? ub2{2000} : ub2{873};
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }
 
 sword OCILobGetChunkSize(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp,
-                         ub4* chunksizep) {
+                         ub4* chunksizep) try {
   sword rc;
   if (Enter("OCILobGetChunkSize", errhp, &rc)) return rc;
   if (AsSvcCtx(svchp) == nullptr) return OCI_INVALID_HANDLE;
@@ -156,4 +166,6 @@ sword OCILobGetChunkSize(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp,
   // decision LB9: an 8 KB block's usable chunk, in bytes for a BLOB, characters for a CLOB
   *chunksizep = IsClob(*l) ? kChunkChars : kChunkBytes;
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }

@@ -157,7 +157,8 @@ sword ReadLob(OCIError* err, SvcCtx* svc, OCILobLocator* l, const ReadRequest& r
 using namespace ocimem;
 
 sword OCILobRead(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp, ub4* amtp, ub4 offset,
-                 void* bufp, ub4 bufl, void* ctxp, OCICallbackLobRead cbfp, ub2 csid, ub1 csfrm) {
+                 void* bufp, ub4 bufl, void* ctxp, OCICallbackLobRead cbfp, ub2 csid,
+                 ub1 csfrm) try {
   (void)csid;  // the client character set, UTF-8
   SvcCtx* svc = nullptr;
   OCILobLocator* l = nullptr;
@@ -187,11 +188,13 @@ sword OCILobRead(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp, ub4* am
   rc = ReadLob(errhp, svc, l, r, &out);
   *amtp = static_cast<ub4>(out.bytes);
   return rc;
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }
 
 sword OCILobRead2(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp, oraub8* byte_amtp,
                   oraub8* char_amtp, oraub8 offset, void* bufp, oraub8 bufl, ub1 piece,
-                  void* ctxp, OCICallbackLobRead2 cbfp, ub2 csid, ub1 csfrm) {
+                  void* ctxp, OCICallbackLobRead2 cbfp, ub2 csid, ub1 csfrm) try {
   (void)csid;
   SvcCtx* svc = nullptr;
   OCILobLocator* l = nullptr;
@@ -236,4 +239,6 @@ sword OCILobRead2(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp, oraub8
     r.mode = ReadMode::kPoll;
   }
   return report(ReadLob(errhp, svc, l, r, &out));
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }

@@ -224,7 +224,7 @@ using namespace ocimem;
 
 sword OCILobWrite(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp, ub4* amtp, ub4 offset,
                   void* bufp, ub4 buflen, ub1 piece, void* ctxp, OCICallbackLobWrite cbfp, ub2 csid,
-                  ub1 csfrm) {
+                  ub1 csfrm) try {
   (void)csid;  // the client character set, UTF-8
   SvcCtx* svc = nullptr;
   OCILobLocator* l = nullptr;
@@ -236,11 +236,13 @@ sword OCILobWrite(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp, ub4* a
   r.len = buflen;
   r.piece = piece;
   return WriteV1(errhp, svc, l, amtp, r, ctxp, cbfp);
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }
 
 sword OCILobWriteAppend(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* lobp, ub4* amtp,
                         void* bufp, ub4 bufl, ub1 piece, void* ctxp, OCICallbackLobWrite cbfp,
-                        ub2 csid, ub1 csfrm) {
+                        ub2 csid, ub1 csfrm) try {
   (void)csid;
   SvcCtx* svc = nullptr;
   OCILobLocator* l = nullptr;
@@ -253,11 +255,13 @@ sword OCILobWriteAppend(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* lobp, 
   r.len = bufl;
   r.piece = piece;
   return WriteV1(errhp, svc, l, amtp, r, ctxp, cbfp);
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }
 
 sword OCILobWrite2(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp, oraub8* byte_amtp,
                    oraub8* char_amtp, oraub8 offset, void* bufp, oraub8 buflen, ub1 piece,
-                   void* ctxp, OCICallbackLobWrite2 cbfp, ub2 csid, ub1 csfrm) {
+                   void* ctxp, OCICallbackLobWrite2 cbfp, ub2 csid, ub1 csfrm) try {
   (void)csid;
   SvcCtx* svc = nullptr;
   OCILobLocator* l = nullptr;
@@ -296,4 +300,6 @@ sword OCILobWrite2(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp, oraub
     if (char_amtp != nullptr && clob) *char_amtp = out.polled ? out.piece_chars : out.total_chars;
   }
   return rc;
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }

@@ -20,7 +20,13 @@ size_t RoundUp(size_t n, size_t align) { return (n + align - 1) / align * align;
 Instance* Register(Env* env, std::unique_ptr<Instance> instance) {
   Instance* raw = instance.get();
   std::lock_guard<std::mutex> lock(env->registry_mutex);
-  env->instances[raw->value] = std::move(instance);
+  try {
+    env->instances[raw->value] = std::move(instance);
+  } catch (...) {
+    // No room in the registry: the instance was never the caller's.
+    FreeInstanceMemory(raw);
+    throw;
+  }
   return raw;
 }
 
@@ -139,12 +145,14 @@ void DestroyInstance(Env* env, void* value) {
 void RekeyInstance(Env* env, void* old_value, void* new_value) {
   if (env == nullptr) return;
   std::lock_guard<std::mutex> lock(env->registry_mutex);
+  if (env->instances.count(old_value) == 0) return;
+  // The new key's entry is made first, the only step that allocates: when it throws,
+  // the instance is still registered under its old value.
+  std::unique_ptr<Instance>& slot = env->instances[new_value];
   auto it = env->instances.find(old_value);
-  if (it == env->instances.end()) return;
-  std::unique_ptr<Instance> instance = std::move(it->second);
+  slot = std::move(it->second);
+  slot->value = new_value;
   env->instances.erase(it);
-  instance->value = new_value;
-  env->instances[new_value] = std::move(instance);
 }
 
 void ForgetInstance(Env* env, void* value) {

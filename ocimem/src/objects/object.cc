@@ -103,7 +103,7 @@ using namespace ocimem;
 
 sword OCIObjectNew(OCIEnv* envh, OCIError* err, const OCISvcCtx* svc, OCITypeCode typecode,
                    OCIType* tdo, void* table, OCIDuration duration, boolean value,
-                   void** instance) {
+                   void** instance) try {
   (void)svc;       // only ties the duration to a service
   (void)table;     // no persistent objects: every instance is a value
   (void)duration;  // values live until freed or until their environment goes
@@ -138,12 +138,14 @@ sword OCIObjectNew(OCIEnv* envh, OCIError* err, const OCISvcCtx* svc, OCITypeCod
     }
     made = NewValueInstance(env, t);
   }
-  if (made == nullptr) return Fail(err, 21500, "internal error code, arguments: [out of memory]");
+  if (made == nullptr) return OutOfMemory(err);
   *instance = made->value;
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
-sword OCIObjectGetInd(OCIEnv* envh, OCIError* err, void* instance, void** null_struct) {
+sword OCIObjectGetInd(OCIEnv* envh, OCIError* err, void* instance, void** null_struct) try {
   sword rc;
   if (Enter("OCIObjectGetInd", err, &rc)) return rc;
   Env* env = nullptr;
@@ -157,11 +159,13 @@ sword OCIObjectGetInd(OCIEnv* envh, OCIError* err, void* instance, void** null_s
   }
   *null_struct = found->null_struct;
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
 sword OCIObjectCopy(OCIEnv* envh, OCIError* err, const OCISvcCtx* svc, void* source,
                     void* null_source, void* target, void* null_target, OCIType* tdo,
-                    OCIDuration duration, ub1 option) {
+                    OCIDuration duration, ub1 option) try {
   (void)svc;
   (void)duration;
   sword rc;
@@ -183,15 +187,17 @@ sword OCIObjectCopy(OCIEnv* envh, OCIError* err, const OCISvcCtx* svc, void* sou
   AssignResult r = AssignSlot(env, t, target, source);
   if (r == AssignResult::kBadValue) return FailArgument(err, 4);
   if (r == AssignResult::kNoMemory) {
-    return Fail(err, 21500, "internal error code, arguments: [out of memory]");
+    return OutOfMemory(err);
   }
   if (null_target != null_source) std::memmove(null_target, null_source, type->ind_size);
   NullLobsAndRefs(*type, static_cast<OCIInd*>(null_target),
                   (option & OCI_OBJECTCOPY_NOREF) != 0);
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
-sword OCIObjectFree(OCIEnv* envh, OCIError* err, void* instance, ub2 flags) {
+sword OCIObjectFree(OCIEnv* envh, OCIError* err, void* instance, ub2 flags) try {
   sword rc;
   if (Enter("OCIObjectFree", err, &rc)) return rc;
   Env* env = nullptr;
@@ -205,9 +211,11 @@ sword OCIObjectFree(OCIEnv* envh, OCIError* err, void* instance, ub2 flags) {
   }
   FreeInstanceMemory(found.get());
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
-sword OCIObjectUnpin(OCIEnv* envh, OCIError* err, void* object) {
+sword OCIObjectUnpin(OCIEnv* envh, OCIError* err, void* object) try {
   sword rc;
   if (Enter("OCIObjectUnpin", err, &rc)) return rc;
   Env* env = nullptr;
@@ -225,4 +233,6 @@ sword OCIObjectUnpin(OCIEnv* envh, OCIError* err, void* object) {
     }
   } while (!type->pins.compare_exchange_weak(pins, pins - 1));
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }

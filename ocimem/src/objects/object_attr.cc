@@ -62,7 +62,7 @@ sword OCIObjectGetAttr(OCIEnv* envh, OCIError* err, void* instance, void* null_s
                        struct OCIType* tdo, const oratext** names, const ub4* lengths,
                        const ub4 name_count, const ub4* indexes, const ub4 index_count,
                        OCIInd* attr_null_status, void** attr_null_struct, void** attr_value,
-                       struct OCIType** attr_tdo) {
+                       struct OCIType** attr_tdo) try {
   sword rc;
   if (Enter("OCIObjectGetAttr", err, &rc)) return rc;
   Env* env = nullptr;
@@ -82,13 +82,15 @@ sword OCIObjectGetAttr(OCIEnv* envh, OCIError* err, void* instance, void* null_s
     *attr_tdo = named ? t.named.get() : nullptr;
   }
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
 sword OCIObjectSetAttr(OCIEnv* envh, OCIError* err, void* instance, void* null_struct,
                        struct OCIType* tdo, const oratext** names, const ub4* lengths,
                        const ub4 name_count, const ub4* indexes, const ub4 index_count,
                        const OCIInd null_status, const void* attr_null_struct,
-                       const void* attr_value) {
+                       const void* attr_value) try {
   sword rc;
   if (Enter("OCIObjectSetAttr", err, &rc)) return rc;
   Env* env = nullptr;
@@ -103,7 +105,7 @@ sword OCIObjectSetAttr(OCIEnv* envh, OCIError* err, void* instance, void* null_s
     AssignResult r = AssignSlot(env, t, ref.slot, attr_value);
     if (r == AssignResult::kBadValue) return FailArgument(err, 13);
     if (r == AssignResult::kNoMemory) {
-      return Fail(err, 21500, "internal error code, arguments: [out of memory]");
+      return OutOfMemory(err);
     }
   }
   // Decision D4: an embedded object takes the given null struct (unless it is the slot
@@ -115,4 +117,6 @@ sword OCIObjectSetAttr(OCIEnv* envh, OCIError* err, void* instance, void* null_s
   }
   ref.ind[0] = null_status;
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }

@@ -14,7 +14,7 @@ using namespace ocimem;
 sword OCITypeByName(OCIEnv* envh, OCIError* err, const OCISvcCtx* svc,
                     const oratext* schema_name, ub4 s_length, const oratext* type_name,
                     ub4 t_length, const oratext* version_name, ub4 v_length,
-                    OCIDuration pin_duration, OCITypeGetOpt get_option, OCIType** tdo) {
+                    OCIDuration pin_duration, OCITypeGetOpt get_option, OCIType** tdo) try {
   // Only the current version exists; a header-only TDO is as complete as a full one, and
   // a pinned TDO stays valid while its database lives whatever the duration.
   (void)version_name;
@@ -74,4 +74,6 @@ sword OCITypeByName(OCIEnv* envh, OCIError* err, const OCISvcCtx* svc,
   type->pins.fetch_add(1);
   *tdo = type;
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }

@@ -17,7 +17,7 @@ sword Illegal(OCIError* err) { return Fail(err, 24315, "illegal attribute type")
 using namespace ocimem;
 
 sword OCIAttrSet(void* trgthndlp, ub4 trghndltyp, void* attributep, ub4 size, ub4 attrtype,
-                 OCIError* errhp) {
+                 OCIError* errhp) try {
   sword rc;
   if (Enter("OCIAttrSet", errhp, &rc)) return rc;
   Handle* h = AsHandle<Handle>(trgthndlp, trghndltyp);
@@ -73,10 +73,12 @@ sword OCIAttrSet(void* trgthndlp, ub4 trghndltyp, void* attributep, ub4 size, ub
     default:
       return Illegal(errhp);
   }
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }
 
 sword OCIAttrGet(const void* trgthndlp, ub4 trghndltyp, void* attributep, ub4* sizep,
-                 ub4 attrtype, OCIError* errhp) {
+                 ub4 attrtype, OCIError* errhp) try {
   sword rc;
   if (Enter("OCIAttrGet", errhp, &rc)) return rc;
   if (trghndltyp == OCI_HTYPE_DESCRIBE || trghndltyp == OCI_DTYPE_PARAM) {
@@ -152,4 +154,6 @@ sword OCIAttrGet(const void* trgthndlp, ub4 trghndltyp, void* attributep, ub4* s
     default:
       return Illegal(errhp);
   }
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }

@@ -59,7 +59,7 @@ sword Logon(const char* function, OCIEnv* envh, OCIError* errhp, OCISvcCtx** svc
     delete server;
     delete session;
     delete svc;
-    return Fail(errhp, 21500, "internal error code, arguments: [out of memory]");
+    return OutOfMemory(errhp);
   }
   if (username != nullptr) session->username.assign(reinterpret_cast<const char*>(username), uname_len);
   if (password != nullptr) session->password.assign(reinterpret_cast<const char*>(password), passwd_len);
@@ -75,9 +75,18 @@ sword Logon(const char* function, OCIEnv* envh, OCIError* errhp, OCISvcCtx** svc
   svc->server = server;
   svc->session = session;
   svc->from_logon = true;
-  env->Adopt(server);
-  env->Adopt(session);
-  env->Adopt(svc);
+  try {
+    env->Adopt(server);
+    env->Adopt(session);
+    env->Adopt(svc);
+  } catch (...) {
+    // All three or none: an adopted one is released, the others deleted.
+    for (Handle* h : {static_cast<Handle*>(svc), static_cast<Handle*>(session),
+                      static_cast<Handle*>(server)}) {
+      if (!env->Release(h)) delete h;
+    }
+    throw;
+  }
   *svchp = reinterpret_cast<OCISvcCtx*>(svc);
   return OCI_SUCCESS;
 }
@@ -89,19 +98,23 @@ using namespace ocimem;
 
 sword OCILogon(OCIEnv* envhp, OCIError* errhp, OCISvcCtx** svchp, const OraText* username,
                ub4 uname_len, const OraText* password, ub4 passwd_len, const OraText* dbname,
-               ub4 dbname_len) {
+               ub4 dbname_len) try {
   return Logon("OCILogon", envhp, errhp, svchp, username, uname_len, password, passwd_len, dbname,
                dbname_len, OCI_DEFAULT);
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }
 
 sword OCILogon2(OCIEnv* envhp, OCIError* errhp, OCISvcCtx** svchp, const OraText* username,
                 ub4 uname_len, const OraText* password, ub4 passwd_len, const OraText* dbname,
-                ub4 dbname_len, ub4 mode) {
+                ub4 dbname_len, ub4 mode) try {
   return Logon("OCILogon2", envhp, errhp, svchp, username, uname_len, password, passwd_len,
                dbname, dbname_len, mode);
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }
 
-sword OCILogoff(OCISvcCtx* svchp, OCIError* errhp) {
+sword OCILogoff(OCISvcCtx* svchp, OCIError* errhp) try {
   sword rc;
   if (Enter("OCILogoff", errhp, &rc)) return rc;
   SvcCtx* svc = AsSvcCtx(svchp);
@@ -114,19 +127,23 @@ sword OCILogoff(OCISvcCtx* svchp, OCIError* errhp) {
   env->Release(svc->server);
   env->Release(svc);
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }
 
 sword OCIServerAttach(OCIServer* srvhp, OCIError* errhp, const OraText* dblink, sb4 dblink_len,
-                      ub4 mode) {
+                      ub4 mode) try {
   sword rc;
   if (Enter("OCIServerAttach", errhp, &rc)) return rc;
   Server* server = AsServer(srvhp);
   if (server == nullptr) return OCI_INVALID_HANDLE;
   if (mode != OCI_DEFAULT) return Fail(errhp, 24300, "bad value for mode");
   return Attach(errhp, server, dblink, dblink == nullptr ? 0 : dblink_len);
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }
 
-sword OCIServerDetach(OCIServer* srvhp, OCIError* errhp, ub4 mode) {
+sword OCIServerDetach(OCIServer* srvhp, OCIError* errhp, ub4 mode) try {
   (void)mode;
   sword rc;
   if (Enter("OCIServerDetach", errhp, &rc)) return rc;
@@ -135,10 +152,12 @@ sword OCIServerDetach(OCIServer* srvhp, OCIError* errhp, ub4 mode) {
   if (!server->db) return Fail(errhp, 3114, "not connected to ORACLE");
   server->db.reset();
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }
 
 sword OCISessionBegin(OCISvcCtx* svchp, OCIError* errhp, OCISession* usrhp, ub4 credt,
-                      ub4 mode) {
+                      ub4 mode) try {
   (void)mode;
   sword rc;
   if (Enter("OCISessionBegin", errhp, &rc)) return rc;
@@ -154,9 +173,11 @@ sword OCISessionBegin(OCISvcCtx* svchp, OCIError* errhp, OCISession* usrhp, ub4 
   rc = Authenticate(errhp, server, session);
   if (rc == OCI_SUCCESS) svc->session = session;
   return rc;
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }
 
-sword OCISessionEnd(OCISvcCtx* svchp, OCIError* errhp, OCISession* usrhp, ub4 mode) {
+sword OCISessionEnd(OCISvcCtx* svchp, OCIError* errhp, OCISession* usrhp, ub4 mode) try {
   (void)mode;
   sword rc;
   if (Enter("OCISessionEnd", errhp, &rc)) return rc;
@@ -169,4 +190,6 @@ sword OCISessionEnd(OCISvcCtx* svchp, OCIError* errhp, OCISession* usrhp, ub4 mo
   session->db.reset();
   session->schema.clear();
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }

@@ -115,7 +115,7 @@ using namespace ocimem;
 sword OCIEnvCreate(OCIEnv** envp, ub4 mode, void* ctxp, void* (*malocfp)(void* ctxp, size_t size),
                    void* (*ralocfp)(void* ctxp, void* memptr, size_t newsize),
                    void (*mfreefp)(void* ctxp, void* memptr), size_t xtramem_sz,
-                   void** usrmempp) {
+                   void** usrmempp) try {
   // Memory comes from the C++ allocator; the callbacks are accepted and not called.
   (void)ctxp;
   (void)malocfp;
@@ -124,11 +124,13 @@ sword OCIEnvCreate(OCIEnv** envp, ub4 mode, void* ctxp, void* (*malocfp)(void* c
   sword rc;
   if (EnterNoErr("OCIEnvCreate", &rc)) return rc;
   return CreateEnv(envp, mode, xtramem_sz, usrmempp);
+} catch (...) {
+  return OCI_ERROR;
 }
 
 sword OCIInitialize(ub4 mode, void* ctxp, void* (*malocfp)(void* ctxp, size_t size),
                     void* (*ralocfp)(void* ctxp, void* memptr, size_t newsize),
-                    void (*mfreefp)(void* ctxp, void* memptr)) {
+                    void (*mfreefp)(void* ctxp, void* memptr)) try {
   (void)ctxp;
   (void)malocfp;
   (void)ralocfp;
@@ -138,17 +140,21 @@ sword OCIInitialize(ub4 mode, void* ctxp, void* (*malocfp)(void* ctxp, size_t si
   if ((mode & ~kKnownModes) != 0) return OCI_ERROR;
   g_initialize_mode.store(mode);
   return OCI_SUCCESS;
+} catch (...) {
+  return OCI_ERROR;
 }
 
-sword OCIEnvInit(OCIEnv** envp, ub4 mode, size_t xtramem_sz, void** usrmempp) {
+sword OCIEnvInit(OCIEnv** envp, ub4 mode, size_t xtramem_sz, void** usrmempp) try {
   sword rc;
   if (EnterNoErr("OCIEnvInit", &rc)) return rc;
   if (mode != OCI_DEFAULT) return CreateEnv(envp, mode, xtramem_sz, usrmempp);
   return CreateEnv(envp, g_initialize_mode.load(), xtramem_sz, usrmempp);
+} catch (...) {
+  return OCI_ERROR;
 }
 
 sword OCIHandleAlloc(const void* parenth, void** hndlpp, const ub4 type, const size_t xtramem_sz,
-                     void** usrmempp) {
+                     void** usrmempp) try {
   sword rc;
   if (EnterNoErr("OCIHandleAlloc", &rc)) return rc;
   Env* env = AsEnv(parenth);
@@ -182,12 +188,19 @@ sword OCIHandleAlloc(const void* parenth, void** hndlpp, const ub4 type, const s
     delete h;
     return OCI_INVALID_HANDLE;
   }
-  env->Adopt(h);
+  try {
+    env->Adopt(h);
+  } catch (...) {
+    delete h;  // not registered: nobody else would free it
+    throw;
+  }
   *hndlpp = h;
   return OCI_SUCCESS;
+} catch (...) {
+  return OCI_INVALID_HANDLE;  // its only failure status, without diagnostics
 }
 
-sword OCIHandleFree(void* hndlp, const ub4 type) {
+sword OCIHandleFree(void* hndlp, const ub4 type) try {
   sword rc;
   if (EnterNoErr("OCIHandleFree", &rc)) return rc;
   if (hndlp == nullptr) return OCI_INVALID_HANDLE;
@@ -200,10 +213,12 @@ sword OCIHandleFree(void* hndlp, const ub4 type) {
   Handle* h = AsHandle<Handle>(hndlp, type);
   if (h == nullptr || h->env == nullptr) return OCI_INVALID_HANDLE;
   return h->env->Release(h) ? OCI_SUCCESS : OCI_INVALID_HANDLE;
+} catch (...) {
+  return OCI_ERROR;
 }
 
 sword OCIDescriptorAlloc(const void* parenth, void** descpp, const ub4 type,
-                         const size_t xtramem_sz, void** usrmempp) {
+                         const size_t xtramem_sz, void** usrmempp) try {
   (void)xtramem_sz;
   (void)usrmempp;
   sword rc;
@@ -228,19 +243,30 @@ sword OCIDescriptorAlloc(const void* parenth, void** descpp, const ub4 type,
     default:
       return OCI_INVALID_HANDLE;  // parameter descriptors are made by OCI itself
   }
-  {
+  // Registered in both tables or in neither, and freed when it cannot be.
+  try {
     std::lock_guard<std::mutex> lock(DescriptorMutex());
     DescriptorOwners()[desc] = env;
+  } catch (...) {
+    FreeDescriptor(desc, type);
+    throw;
   }
-  {
+  try {
     std::lock_guard<std::mutex> lock(env->registry_mutex);
     env->descriptors[desc] = type;
+  } catch (...) {
+    std::lock_guard<std::mutex> lock(DescriptorMutex());
+    DescriptorOwners().erase(desc);
+    FreeDescriptor(desc, type);
+    throw;
   }
   *descpp = desc;
   return OCI_SUCCESS;
+} catch (...) {
+  return OCI_INVALID_HANDLE;  // its only failure status, without diagnostics
 }
 
-sword OCIDescriptorFree(void* descp, const ub4 type) {
+sword OCIDescriptorFree(void* descp, const ub4 type) try {
   sword rc;
   if (EnterNoErr("OCIDescriptorFree", &rc)) return rc;
   if (descp == nullptr) return OCI_INVALID_HANDLE;
@@ -257,4 +283,6 @@ sword OCIDescriptorFree(void* descp, const ub4 type) {
   DescriptorOwners().erase(it);
   FreeDescriptor(descp, type);
   return OCI_SUCCESS;
+} catch (...) {
+  return OCI_ERROR;
 }

@@ -46,6 +46,20 @@ sword Fail(OCIError* err, int ora_code, std::string_view message) {
   return OCI_ERROR;
 }
 
+sword OutOfMemory(OCIError* err) noexcept {
+  ErrorHandle* e = AsError(err);
+  if (e == nullptr) return OCI_ERROR;
+  e->records.clear();
+  try {
+    e->records.push_back({4030, kOutOfMemoryText});
+  } catch (...) {
+    // The handle keeps room for one record from its making; an empty text reads as
+    // kOutOfMemoryText.
+    if (e->records.capacity() > 0) e->records.push_back({4030, std::string()});
+  }
+  return OCI_ERROR;
+}
+
 sword FailArgument(OCIError* err, int position) {
   return Fail(err, 21560,
               "argument " + std::to_string(position) + " is null, invalid, or out of range");
@@ -60,7 +74,7 @@ sword FailNotObjectMode(OCIError* err) {
 using ocimem::ErrorHandle;
 
 sword OCIErrorGet(void* hndlp, ub4 recordno, OraText* sqlstate, sb4* errcodep, OraText* bufp,
-                  ub4 bufsiz, ub4 type) {
+                  ub4 bufsiz, ub4 type) try {
   (void)sqlstate;  // unsupported since Oracle 8: never written
   const std::vector<ocimem::ErrorRecord>* records = nullptr;
   if (type == OCI_HTYPE_ERROR) {
@@ -77,10 +91,15 @@ sword OCIErrorGet(void* hndlp, ub4 recordno, OraText* sqlstate, sb4* errcodep, O
   const ocimem::ErrorRecord& record = (*records)[recordno - 1];
   if (errcodep != nullptr) *errcodep = record.code;
   if (bufp != nullptr && bufsiz > 0) {
-    std::string text = record.text + "\n";
-    size_t n = text.size() < bufsiz ? text.size() : bufsiz - 1;
+    // Copied without allocating: diagnostics must be readable when memory has run out.
+    const std::string_view text =
+        record.text.empty() ? std::string_view(ocimem::kOutOfMemoryText) : record.text;
+    size_t n = text.size() < bufsiz - 1 ? text.size() : bufsiz - 1;
     std::memcpy(bufp, text.data(), n);
+    if (n < bufsiz - 1) bufp[n++] = '\n';
     bufp[n] = '\0';
   }
   return OCI_SUCCESS;
+} catch (...) {
+  return OCI_ERROR;
 }

@@ -59,7 +59,7 @@ bool TakeFault(const char* function, FiredFault* out) {
 
 extern "C" void ocimemFaultArm(const char* function, unsigned nth, sword status,
                                const sb4* codes, const char* const* messages,
-                               unsigned count) {
+                               unsigned count) try {
   if (function == nullptr) return;
   ocimem::ArmedFault armed;
   armed.nth = nth;
@@ -73,10 +73,13 @@ extern "C" void ocimemFaultArm(const char* function, unsigned nth, sword status,
   auto [it, inserted] = faults.insert_or_assign(function, std::move(armed));
   (void)it;
   if (inserted) ocimem::g_armed_faults.fetch_add(1, std::memory_order_release);
+} catch (...) {
+  // The fault could not be recorded: none is armed.
 }
 
-extern "C" void ocimemFaultReset(void) {
+extern "C" void ocimemFaultReset(void) try {
   std::lock_guard<std::mutex> lock(ocimem::FaultMutex());
   ocimem::Faults().clear();
   ocimem::g_armed_faults.store(0, std::memory_order_release);
+} catch (...) {
 }

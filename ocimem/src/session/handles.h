@@ -92,7 +92,8 @@ inline ub4 NumberMaskSlot(const char* mask, ub4 length) {
 }
 
 struct ErrorHandle : Handle {
-  explicit ErrorHandle(Env* owner) : Handle(OCI_HTYPE_ERROR, owner) {}
+  // Room for one record from the start, so that OutOfMemory can always leave one.
+  explicit ErrorHandle(Env* owner) : Handle(OCI_HTYPE_ERROR, owner) { records.reserve(1); }
   std::vector<ErrorRecord> records;
   TypeLookup type_lookup;
   NumberMaskLookup number_masks[kNumberMaskLookups];

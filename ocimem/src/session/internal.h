@@ -51,6 +51,15 @@ void AddRecord(OCIError* err, int ora_code, std::string_view message);
 // `void* hndl` of the datetime and interval calls), or nullptr.
 Env* EnvFromHandle(const void* hndl);
 
+// The full text of Oracle's record for memory that could not be had.
+inline constexpr char kOutOfMemoryText[] = "ORA-04030: out of process memory";
+
+// The answer of an entry point that an exception ended (memory that could not be had, a
+// length beyond what a container holds): ORA-04030 on err when it is a live error
+// handle, and OCI_ERROR.  Every entry point catches with it (or, without an error handle,
+// returns the status Oracle gives for that call), so no exception leaves the library.
+sword OutOfMemory(OCIError* err) noexcept;
+
 // ORA-21301 "not initialized in object mode".
 sword FailNotObjectMode(OCIError* err);
 

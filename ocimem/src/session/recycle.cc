@@ -7,6 +7,8 @@
 #include <unordered_map>
 #include <vector>
 
+#include "ocimem.h"
+
 #if defined(__SANITIZE_ADDRESS__)
 #define OCIMEM_POOL_ASAN 1
 #elif defined(__has_feature)
@@ -312,4 +314,35 @@ void PooledFreeInstance(void* p, std::size_t size) noexcept {
   if (previous != nullptr) KeepOnThread(t, previous, c);
 }
 
+void ForEachKeptBlock(void (*visit)(void* block, void* arg), void* arg) noexcept {
+  g_exact.Lock();
+  for (void* head : g_exact.head) {
+    for (void* p = head; p != nullptr; p = LinkOf(p)) visit(p, arg);
+  }
+  g_exact.Unlock();
+  {
+    Pool& pool = ThePool();
+    std::lock_guard<std::mutex> lock(pool.mutex);
+    for (const auto& sized : pool.free_blocks) {
+      for (void* p : sized.second) visit(p, arg);
+    }
+  }
+  g_values.Lock();
+  for (void* head : g_values.free_list) {
+    for (void* p = head; p != nullptr; p = *static_cast<void**>(p)) visit(p, arg);
+  }
+  g_values.Unlock();
+  if (t_blocks_gone) return;
+  const ThreadBlocks& t = t_blocks;
+  for (std::size_t c = 0; c < kClasses; ++c) {
+    for (void* p = t.free_list[c]; p != nullptr; p = *static_cast<void**>(p)) visit(p, arg);
+    if (t.set_aside[c] != nullptr) visit(t.set_aside[c], arg);
+  }
+}
+
 }  // namespace ocimem
+
+extern "C" void ocimemForEachKeptBlock(void (*visit)(void* block, void* arg), void* arg) try {
+  if (visit != nullptr) ocimem::ForEachKeptBlock(visit, arg);
+} catch (...) {
+}

@@ -32,6 +32,10 @@ void PooledFree(void* p, std::size_t size) noexcept;
 // the address of the one freed (a host sees a new instance at a new address, and a stale
 // pointer to the freed one does not name the next one).
 void PooledFreeInstance(void* p, std::size_t size) noexcept;
+// Calls `visit` with the address, as the allocator gave it, of every block kept for reuse:
+// of RecycledAlloc (from operator new) and of the value pool (from malloc), the calling
+// thread's own included (ocimemForEachKeptBlock).  `visit` runs under the pools' locks.
+void ForEachKeptBlock(void (*visit)(void* block, void* arg), void* arg) noexcept;
 
 }  // namespace ocimem
 

@@ -23,12 +23,16 @@ sword EndTransaction(const char* function, OCISvcCtx* svchp, OCIError* errhp, bo
 
 }  // namespace
 
-sword OCITransCommit(OCISvcCtx* svchp, OCIError* errhp, ub4 flags) {
+sword OCITransCommit(OCISvcCtx* svchp, OCIError* errhp, ub4 flags) try {
   (void)flags;  // one-phase commit of a local transaction
   return EndTransaction("OCITransCommit", svchp, errhp, true);
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }
 
-sword OCITransRollback(OCISvcCtx* svchp, OCIError* errhp, ub4 flags) {
+sword OCITransRollback(OCISvcCtx* svchp, OCIError* errhp, ub4 flags) try {
   (void)flags;
   return EndTransaction("OCITransRollback", svchp, errhp, false);
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }

@@ -118,6 +118,13 @@ std::string VisibleLobBytes(const OCILobLocator& l, std::uint64_t txn) {
   return l.cell->data;
 }
 
+// Room for one more element, grown by doubling as push_back would (reserve alone grows
+// to the exact size asked, which would copy the list on every row).
+template <typename T>
+void RoomForOne(std::vector<T>* v) {
+  if (v->size() == v->capacity()) v->reserve(v->capacity() < 8 ? 8 : 2 * v->capacity());
+}
+
 // Gives every LOB of a value about to be stored a cell of its own in `record`'s row.
 void MaterializeLobs(const ExecContext& ctx, const ValueType& t, void* slot, OCIInd* ind,
                      const std::shared_ptr<RowRecord>& record) {
@@ -266,9 +273,19 @@ bool ExecuteInsert(const ExecContext& ctx, const InsertStatement& s, ExecResult*
   record->pending = std::move(row);
   record->has_pending = true;
   record->pending_key = std::move(key);
+  // All or nothing: room is made first, so that only the indexes can fail for want of
+  // memory once the row is in, and they take it out again.
+  RoomForOne(&ctx.session->txn->rows);
+  RoomForOne(&table->rows);
+  RoomForOne(&result->returned);
+  try {
+    table->IndexRecord(record.get());
+  } catch (...) {
+    table->UnindexRecord(record.get());
+    throw;
+  }
   LockRecord(ctx, record);
   table->rows.push_back(record);
-  table->IndexRecord(record.get());
   if (!s.returning.empty()) result->returned.push_back(record->pending);
   result->row_count = 1;
   return true;

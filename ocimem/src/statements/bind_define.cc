@@ -32,7 +32,7 @@ sword RecordBind(StmtHandle* s, OCIBind** bindpp, OCIError* err, ub4 position,
   }
   if (b == nullptr) {
     auto fresh = std::unique_ptr<BindHandle>(new (std::nothrow) BindHandle(s->env));
-    if (!fresh) return Fail(err, 21500, "internal error code, arguments: [out of memory]");
+    if (!fresh) return OutOfMemory(err);
     b = fresh.get();
     s->binds.push_back(std::move(fresh));
   }
@@ -68,7 +68,7 @@ using namespace ocimem;
 
 sword OCIBindByPos(OCIStmt* stmtp, OCIBind** bindp, OCIError* errhp, ub4 position, void* valuep,
                    sb4 value_sz, ub2 dty, void* indp, ub2* alenp, ub2* rcodep, ub4 maxarr_len,
-                   ub4* curelep, ub4 mode) {
+                   ub4* curelep, ub4 mode) try {
   (void)maxarr_len;  // PL/SQL arrays only
   (void)curelep;
   sword rc;
@@ -80,11 +80,13 @@ sword OCIBindByPos(OCIStmt* stmtp, OCIBind** bindp, OCIError* errhp, ub4 positio
   if (position == 0 || position > s->placeholders.size()) return IllegalVariable(errhp);
   return RecordBind(s, bindp, errhp, position, std::string(), valuep, value_sz, dty, indp, alenp,
                     rcodep, mode);
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }
 
 sword OCIBindByName(OCIStmt* stmtp, OCIBind** bindp, OCIError* errhp, const OraText* placeholder,
                     sb4 placeh_len, void* valuep, sb4 value_sz, ub2 dty, void* indp, ub2* alenp,
-                    ub2* rcodep, ub4 maxarr_len, ub4* curelep, ub4 mode) {
+                    ub2* rcodep, ub4 maxarr_len, ub4* curelep, ub4 mode) try {
   (void)maxarr_len;
   (void)curelep;
   sword rc;
@@ -103,10 +105,12 @@ sword OCIBindByName(OCIStmt* stmtp, OCIBind** bindp, OCIError* errhp, const OraT
   for (const std::string& n : s->placeholders) known = known || n == name;
   if (name.empty() || !known) return IllegalVariable(errhp);
   return RecordBind(s, bindp, errhp, 0, name, valuep, value_sz, dty, indp, alenp, rcodep, mode);
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }
 
 sword OCIBindObject(OCIBind* bindp, OCIError* errhp, const OCIType* type, void** pgvpp, ub4* pvszsp,
-                    void** indpp, ub4* indszp) {
+                    void** indpp, ub4* indszp) try {
   (void)pvszsp;  // sizes are known from the type
   (void)indszp;
   sword rc;
@@ -120,10 +124,12 @@ sword OCIBindObject(OCIBind* bindp, OCIError* errhp, const OCIType* type, void**
   b->pgvpp = pgvpp;
   b->indpp = indpp;
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }
 
 sword OCIDefineByPos(OCIStmt* stmtp, OCIDefine** defnp, OCIError* errhp, ub4 position, void* valuep,
-                     sb4 value_sz, ub2 dty, void* indp, ub2* rlenp, ub2* rcodep, ub4 mode) {
+                     sb4 value_sz, ub2 dty, void* indp, ub2* rlenp, ub2* rcodep, ub4 mode) try {
   sword rc;
   if (Enter("OCIDefineByPos", errhp, &rc)) return rc;
   StmtHandle* s = AsStmt(stmtp);
@@ -142,7 +148,7 @@ sword OCIDefineByPos(OCIStmt* stmtp, OCIDefine** defnp, OCIError* errhp, ub4 pos
   }
   if (d == nullptr) {
     auto fresh = std::unique_ptr<DefineHandle>(new (std::nothrow) DefineHandle(s->env));
-    if (!fresh) return Fail(errhp, 21500, "internal error code, arguments: [out of memory]");
+    if (!fresh) return OutOfMemory(errhp);
     d = fresh.get();
     s->defines.push_back(std::move(fresh));
   }
@@ -163,10 +169,12 @@ sword OCIDefineByPos(OCIStmt* stmtp, OCIDefine** defnp, OCIError* errhp, ub4 pos
   d->ocbfp = nullptr;
   *defnp = reinterpret_cast<OCIDefine*>(d);
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }
 
 sword OCIDefineObject(OCIDefine* defnp, OCIError* errhp, const OCIType* type, void** pgvpp,
-                      ub4* pvszsp, void** indpp, ub4* indszp) {
+                      ub4* pvszsp, void** indpp, ub4* indszp) try {
   (void)pvszsp;
   (void)indszp;
   sword rc;
@@ -180,4 +188,6 @@ sword OCIDefineObject(OCIDefine* defnp, OCIError* errhp, const OCIType* type, vo
   d->pgvpp = pgvpp;
   d->indpp = indpp;
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }

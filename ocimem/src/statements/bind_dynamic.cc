@@ -6,7 +6,7 @@
 using namespace ocimem;
 
 sword OCIBindArrayOfStruct(OCIBind* bindp, OCIError* errhp, ub4 pvskip, ub4 indskip, ub4 alskip,
-                           ub4 rcskip) {
+                           ub4 rcskip) try {
   sword rc;
   if (Enter("OCIBindArrayOfStruct", errhp, &rc)) return rc;
   BindHandle* b = AsBind(bindp);
@@ -16,10 +16,12 @@ sword OCIBindArrayOfStruct(OCIBind* bindp, OCIError* errhp, ub4 pvskip, ub4 inds
   b->alskip = alskip;
   b->rcskip = rcskip;
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }
 
 sword OCIDefineArrayOfStruct(OCIDefine* defnp, OCIError* errhp, ub4 pvskip, ub4 indskip,
-                             ub4 rlskip, ub4 rcskip) {
+                             ub4 rlskip, ub4 rcskip) try {
   sword rc;
   if (Enter("OCIDefineArrayOfStruct", errhp, &rc)) return rc;
   DefineHandle* d = AsDefine(defnp);
@@ -29,10 +31,12 @@ sword OCIDefineArrayOfStruct(OCIDefine* defnp, OCIError* errhp, ub4 pvskip, ub4 
   d->rlskip = rlskip;
   d->rcskip = rcskip;
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }
 
 sword OCIBindDynamic(OCIBind* bindp, OCIError* errhp, void* ictxp, OCICallbackInBind icbfp,
-                     void* octxp, OCICallbackOutBind ocbfp) {
+                     void* octxp, OCICallbackOutBind ocbfp) try {
   sword rc;
   if (Enter("OCIBindDynamic", errhp, &rc)) return rc;
   BindHandle* b = AsBind(bindp);
@@ -45,9 +49,12 @@ sword OCIBindDynamic(OCIBind* bindp, OCIError* errhp, void* ictxp, OCICallbackIn
   b->dynamic = true;
   b->mode = OCI_DATA_AT_EXEC;
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }
 
-sword OCIDefineDynamic(OCIDefine* defnp, OCIError* errhp, void* octxp, OCICallbackDefine ocbfp) {
+sword OCIDefineDynamic(OCIDefine* defnp, OCIError* errhp, void* octxp,
+                       OCICallbackDefine ocbfp) try {
   sword rc;
   if (Enter("OCIDefineDynamic", errhp, &rc)) return rc;
   DefineHandle* d = AsDefine(defnp);
@@ -56,4 +63,6 @@ sword OCIDefineDynamic(OCIDefine* defnp, OCIError* errhp, void* octxp, OCICallba
   d->octxp = octxp;
   d->ocbfp = ocbfp;
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }

@@ -38,7 +38,7 @@ bool IsDdl(const Statement& s) {
 using namespace ocimem;
 
 sword OCIStmtPrepare(OCIStmt* stmtp, OCIError* errhp, const OraText* stmt, ub4 stmt_len,
-                     ub4 language, ub4 mode) {
+                     ub4 language, ub4 mode) try {
   (void)language;  // native, V7 and V8 syntax behave alike
   (void)mode;
   sword rc;
@@ -61,10 +61,12 @@ sword OCIStmtPrepare(OCIStmt* stmtp, OCIError* errhp, const OraText* stmt, ub4 s
   s->prepared = true;
   s->row_count = 0;
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }
 
 sword OCIStmtExecute(OCISvcCtx* svchp, OCIStmt* stmtp, OCIError* errhp, ub4 iters, ub4 rowoff,
-                     const OCISnapshot* snap_in, OCISnapshot* snap_out, ub4 mode) {
+                     const OCISnapshot* snap_in, OCISnapshot* snap_out, ub4 mode) try {
   (void)snap_in;
   (void)snap_out;
   sword rc;
@@ -121,10 +123,12 @@ sword OCIStmtExecute(OCISvcCtx* svchp, OCIStmt* stmtp, OCIError* errhp, ub4 iter
   pending->last = query ? 1 : (iters > rowoff ? iters : rowoff + 1);
   s->pending_execute = std::move(pending);
   return RunExecute(svc, session, s, errhp);
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }
 
 sword OCIStmtFetch2(OCIStmt* stmtp, OCIError* errhp, ub4 nrows, ub2 orientation, sb4 scrollOffset,
-                    ub4 mode) {
+                    ub4 mode) try {
   (void)scrollOffset;  // only scrollable cursors use it
   (void)mode;
   sword rc;
@@ -141,9 +145,11 @@ sword OCIStmtFetch2(OCIStmt* stmtp, OCIError* errhp, ub4 nrows, ub2 orientation,
     return OCI_SUCCESS;
   }
   return FetchRows(s, errhp, nrows);
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }
 
-sword OCIStmtFetch(OCIStmt* stmtp, OCIError* errhp, ub4 nrows, ub2 orientation, ub4 mode) {
+sword OCIStmtFetch(OCIStmt* stmtp, OCIError* errhp, ub4 nrows, ub2 orientation, ub4 mode) try {
   sword rc;
   if (Enter("OCIStmtFetch", errhp, &rc)) return rc;
   StmtHandle* s = AsStmt(stmtp);
@@ -159,4 +165,6 @@ sword OCIStmtFetch(OCIStmt* stmtp, OCIError* errhp, ub4 nrows, ub2 orientation, 
     return OCI_SUCCESS;
   }
   return FetchRows(s, errhp, nrows);
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }

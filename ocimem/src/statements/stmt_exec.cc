@@ -127,9 +127,7 @@ sword GatherInputs(PendingExecute* p, OCIError* err) {
   return OCI_SUCCESS;
 }
 
-}  // namespace
-
-sword RunExecute(SvcCtx* svc, Session* session, StmtHandle* s, OCIError* err) {
+sword RunPendingExecute(SvcCtx* svc, Session* session, StmtHandle* s, OCIError* err) {
   std::shared_ptr<PendingExecute> keep = s->pending_execute;
   PendingExecute& p = *keep;
   ScopedNls nls(s->nls.get());
@@ -182,6 +180,18 @@ sword RunExecute(SvcCtx* svc, Session* session, StmtHandle* s, OCIError* err) {
   s->pending_execute.reset();
   if (iters == 0) return OCI_SUCCESS;
   return FetchRows(s, err, iters);
+}
+
+}  // namespace
+
+sword RunExecute(SvcCtx* svc, Session* session, StmtHandle* s, OCIError* err) {
+  // A failure for want of memory ends the execute too: the next one starts anew.
+  try {
+    return RunPendingExecute(svc, session, s, err);
+  } catch (...) {
+    s->pending_execute.reset();
+    throw;
+  }
 }
 
 }  // namespace ocimem

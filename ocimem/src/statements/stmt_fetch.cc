@@ -93,7 +93,8 @@ bool FetchObject(Env* env, const DefineHandle& d, size_t row, const ValueType& t
                  OCIInd* ind, std::uint64_t txn, SqlError* error) {
   void*& target = d.pgvpp[row];
   Instance* instance = target != nullptr ? FindInstance(env, target) : nullptr;
-  if (target == nullptr) {
+  const bool made = target == nullptr;
+  if (made) {
     instance = t.kind == ValueKind::kObject ? NewObjectInstance(env, t.named)
                                             : NewCollectionInstance(env, t.named);
     if (instance == nullptr) {
@@ -103,8 +104,23 @@ bool FetchObject(Env* env, const DefineHandle& d, size_t row, const ValueType& t
     }
     target = instance->value;
   }
-  if (AssignSlot(env, t, t.kind == ValueKind::kObject ? target : &target, ElementForm(t, slot)) !=
-      AssignResult::kOk) {
+  // A fetch that fails takes back the instance it made: the caller's pointer is left
+  // NULL, as it was given, and nothing is left that nobody frees.
+  auto unmake = [&] {
+    if (!made) return;
+    DestroyInstance(env, target);
+    target = nullptr;
+  };
+  AssignResult assigned;
+  try {
+    assigned = AssignSlot(env, t, t.kind == ValueKind::kObject ? target : &target,
+                          ElementForm(t, slot));
+  } catch (...) {
+    unmake();
+    throw;
+  }
+  if (assigned != AssignResult::kOk) {
+    unmake();
     error->code = 4030;
     error->message = "out of process memory";
     return false;

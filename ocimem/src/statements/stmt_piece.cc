@@ -14,7 +14,7 @@ sword NothingAsked(OCIError* err) { return Fail(err, 24338, "statement handle no
 using namespace ocimem;
 
 sword OCIStmtGetPieceInfo(OCIStmt* stmtp, OCIError* errhp, void** hndlpp, ub4* typep, ub1* in_outp,
-                          ub4* iterp, ub4* idxp, ub1* piecep) {
+                          ub4* iterp, ub4* idxp, ub1* piecep) try {
   sword rc;
   if (Enter("OCIStmtGetPieceInfo", errhp, &rc)) return rc;
   StmtHandle* s = AsStmt(stmtp);
@@ -46,10 +46,12 @@ sword OCIStmtGetPieceInfo(OCIStmt* stmtp, OCIError* errhp, void** hndlpp, ub4* t
     return OCI_SUCCESS;
   }
   return NothingAsked(errhp);
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }
 
 sword OCIStmtSetPieceInfo(void* hndlp, ub4 type, OCIError* errhp, const void* bufp, ub4* alenp,
-                          ub1 piece, const void* indp, ub2* rcodep) {
+                          ub1 piece, const void* indp, ub2* rcodep) try {
   sword rc;
   if (Enter("OCIStmtSetPieceInfo", errhp, &rc)) return rc;
   GivenPiece* given = nullptr;
@@ -79,4 +81,6 @@ sword OCIStmtSetPieceInfo(void* hndlp, ub4 type, OCIError* errhp, const void* bu
   given->indp = indp;
   given->rcodep = rcodep;
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(errhp);
 }

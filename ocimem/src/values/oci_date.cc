@@ -15,7 +15,7 @@ using ocimem::values::DateTimeFields;
 extern "C" {
 
 sword OCIDateToText(OCIError* err, const OCIDate* date, const oratext* fmt, ub1 fmt_length,
-                    const oratext* lang_name, ub4 lang_length, ub4* buf_size, oratext* buf) {
+                    const oratext* lang_name, ub4 lang_length, ub4* buf_size, oratext* buf) try {
   sword rc;
   if (ocimem::Enter("OCIDateToText", err, &rc)) return rc;
   if (date == nullptr) return ocimem::FailArgument(err, 2);
@@ -47,10 +47,13 @@ sword OCIDateToText(OCIError* err, const OCIDate* date, const oratext* fmt, ub1 
     return ocimem::values::FailDate(err, ora);
   }
   return ocimem::values::CopyText(err, text, buf_size, buf);
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
 sword OCIDateFromText(OCIError* err, const oratext* date_str, ub4 d_str_length, const oratext* fmt,
-                      ub1 fmt_length, const oratext* lang_name, ub4 lang_length, OCIDate* date) {
+                      ub1 fmt_length, const oratext* lang_name, ub4 lang_length,
+                      OCIDate* date) try {
   sword rc;
   if (ocimem::Enter("OCIDateFromText", err, &rc)) return rc;
   if (date_str == nullptr) return ocimem::FailArgument(err, 2);
@@ -78,6 +81,8 @@ sword OCIDateFromText(OCIError* err, const oratext* date_str, ub4 d_str_length, 
   date->OCIDateTime.OCITimeMI = static_cast<ub1>(v.minute);
   date->OCIDateTime.OCITimeSS = static_cast<ub1>(v.second);
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
 }  // extern "C"

@@ -67,17 +67,21 @@ int AddDays(const DateTimeFields& f, std::int64_t days, DateTimeFields* out) {
 
 extern "C" {
 
-sword OCIDateAddDays(OCIError* err, const OCIDate* date, sb4 num_days, OCIDate* result) {
+sword OCIDateAddDays(OCIError* err, const OCIDate* date, sb4 num_days, OCIDate* result) try {
   return Move("OCIDateAddDays", err, date, num_days, result, AddDays);
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
-sword OCIDateAddMonths(OCIError* err, const OCIDate* date, sb4 num_months, OCIDate* result) {
+sword OCIDateAddMonths(OCIError* err, const OCIDate* date, sb4 num_months, OCIDate* result) try {
   return Move("OCIDateAddMonths", err, date, num_months, result,
               ocimem::values::AddMonthsLastDay);
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
 sword OCIDateDaysBetween(OCIError* err, const OCIDate* date1, const OCIDate* date2,
-                         sb4* num_days) {
+                         sb4* num_days) try {
   const sword rc = CheckTwo("OCIDateDaysBetween", err, date1, date2, num_days);
   if (rc != OCI_SUCCESS) return rc;
   // date1 - date2 in days; the time of day is not counted.
@@ -85,17 +89,21 @@ sword OCIDateDaysBetween(OCIError* err, const OCIDate* date1, const OCIDate* dat
       ocimem::values::DayNumber(date1->OCIDateYYYY, date1->OCIDateMM, date1->OCIDateDD) -
       ocimem::values::DayNumber(date2->OCIDateYYYY, date2->OCIDateMM, date2->OCIDateDD));
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
-sword OCIDateCompare(OCIError* err, const OCIDate* date1, const OCIDate* date2, sword* result) {
+sword OCIDateCompare(OCIError* err, const OCIDate* date1, const OCIDate* date2, sword* result) try {
   const sword rc = CheckTwo("OCIDateCompare", err, date1, date2, result);
   if (rc != OCI_SUCCESS) return rc;
   *result = ocimem::values::Compare(ocimem::values::TimePointOf(FieldsOf(*date1)),
                                     ocimem::values::TimePointOf(FieldsOf(*date2)));
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
-sword OCIDateSysDate(OCIError* err, OCIDate* sys_date) {
+sword OCIDateSysDate(OCIError* err, OCIDate* sys_date) try {
   sword rc;
   if (ocimem::Enter("OCIDateSysDate", err, &rc)) return rc;
   if (sys_date == nullptr) return ocimem::FailArgument(err, 2);
@@ -112,6 +120,8 @@ sword OCIDateSysDate(OCIError* err, OCIDate* sys_date) {
   f.second = tm.tm_sec > 59 ? 59 : tm.tm_sec;
   Store(f, sys_date);
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
 }  // extern "C"

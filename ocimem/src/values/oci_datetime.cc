@@ -53,7 +53,7 @@ extern "C" {
 
 sword OCIDateTimeConstruct(void* hndl, OCIError* err, OCIDateTime* datetime, sb2 yr, ub1 mnth,
                            ub1 dy, ub1 hr, ub1 mm, ub1 ss, ub4 fsec, OraText* timezone,
-                           size_t timezone_length) {
+                           size_t timezone_length) try {
   sword rc;
   if (ocimem::Enter("OCIDateTimeConstruct", err, &rc)) return rc;
   ocimem::Env* env = nullptr;
@@ -85,6 +85,8 @@ sword OCIDateTimeConstruct(void* hndl, OCIError* err, OCIDateTime* datetime, sb2
     return ocimem::values::FailDate(err, ora);
   }
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
 namespace {
@@ -121,7 +123,7 @@ sword ReadShown(const char* function, void* hndl, OCIError* err, const OCIDateTi
 }  // namespace
 
 sword OCIDateTimeGetDate(void* hndl, OCIError* err, const OCIDateTime* date, sb2* yr, ub1* mnth,
-                         ub1* dy) {
+                         ub1* dy) try {
   DateTimeFields f;
   ocimem::values::ZoneOutput zone;
   bool has_zone = false;
@@ -132,10 +134,12 @@ sword OCIDateTimeGetDate(void* hndl, OCIError* err, const OCIDateTime* date, sb2
   *mnth = static_cast<ub1>(f.month);
   *dy = static_cast<ub1>(f.day);
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
 sword OCIDateTimeGetTime(void* hndl, OCIError* err, OCIDateTime* datetime, ub1* hr, ub1* mm,
-                         ub1* ss, ub4* fsec) {
+                         ub1* ss, ub4* fsec) try {
   DateTimeFields f;
   ocimem::values::ZoneOutput zone;
   bool has_zone = false;
@@ -147,10 +151,12 @@ sword OCIDateTimeGetTime(void* hndl, OCIError* err, OCIDateTime* datetime, ub1* 
   *ss = static_cast<ub1>(f.second);
   *fsec = f.nanos;
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
 sword OCIDateTimeGetTimeZoneOffset(void* hndl, OCIError* err, const OCIDateTime* datetime,
-                                   sb1* hr, sb1* mm) {
+                                   sb1* hr, sb1* mm) try {
   DateTimeFields f;
   ocimem::values::ZoneOutput zone;
   bool has_zone = false;
@@ -161,11 +167,13 @@ sword OCIDateTimeGetTimeZoneOffset(void* hndl, OCIError* err, const OCIDateTime*
   *hr = static_cast<sb1>(zone.offset_minutes / 60);
   *mm = static_cast<sb1>(zone.offset_minutes % 60);
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
 sword OCIDateTimeToText(void* hndl, OCIError* err, const OCIDateTime* date, const OraText* fmt,
                         ub1 fmt_length, ub1 fsprec, const OraText* lang_name, size_t lang_length,
-                        ub4* buf_size, OraText* buf) {
+                        ub4* buf_size, OraText* buf) try {
   sword rc;
   if (ocimem::Enter("OCIDateTimeToText", err, &rc)) return rc;
   ocimem::Env* env = nullptr;
@@ -209,11 +217,13 @@ sword OCIDateTimeToText(void* hndl, OCIError* err, const OCIDateTime* date, cons
     return ocimem::values::FailDate(err, ora);
   }
   return ocimem::values::CopyText(err, text, buf_size, buf);
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
 sword OCIDateTimeFromText(void* hndl, OCIError* err, const OraText* date_str, size_t dstr_length,
                           const OraText* fmt, ub1 fmt_length, const OraText* lang_name,
-                          size_t lang_length, OCIDateTime* date) {
+                          size_t lang_length, OCIDateTime* date) try {
   sword rc;
   if (ocimem::Enter("OCIDateTimeFromText", err, &rc)) return rc;
   ocimem::Env* env = nullptr;
@@ -267,6 +277,8 @@ sword OCIDateTimeFromText(void* hndl, OCIError* err, const OraText* date_str, si
     return ocimem::values::FailDate(err, ora);
   }
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
 }  // extern "C"

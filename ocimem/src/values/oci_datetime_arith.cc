@@ -75,17 +75,21 @@ void Now(DateTimeFields* utc, int* offset_minutes) {
 extern "C" {
 
 sword OCIDateTimeIntervalAdd(void* hndl, OCIError* err, OCIDateTime* datetime, OCIInterval* inter,
-                             OCIDateTime* outdatetime) {
+                             OCIDateTime* outdatetime) try {
   return MoveByInterval("OCIDateTimeIntervalAdd", hndl, err, datetime, inter, outdatetime, 1);
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
 sword OCIDateTimeIntervalSub(void* hndl, OCIError* err, OCIDateTime* datetime, OCIInterval* inter,
-                             OCIDateTime* outdatetime) {
+                             OCIDateTime* outdatetime) try {
   return MoveByInterval("OCIDateTimeIntervalSub", hndl, err, datetime, inter, outdatetime, -1);
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
 sword OCIDateTimeSubtract(void* hndl, OCIError* err, OCIDateTime* indate1, OCIDateTime* indate2,
-                          OCIInterval* inter) {
+                          OCIInterval* inter) try {
   sword rc;
   if (ocimem::Enter("OCIDateTimeSubtract", err, &rc)) return rc;
   if (ocimem::EnvFromHandle(hndl) == nullptr) return OCI_INVALID_HANDLE;
@@ -107,10 +111,12 @@ sword OCIDateTimeSubtract(void* hndl, OCIError* err, OCIDateTime* indate1, OCIDa
     return ocimem::values::FailDate(err, ora);
   }
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
 sword OCIDateTimeCompare(void* hndl, OCIError* err, const OCIDateTime* date1,
-                         const OCIDateTime* date2, sword* result) {
+                         const OCIDateTime* date2, sword* result) try {
   sword rc;
   if (ocimem::Enter("OCIDateTimeCompare", err, &rc)) return rc;
   if (ocimem::EnvFromHandle(hndl) == nullptr) return OCI_INVALID_HANDLE;
@@ -122,9 +128,11 @@ sword OCIDateTimeCompare(void* hndl, OCIError* err, const OCIDateTime* date1,
   if (!Comparable(*a, *b)) return ocimem::values::FailDate(err, ocimem::values::kOraNotComparable);
   *result = ocimem::values::Compare(ocimem::values::PointOf(*a), ocimem::values::PointOf(*b));
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
-sword OCIDateTimeConvert(void* hndl, OCIError* err, OCIDateTime* indate, OCIDateTime* outdate) {
+sword OCIDateTimeConvert(void* hndl, OCIError* err, OCIDateTime* indate, OCIDateTime* outdate) try {
   sword rc;
   if (ocimem::Enter("OCIDateTimeConvert", err, &rc)) return rc;
   const ocimem::Env* env = ocimem::EnvFromHandle(hndl);
@@ -151,9 +159,11 @@ sword OCIDateTimeConvert(void* hndl, OCIError* err, OCIDateTime* indate, OCIDate
     return ocimem::values::FailDate(err, ora);
   }
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
-sword OCIDateTimeSysTimeStamp(void* hndl, OCIError* err, OCIDateTime* sys_date) {
+sword OCIDateTimeSysTimeStamp(void* hndl, OCIError* err, OCIDateTime* sys_date) try {
   sword rc;
   if (ocimem::Enter("OCIDateTimeSysTimeStamp", err, &rc)) return rc;
   if (ocimem::EnvFromHandle(hndl) == nullptr) return OCI_INVALID_HANDLE;
@@ -172,6 +182,8 @@ sword OCIDateTimeSysTimeStamp(void* hndl, OCIError* err, OCIDateTime* sys_date) 
   if (d->kind == DateTimeKind::Date) v.nanos = 0;
   d->value = v;
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
 }  // extern "C"

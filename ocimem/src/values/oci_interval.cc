@@ -18,7 +18,8 @@ bool BadHandle(void* hndl) { return ocimem::EnvFromHandle(hndl) == nullptr; }
 
 extern "C" {
 
-sword OCIIntervalSetYearMonth(void* hndl, OCIError* err, sb4 yr, sb4 mnth, OCIInterval* result) {
+sword OCIIntervalSetYearMonth(void* hndl, OCIError* err, sb4 yr, sb4 mnth,
+                              OCIInterval* result) try {
   sword rc;
   if (ocimem::Enter("OCIIntervalSetYearMonth", err, &rc)) return rc;
   if (BadHandle(hndl)) return OCI_INVALID_HANDLE;
@@ -31,10 +32,12 @@ sword OCIIntervalSetYearMonth(void* hndl, OCIError* err, sb4 yr, sb4 mnth, OCIIn
     return ocimem::values::FailDate(err, ora);
   }
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
 sword OCIIntervalSetDaySecond(void* hndl, OCIError* err, sb4 dy, sb4 hr, sb4 mm, sb4 ss, sb4 fsec,
-                              OCIInterval* result) {
+                              OCIInterval* result) try {
   sword rc;
   if (ocimem::Enter("OCIIntervalSetDaySecond", err, &rc)) return rc;
   if (BadHandle(hndl)) return OCI_INVALID_HANDLE;
@@ -47,10 +50,12 @@ sword OCIIntervalSetDaySecond(void* hndl, OCIError* err, sb4 dy, sb4 hr, sb4 mm,
     return ocimem::values::FailDate(err, ora);
   }
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
 sword OCIIntervalGetYearMonth(void* hndl, OCIError* err, sb4* yr, sb4* mnth,
-                              const OCIInterval* result) {
+                              const OCIInterval* result) try {
   sword rc;
   if (ocimem::Enter("OCIIntervalGetYearMonth", err, &rc)) return rc;
   if (BadHandle(hndl)) return OCI_INVALID_HANDLE;
@@ -63,10 +68,12 @@ sword OCIIntervalGetYearMonth(void* hndl, OCIError* err, sb4* yr, sb4* mnth,
   }
   ocimem::values::SplitYearMonth(d->value, yr, mnth);
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
 sword OCIIntervalGetDaySecond(void* hndl, OCIError* err, sb4* dy, sb4* hr, sb4* mm, sb4* ss,
-                              sb4* fsec, const OCIInterval* result) {
+                              sb4* fsec, const OCIInterval* result) try {
   sword rc;
   if (ocimem::Enter("OCIIntervalGetDaySecond", err, &rc)) return rc;
   if (BadHandle(hndl)) return OCI_INVALID_HANDLE;
@@ -82,10 +89,12 @@ sword OCIIntervalGetDaySecond(void* hndl, OCIError* err, sb4* dy, sb4* hr, sb4* 
   }
   ocimem::values::SplitDaySecond(d->value, dy, hr, mm, ss, fsec);
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
 sword OCIIntervalToText(void* hndl, OCIError* err, const OCIInterval* inter, ub1 lfprec,
-                        ub1 fsprec, OraText* buffer, size_t buflen, size_t* resultlen) {
+                        ub1 fsprec, OraText* buffer, size_t buflen, size_t* resultlen) try {
   sword rc;
   if (ocimem::Enter("OCIIntervalToText", err, &rc)) return rc;
   if (BadHandle(hndl)) return OCI_INVALID_HANDLE;
@@ -102,10 +111,12 @@ sword OCIIntervalToText(void* hndl, OCIError* err, const OCIInterval* inter, ub1
   if (text.size() < buflen) buffer[text.size()] = '\0';
   *resultlen = text.size();
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
 sword OCIIntervalFromText(void* hndl, OCIError* err, const OraText* inpstr, size_t str_len,
-                          OCIInterval* result) {
+                          OCIInterval* result) try {
   sword rc;
   if (ocimem::Enter("OCIIntervalFromText", err, &rc)) return rc;
   if (BadHandle(hndl)) return OCI_INVALID_HANDLE;
@@ -119,6 +130,8 @@ sword OCIIntervalFromText(void* hndl, OCIError* err, const OraText* inpstr, size
   }
   d->value = v;
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
 }  // extern "C"

@@ -56,17 +56,21 @@ sword Combine(const char* function, void* hndl, OCIError* err, const OCIInterval
 extern "C" {
 
 sword OCIIntervalAdd(void* hndl, OCIError* err, OCIInterval* addend1, OCIInterval* addend2,
-                     OCIInterval* result) {
+                     OCIInterval* result) try {
   return Combine("OCIIntervalAdd", hndl, err, addend1, addend2, result, 1);
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
 sword OCIIntervalSubtract(void* hndl, OCIError* err, OCIInterval* minuend,
-                          OCIInterval* subtrahend, OCIInterval* result) {
+                          OCIInterval* subtrahend, OCIInterval* result) try {
   return Combine("OCIIntervalSubtract", hndl, err, minuend, subtrahend, result, -1);
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
 sword OCIIntervalCompare(void* hndl, OCIError* err, OCIInterval* inter1, OCIInterval* inter2,
-                         sword* result) {
+                         sword* result) try {
   const IntervalDescriptor* a = nullptr;
   const IntervalDescriptor* b = nullptr;
   const sword rc = Operands("OCIIntervalCompare", hndl, err, inter1, inter2, &a, &b);
@@ -81,6 +85,8 @@ sword OCIIntervalCompare(void* hndl, OCIError* err, OCIInterval* inter1, OCIInte
   ocimem::values::TimePoint pb{b->value.seconds, b->value.nanos};
   *result = ocimem::values::Compare(pa, pb);
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
 }  // extern "C"

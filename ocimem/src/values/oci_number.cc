@@ -159,7 +159,8 @@ sword FailNlsParams(OCIError* err, const oratext* nls, ub4 length) {
 extern "C" {
 
 sword OCINumberToText(OCIError* err, const OCINumber* number, const oratext* fmt, ub4 fmt_length,
-                      const oratext* nls_params, ub4 nls_p_length, ub4* buf_size, oratext* buf) {
+                      const oratext* nls_params, ub4 nls_p_length, ub4* buf_size,
+                      oratext* buf) try {
   sword rc;
   if (ocimem::Enter("OCINumberToText", err, &rc)) return rc;
   if (number == nullptr) return ocimem::FailArgument(err, 2);
@@ -248,11 +249,13 @@ sword OCINumberToText(OCIError* err, const OCINumber* number, const oratext* fmt
   buf[text.size()] = '\0';
   *buf_size = static_cast<ub4>(text.size());
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
 sword OCINumberFromText(OCIError* err, const oratext* str, ub4 str_length, const oratext* fmt,
                         ub4 fmt_length, const oratext* nls_params, ub4 nls_p_length,
-                        OCINumber* number) {
+                        OCINumber* number) try {
   sword rc;
   if (ocimem::Enter("OCINumberFromText", err, &rc)) return rc;
   if (str == nullptr) return ocimem::FailArgument(err, 2);
@@ -275,9 +278,11 @@ sword OCINumberFromText(OCIError* err, const oratext* str, ub4 str_length, const
                         "invalid input string [" + Quoted(str, str_length) + "]");
   }
   return Store(err, value, number);
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
-sword OCINumberToReal(OCIError* err, const OCINumber* number, uword rsl_length, void* rsl) {
+sword OCINumberToReal(OCIError* err, const OCINumber* number, uword rsl_length, void* rsl) try {
   sword rc;
   if (ocimem::Enter("OCINumberToReal", err, &rc)) return rc;
   if (number == nullptr) return ocimem::FailArgument(err, 2);
@@ -297,9 +302,11 @@ sword OCINumberToReal(OCIError* err, const OCINumber* number, uword rsl_length, 
     std::memcpy(rsl, &d, sizeof d);
   }
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
-sword OCINumberFromReal(OCIError* err, const void* rnum, uword rnum_length, OCINumber* number) {
+sword OCINumberFromReal(OCIError* err, const void* rnum, uword rnum_length, OCINumber* number) try {
   sword rc;
   if (ocimem::Enter("OCINumberFromReal", err, &rc)) return rc;
   if (rnum == nullptr) return ocimem::FailArgument(err, 2);
@@ -323,10 +330,12 @@ sword OCINumberFromReal(OCIError* err, const void* rnum, uword rnum_length, OCIN
   // expanding the binary value's hundreds of decimal digits.
   if (std::fabs(v) < 1e-131) return Store(err, Decimal{}, number);
   return Store(err, ocimem::values::DecimalFromDouble(v), number);
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
 sword OCINumberFromInt(OCIError* err, const void* inum, uword inum_length, uword inum_s_flag,
-                       OCINumber* number) {
+                       OCINumber* number) try {
   sword rc;
   if (ocimem::Enter("OCINumberFromInt", err, &rc)) return rc;
   if (inum == nullptr) return ocimem::FailArgument(err, 2);
@@ -358,10 +367,12 @@ sword OCINumberFromInt(OCIError* err, const void* inum, uword inum_length, uword
     ocimem::values::DecimalFromUnsigned(v, &value);
   }
   return Store(err, value, number);
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
 sword OCINumberToInt(OCIError* err, const OCINumber* number, uword rsl_length, uword rsl_flag,
-                     void* rsl) {
+                     void* rsl) try {
   sword rc;
   if (ocimem::Enter("OCINumberToInt", err, &rc)) return rc;
   if (number == nullptr) return ocimem::FailArgument(err, 2);
@@ -402,10 +413,12 @@ sword OCINumberToInt(OCIError* err, const OCINumber* number, uword rsl_length, u
     }
   }
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
 sword OCINumberCmp(OCIError* err, const OCINumber* number1, const OCINumber* number2,
-                   sword* result) {
+                   sword* result) try {
   sword rc;
   if (ocimem::Enter("OCINumberCmp", err, &rc)) return rc;
   if (number1 == nullptr) return ocimem::FailArgument(err, 2);
@@ -420,6 +433,8 @@ sword OCINumberCmp(OCIError* err, const OCINumber* number1, const OCINumber* num
   }
   *result = ocimem::values::CompareNumbers(number1->OCINumberPart, number2->OCINumberPart);
   return OCI_SUCCESS;
+} catch (...) {
+  return ocimem::OutOfMemory(err);
 }
 
 }  // extern "C"

@@ -1,5 +1,5 @@
 // The value pool behind object instances, strings and raws: freed memory is used again,
-// and an allocation that fails still answers ORA-21500 and leaves nothing half made.  This
+// and an allocation that fails still answers ORA-04030 and leaves nothing half made.  This
 // program replaces malloc (counting calls, failing one on request), so it is built apart
 // from the other in-memory OCI tests, and not with the address sanitizer.
 #include <gtest/gtest.h>
@@ -148,7 +148,7 @@ TEST_F(ValuePoolTest, FailedAllocationInObjectNewAnswersOutOfMemory) {
     g_fail_at = at;
     EXPECT_EQ(OCI_ERROR, New(line_tdo_, OCI_TYPECODE_OBJECT, &instance));
     g_fail_at = 0;
-    EXPECT_EQ(21500, FirstCode(err_));
+    EXPECT_EQ(4030, FirstCode(err_));
     EXPECT_EQ(nullptr, instance);
   }
   void* line = NewLine();  // and the next one is made
@@ -177,7 +177,7 @@ TEST_F(ValuePoolTest, FailedAllocationInCollAppendLeavesTheCollection) {
     g_fail_at = 0;
     if (failed) {
       EXPECT_EQ(OCI_ERROR, rc);
-      EXPECT_EQ(21500, FirstCode(err_));
+      EXPECT_EQ(4030, FirstCode(err_));
     } else {
       EXPECT_EQ(OCI_SUCCESS, rc);
       ++expected;
@@ -210,7 +210,7 @@ TEST_F(ValuePoolTest, FailedStringResizeKeepsTheValue) {
   g_fail_at = 1;
   EXPECT_EQ(OCI_ERROR, OCIStringResize(env_, err_, 4000, &str));
   g_fail_at = 0;
-  EXPECT_EQ(21500, FirstCode(err_));
+  EXPECT_EQ(4030, FirstCode(err_));
   EXPECT_EQ(4u, OCIStringSize(env_, str));
   EXPECT_EQ(0, std::memcmp("kept", OCIStringPtr(env_, str), 4));
   EXPECT_EQ(OCI_SUCCESS, OCIStringResize(env_, err_, 4000, &str));
