@@ -6,8 +6,9 @@
 //    data and after the one before, the cut stops, and the only error is the
 //    release that escapes nothing (-1102);
 //  - _RemoveReleaseChars drops each release and keeps the byte it escapes;
-//  - CKelStream::GetDelimitedLength, over the data laid out in pages of the
-//    stream's own and of the caller's, from several positions, finds the
+//  - CKelStream::GetDelimitedLength, with the list as given and prepared
+//    once, over the data laid out in pages of the stream's own and of the
+//    caller's, from several positions, finds the
 //    first of the context's value-end strings and of its special strings
 //    that matches whole, the earlier string of the list first at one
 //    position.
@@ -106,6 +107,10 @@ void CheckScan(CAdp& adp, const std::string& data, fuzz::Input& layout) {
   }
   const char* const* aSets[2] = {adp._GetValueEndStrings(), adp._GetSpecialStrings()};
   const int* aLengths[2] = {adp._GetValueEndLengths(), adp._GetSpecialLengths()};
+  CKelDelimiters aPrepared[2];
+  for (int nSet = 0; nSet < 2; ++nSet) {
+    aPrepared[nSet].Prepare(const_cast<const char**>(aSets[nSet]), aLengths[nSet]);
+  }
   for (size_t nFrom = 0; nFrom <= data.size(); nFrom += 1 + layout.Byte() % 23u) {
     for (int nSet = 0; nSet < 2; ++nSet) {
       stream.Seek(static_cast<long>(nFrom), 0);
@@ -115,6 +120,12 @@ void CheckScan(CAdp& adp, const std::string& data, fuzz::Input& layout) {
       int nWant = 99;
       const long nExpected = ReferenceLength(data, nFrom, aSets[nSet], aLengths[nSet], nWant);
       if (nGot != nExpected || nIndex != nWant) Wrong("GetDelimitedLength");
+      if (stream.Tell() != static_cast<long>(nFrom)) Wrong("GetDelimitedLength moved the position");
+      int nPreparedIndex = 99;
+      if (stream.GetDelimitedLength(aPrepared[nSet], nPreparedIndex) != nExpected ||
+          nPreparedIndex != nWant) {
+        Wrong("GetDelimitedLength of a prepared list");
+      }
       if (stream.Tell() != static_cast<long>(nFrom)) Wrong("GetDelimitedLength moved the position");
     }
   }

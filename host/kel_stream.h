@@ -63,6 +63,32 @@ class KEL_API CKelStreamPage {
 // Position. Seek takes nWhence 0 (from the start), 1 (from the current
 // position) or 2 (from the end). A target before the start throws -8; a
 // target beyond the end is clamped to the end. Read at the end returns 0.
+// The strings of GetDelimitedLength prepared once, for a caller that looks
+// for the same list again and again (a reader measuring every field). It
+// keeps the list's pointers, not copies of the strings: after changing the
+// strings or their lengths, Prepare again.
+class KEL_API CKelDelimiters {
+ public:
+  CKelDelimiters() noexcept;
+  // ppszStrings and pnLengths as GetDelimitedLength takes them; both must
+  // stay valid while the set is used. Throws -8 for a NULL list.
+  void Prepare(const char** ppszStrings, const int* pnLengths);
+
+ private:
+  friend class CKelStream;
+  enum { KEL_FEW_STRINGS = 6 };
+  const char** m_ppszStrings;
+  const int* m_pnLengths;
+  // The strings that can match (length > 0) when there are at most
+  // KEL_FEW_STRINGS of them: their list indexes and first bytes, each first
+  // byte repeated over 16 bytes. m_nCount is -1 when there are more.
+  int m_nCount;
+  bool m_bAllSingle;
+  int m_anIndex[KEL_FEW_STRINGS];
+  unsigned char m_abFirst[KEL_FEW_STRINGS];
+  alignas(16) unsigned char m_aabSplat[KEL_FEW_STRINGS][16];
+};
+
 class KEL_API CKelStream {
  public:
   enum { KEL_DEFAULT_PAGE_SIZE = 64 * 1024 };
@@ -126,6 +152,8 @@ class KEL_API CKelStream {
   // found; strings may straddle pages. The position does not move.
   long GetDelimitedLength(const char** ppszStrings, const int* pnLengths,
                           int& nIndex);
+  // The same for a list prepared once.
+  long GetDelimitedLength(const CKelDelimiters& delimiters, int& nIndex);
 
   // Writes changed bytes back to the file; does nothing for a memory stream.
   void Flush();

@@ -8,6 +8,18 @@
 #include <cstdio>
 #include <vector>
 
+// What ShortScan needs of a list of strings (CKelDelimiters' prepared
+// part): the strings that can match, at most six, in list order.
+struct KEL_LOCAL KelLeadBytes {
+  const char** ppszStrings;
+  const int* pnLengths;
+  int nCount;
+  bool bAllSingle;
+  const int* anIndex;                    // list index of each
+  const unsigned char* abFirst;          // first byte of each
+  const unsigned char (*aabSplat)[16];   // first byte of each, 16 times
+};
+
 // One run of contiguous stream bytes. Owned segments are the stream's
 // malloc'ed pages (nCapacity >= nSize); the others reference a caller's
 // buffer (nCapacity == nSize) and are copied before anything writes to them.
@@ -73,7 +85,8 @@ struct KEL_LOCAL CKelStream::Impl {
   // GetDelimitedLength's quick look at the next bytes of the current page:
   // the length (nIndex set to the string found, or -1 at the end of the
   // data), or -1 when those bytes do not decide it.
-  long ShortScan(const char** ppszStrings, const int* pnLengths, int& nIndex) const;
+  long ShortScan(const KelLeadBytes& lead, int& nIndex) const;
 };
 
 #endif  // HOST_KEL_STREAM_IMPL_H_
+

@@ -100,13 +100,13 @@ namespace {
 // Up to six first bytes, each in every lane of a register of its own.
 class FirstBytes {
  public:
-  FirstBytes(const unsigned char* abFirst, int nCount)
-      : m_v0(Splat(abFirst, nCount, 0)),
-        m_v1(Splat(abFirst, nCount, 1)),
-        m_v2(Splat(abFirst, nCount, 2)),
-        m_v3(Splat(abFirst, nCount, 3)),
-        m_v4(Splat(abFirst, nCount, 4)),
-        m_v5(Splat(abFirst, nCount, 5)) {}
+  explicit FirstBytes(const unsigned char (*aabSplat)[16])
+      : m_v0(Load(aabSplat[0])),
+        m_v1(Load(aabSplat[1])),
+        m_v2(Load(aabSplat[2])),
+        m_v3(Load(aabSplat[3])),
+        m_v4(Load(aabSplat[4])),
+        m_v5(Load(aabSplat[5])) {}
 
   // A bit for each of the sixteen bytes at p that is one of the first bytes.
   unsigned Hits(const unsigned char* p) const {
@@ -118,36 +118,55 @@ class FirstBytes {
   }
 
  private:
-  static __m128i Splat(const unsigned char* abFirst, int nCount, int k) {
-    return _mm_set1_epi8(static_cast<char>(abFirst[k < nCount ? k : 0]));
+  static __m128i Load(const unsigned char* p) {
+    return _mm_load_si128(reinterpret_cast<const __m128i*>(p));
   }
 
   __m128i m_v0, m_v1, m_v2, m_v3, m_v4, m_v5;
 };
 
-static_assert(kFewStrings == 6, "FirstBytes holds six first bytes");
-
 }  // namespace
 #endif
 
-long CKelStream::Impl::ShortScan(const char** ppszStrings, const int* pnLengths,
-                                 int& nIndex) const {
+static_assert(kFewStrings == 6, "six first bytes are compared at once");
+
+CKelDelimiters::CKelDelimiters() noexcept
+    : m_ppszStrings(nullptr), m_pnLengths(nullptr), m_nCount(0), m_bAllSingle(true),
+      m_anIndex(), m_abFirst(), m_aabSplat() {}
+
+void CKelDelimiters::Prepare(const char** ppszStrings, const int* pnLengths) {
+  if (ppszStrings == nullptr || pnLengths == nullptr) {
+    throw CKelException(KEL_ERR_ARGUMENT, "CKelDelimiters::Prepare");
+  }
+  static_assert(KEL_FEW_STRINGS == kFewStrings, "one limit");
+  m_ppszStrings = ppszStrings;
+  m_pnLengths = pnLengths;
+  m_nCount = 0;
+  m_bAllSingle = true;
+  for (int i = 0; ppszStrings[i] != nullptr; ++i) {
+    if (pnLengths[i] <= 0) continue;
+    if (m_nCount == kFewStrings) {
+      m_nCount = -1;
+      break;
+    }
+    m_anIndex[m_nCount] = i;
+    m_abFirst[m_nCount] = static_cast<unsigned char>(ppszStrings[i][0]);
+    if (pnLengths[i] != 1) m_bAllSingle = false;
+    ++m_nCount;
+  }
+  // Unused compare slots repeat the first string's byte.
+  for (int k = 0; k < kFewStrings; ++k) {
+    const int nFrom = k < m_nCount ? k : 0;
+    memset(m_aabSplat[k], m_nCount > 0 ? m_abFirst[nFrom] : 0, sizeof m_aabSplat[k]);
+  }
+}
+
+long CKelStream::Impl::ShortScan(const KelLeadBytes& lead, int& nIndex) const {
   if (nPosition >= nTotal) return -1;
   const KelSegment& segment = segments[nSegment];
   if (nOffset >= segment.nSize) return -1;
-  int anIndex[kFewStrings];
-  unsigned char abFirst[kFewStrings];
-  int nCount = 0;
-  bool bAllSingle = true;
-  for (int i = 0; ppszStrings[i] != nullptr; ++i) {
-    if (pnLengths[i] <= 0) continue;
-    if (nCount == kFewStrings) return -1;
-    anIndex[nCount] = i;
-    abFirst[nCount] = static_cast<unsigned char>(ppszStrings[i][0]);
-    if (pnLengths[i] != 1) bAllSingle = false;
-    ++nCount;
-  }
-  if (nCount == 0) return -1;
+  const int nCount = lead.nCount;
+  if (nCount <= 0) return -1;
   const unsigned long nLeft = segment.nSize - nOffset;
   const unsigned long nScan = nLeft < kShortScan ? nLeft : kShortScan;
   const unsigned char* pFrom = reinterpret_cast<const unsigned char*>(segment.pData) + nOffset;
@@ -156,10 +175,11 @@ long CKelStream::Impl::ShortScan(const char** ppszStrings, const int* pnLengths,
   const auto matchAt = [&](unsigned long nAt) -> bool {
     const unsigned char b = pFrom[nAt];
     for (int k = 0; k < nCount; ++k) {
-      if (abFirst[k] != b) continue;
-      const int i = anIndex[k];
-      if (bAllSingle || pnLengths[i] == 1 ||
-          MatchAt(nSegment, nOffset + nAt, ppszStrings[i], static_cast<unsigned long>(pnLengths[i]))) {
+      if (lead.abFirst[k] != b) continue;
+      const int i = lead.anIndex[k];
+      if (lead.bAllSingle || lead.pnLengths[i] == 1 ||
+          MatchAt(nSegment, nOffset + nAt, lead.ppszStrings[i],
+                  static_cast<unsigned long>(lead.pnLengths[i]))) {
         nIndex = i;
         return true;
       }
@@ -169,8 +189,8 @@ long CKelStream::Impl::ShortScan(const char** ppszStrings, const int* pnLengths,
   unsigned long nAt = 0;
 #ifdef __SSE2__
   // Sixteen bytes at a time: a bit for each byte that is some string's first
-  // byte. Unused compare slots repeat the first string's byte.
-  const FirstBytes first(abFirst, nCount);
+  // byte.
+  const FirstBytes first(lead.aabSplat);
   for (; nAt + 16 <= nScan; nAt += 16) {
     for (unsigned nBits = first.Hits(pFrom + nAt); nBits != 0; nBits &= nBits - 1) {
       const unsigned long nHit = nAt + static_cast<unsigned long>(__builtin_ctz(nBits));
@@ -204,9 +224,24 @@ long CKelStream::GetDelimitedLength(const char** ppszStrings,
   if (ppszStrings == nullptr || pnLengths == nullptr) {
     throw CKelException(KEL_ERR_ARGUMENT, "CKelStream::GetDelimitedLength");
   }
+  CKelDelimiters delimiters;
+  delimiters.Prepare(ppszStrings, pnLengths);
+  return GetDelimitedLength(delimiters, nIndex);
+}
+
+long CKelStream::GetDelimitedLength(const CKelDelimiters& delimiters, int& nIndex) {
+  const char** ppszStrings = delimiters.m_ppszStrings;
+  const int* pnLengths = delimiters.m_pnLengths;
+  if (ppszStrings == nullptr || pnLengths == nullptr) {
+    throw CKelException(KEL_ERR_ARGUMENT, "CKelStream::GetDelimitedLength");
+  }
   const Impl& s = *m_pImpl;
   nIndex = -1;
-  const long nShort = s.ShortScan(ppszStrings, pnLengths, nIndex);
+  const KelLeadBytes lead{ppszStrings,          pnLengths,
+                          delimiters.m_nCount,  delimiters.m_bAllSingle,
+                          delimiters.m_anIndex, delimiters.m_abFirst,
+                          delimiters.m_aabSplat};
+  const long nShort = s.ShortScan(lead, nIndex);
   if (nShort >= 0) return nShort;
   NeedleSet needles(ppszStrings, pnLengths);
 

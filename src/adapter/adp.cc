@@ -92,6 +92,8 @@ CAdp::CAdp(DB_SPECIAL_STRINGS* pSpecialStrings)
   m_anSpecialLen[3] = static_cast<int>(ADP_GROUP_START_LEN);
   m_anSpecialLen[4] = static_cast<int>(m_nTerminatorLen);
   m_anSpecialLen[5] = 0;
+  m_ValueEndSet.Prepare(m_apszValueEnd, m_anValueEndLen);
+  m_SpecialSet.Prepare(m_apszSpecial, m_anSpecialLen);
 
   std::memset(m_abSpecialLead, 0, sizeof m_abSpecialLead);
   m_bEmptySpecial = 0;

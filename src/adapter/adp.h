@@ -223,6 +223,9 @@ class CAdp : public VARNADP {
   int m_anValueEndLen[4];
   const char* m_apszSpecial[6];
   int m_anSpecialLen[6];
+  // The two lists above, prepared once for the stream's scan.
+  CKelDelimiters m_ValueEndSet;
+  CKelDelimiters m_SpecialSet;
   // Whether the field _ReadElementSize measured last holds a release.
   int m_bReleaseInField;
   // The writer's output on its way to m_pStream, and the stream page of a

@@ -45,13 +45,13 @@ unsigned long CAdp::_ReadElementSize() {
   CKelTraceFunc trace(m_pTrace, "CAdp::_ReadElementSize", -2);
   const long nStart = m_pStream->Tell();
   int nIndex = -1;
-  long nLength = m_pStream->GetDelimitedLength(m_apszValueEnd, m_anValueEndLen, nIndex);
+  long nLength = m_pStream->GetDelimitedLength(m_ValueEndSet, nIndex);
   // The first string met in the field is its first release, if it has one.
   m_bReleaseInField = nIndex != -1 && m_apszValueEnd[nIndex] == m_szRelease;
   while (nIndex != -1 && m_apszValueEnd[nIndex] == m_szRelease) {
     nLength += m_nReleaseLen;
     m_pStream->Seek(nStart + nLength, 0);
-    const long n = m_pStream->GetDelimitedLength(m_apszSpecial, m_anSpecialLen, nIndex);
+    const long n = m_pStream->GetDelimitedLength(m_SpecialSet, nIndex);
     if (n != 0 || nIndex == -1) {
       m_pTrace->Printf("*ERR: at offset %d", static_cast<int>(m_pStream->Tell()));
       throw CKelException(ADP_ERR_RELEASE_POSITION, "CAdp::_ReadElementSize", gAdpErrLookup,
@@ -59,7 +59,7 @@ unsigned long CAdp::_ReadElementSize() {
     }
     nLength += m_anSpecialLen[nIndex];
     m_pStream->Seek(nStart + nLength, 0);
-    nLength += m_pStream->GetDelimitedLength(m_apszValueEnd, m_anValueEndLen, nIndex);
+    nLength += m_pStream->GetDelimitedLength(m_ValueEndSet, nIndex);
   }
   if (m_pStream->Tell() != nStart) m_pStream->Seek(nStart, 0);
   trace.SetRC(0);

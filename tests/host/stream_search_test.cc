@@ -40,10 +40,20 @@ long ReferenceLength(const std::string& data, size_t nFrom,
   return static_cast<long>(data.size() - nFrom);
 }
 
+// Measures with the list as given and with the list prepared once; both
+// must give the same answer, and neither may move the position.
 long Measure(CKelStream& stream, const NeedleList& list, int& nIndex) {
-  return stream.GetDelimitedLength(
-      const_cast<const char**>(list.pointers.data()), list.lengths.data(),
-      nIndex);
+  const char** ppsz = const_cast<const char**>(list.pointers.data());
+  const long nPosition = stream.Tell();
+  const long nLength = stream.GetDelimitedLength(ppsz, list.lengths.data(), nIndex);
+  EXPECT_EQ(nPosition, stream.Tell());
+  CKelDelimiters prepared;
+  prepared.Prepare(ppsz, list.lengths.data());
+  int nPreparedIndex = 42;
+  EXPECT_EQ(nLength, stream.GetDelimitedLength(prepared, nPreparedIndex));
+  EXPECT_EQ(nIndex, nPreparedIndex);
+  EXPECT_EQ(nPosition, stream.Tell());
+  return nLength;
 }
 
 struct SearchCase {
@@ -135,6 +145,48 @@ TEST(KelStreamSearch, NullListsAreRejected) {
   });
   ExpectKelError(KEL_ERR_ARGUMENT,
                  [&] { stream.GetDelimitedLength(apsz, nullptr, nIndex); });
+}
+
+TEST(KelStreamSearch, PreparingNullListsIsRejected) {
+  CKelDelimiters delimiters;
+  int anLengths[] = {0};
+  const char* apsz[] = {nullptr};
+  ExpectKelError(KEL_ERR_ARGUMENT, [&] { delimiters.Prepare(nullptr, anLengths); });
+  ExpectKelError(KEL_ERR_ARGUMENT, [&] { delimiters.Prepare(apsz, nullptr); });
+}
+
+TEST(KelStreamSearch, AnUnpreparedSetIsRejected) {
+  CKelStream stream(0, nullptr, nullptr, 0);
+  Put(stream, "ab|cd");
+  stream.Seek(0, 0);
+  const CKelDelimiters delimiters;
+  int nIndex = 0;
+  ExpectKelError(KEL_ERR_ARGUMENT, [&] { stream.GetDelimitedLength(delimiters, nIndex); });
+  EXPECT_EQ(0, stream.Tell());
+}
+
+// The set keeps the list's pointers: a list changed after Prepare is seen
+// once it is prepared again, and an empty list finds nothing.
+TEST(KelStreamSearch, APreparedSetFollowsItsListWhenPreparedAgain) {
+  CKelStream stream(0, nullptr, nullptr, 0);
+  Put(stream, "ab|cd!ef");
+  stream.Seek(0, 0);
+  char szFirst[] = "|";
+  const char* apsz[] = {szFirst, nullptr};
+  int anLengths[] = {1, 0};
+  CKelDelimiters delimiters;
+  delimiters.Prepare(apsz, anLengths);
+  int nIndex = -1;
+  EXPECT_EQ(2, stream.GetDelimitedLength(delimiters, nIndex));
+  EXPECT_EQ(0, nIndex);
+  szFirst[0] = '!';
+  delimiters.Prepare(apsz, anLengths);
+  EXPECT_EQ(5, stream.GetDelimitedLength(delimiters, nIndex));
+  EXPECT_EQ(0, nIndex);
+  anLengths[0] = 0;
+  delimiters.Prepare(apsz, anLengths);
+  EXPECT_EQ(8, stream.GetDelimitedLength(delimiters, nIndex));
+  EXPECT_EQ(-1, nIndex);
 }
 
 TEST(KelStreamSearch, FindsAcrossReferencedAndOwnedPages) {
