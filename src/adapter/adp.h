@@ -95,6 +95,10 @@ class CAdp : public VARNADP {
 
   // Element tree (adapter/adp_tree.cc).
   void _BuildElementTree(CAdpTree& parent, Column_Def*& pDef);
+  // What _BuildElementTree makes under a collection that lost its item
+  // node, taken from a spare of the same shape instead (adapter/adp_tree.cc).
+  // False, with nothing changed, when no spare fits.
+  bool _BuildFromSpare(CAdpTree& parent, Column_Def*& pDef);
   void _DeleteElementAndAfter(CAdpTree* pNode);
   int _IsComplex(CAdpTree& node) { return node.m_Data.IsComplex(); }
   int _InColl(CAdpTree& node) { return node.m_Data.InColl(); }
@@ -119,6 +123,8 @@ class CAdp : public VARNADP {
   // a spare filled as a copy of item, or NULL; keeping takes a detached node.
   CAdpTree* _TakeSpareCopyOf(const CAdpTree& item);
   void _KeepSpare(CAdpTree* pNode);
+  // The spare whose top stands for pDef, taken out of the spares; or NULL.
+  CAdpTree* _TakeSpareFor(const Column_Def* pDef);
   void _DropSpares();
 
   // Navigation (adapter/adp_navigation.cc).

@@ -100,6 +100,14 @@ void CAdp::_DevelopOraObjects(CAdpTree& node, int bEmpty) {
         if (pChild->GetNextSibling() == nullptr && pChild != node.GetFirstChild()) {
           pChild->Detach();
           _KeepSpare(pChild);
+        } else if (pChild == node.GetFirstChild()) {
+          // A collection that holds no item loses its item node; the node
+          // is kept aside for the build that gives it back (the reader's,
+          // for the next record).
+          _DeleteElementAndAfter(pChild->GetNextSibling());
+          _OraDestroySubtree(*pChild);
+          pChild->Detach();
+          _KeepSpare(pChild);
         } else {
           _DeleteElementAndAfter(pChild);
         }
@@ -215,6 +223,16 @@ CAdpTree* CAdp::_TakeSpareCopyOf(const CAdpTree& item) {
     if (pFrom == nullptr) break;
   }
   delete pSpare;
+  return nullptr;
+}
+
+CAdpTree* CAdp::_TakeSpareFor(const Column_Def* pDef) {
+  for (int i = 0; i < m_nSpare; ++i) {
+    if (m_apSpare[i]->m_Data.m_pColumnDef != pDef) continue;
+    CAdpTree* pSpare = m_apSpare[i];
+    m_apSpare[i] = m_apSpare[--m_nSpare];
+    return pSpare;
+  }
   return nullptr;
 }
 

@@ -429,6 +429,83 @@ TEST_F(ReadInstanceTest, AMarkedItemHoldingACollectionIsReadWithoutGroupMarks) {
   EXPECT_EQ("1||[[x|[5|6]]]|[1|y]", WriteBack(defs.Head(), r, pTdo));
 }
 
+// Every record of a stream is read into a new object, whose collections hold
+// no item when the tree is bound to it: the tree's item nodes are cut, and
+// the same nodes come back for the items of the record (nothing of the
+// record before with them).
+TEST_F(ReadInstanceTest, RecordAfterRecordTheItemNodesComeBackEmpty) {
+  OCIType* pTdo = Type("I_ORDER_T");
+  const std::vector<std::string> records = {
+      "1|[[1]|[2]]|[[a|[1|2]]|[b|[3]]]|",
+      "2||[[|[4]]|[c|]]|",
+      "3|[[5]]|[[d|]]|",
+      "4|||",
+      "5|[[6]]|[[e|[7|8|9]]|[f|[|]]|[g|[1]]]|",
+      "6||[[h|[2]]]|",
+  };
+  CAdp* pAdp = static_cast<CAdp*>(ctx_);
+  CAdpTree* pLinesItem = nullptr;
+  for (int pass = 0; pass < 3; ++pass) {
+    for (const std::string& record : records) {
+      ReadResult r = ReadStream(order_.Head(), record, pTdo);
+      ASSERT_EQ(0, r.nRC) << record << ": " << LastException() << Trace();
+      EXPECT_EQ(record, WriteBack(order_.Head(), r, pTdo)) << "pass " << pass;
+      CAdpTree* pLines = pAdp->_GetTree().GetFirstChild()->GetNextSibling()->GetNextSibling();
+      ASSERT_NE(nullptr, pLines);
+      CAdpTree* pItem = pLines->GetFirstChild();
+      if (pItem == nullptr) continue;  // the record had no line
+      // One node reads every item; the same node from record to record.
+      EXPECT_EQ(1, Children(*pLines)) << record;
+      if (pLinesItem != nullptr) {
+        EXPECT_EQ(pLinesItem, pItem) << record;
+      }
+      pLinesItem = pItem;
+    }
+  }
+  EXPECT_EQ("", Trace());
+}
+
+// The item nodes put aside are used again only for the list they were built
+// from: another list, even one of the same shape, builds its own.
+TEST_F(ReadInstanceTest, ItemNodesPutAsideServeOnlyTheirOwnList) {
+  OCIType* pTdo = Type("I_ORDER_T");
+  const std::string record = "1||[[a|[1|2]]|[b]]|";
+  ReadResult r = ReadStream(order_.Head(), record, pTdo);
+  ASSERT_EQ(0, r.nRC) << LastException() << Trace();
+  r = ReadStream(order_.Head(), record, pTdo);
+  ASSERT_EQ(0, r.nRC) << LastException() << Trace();
+  DefList& same = NewList();
+  same.Number("ID", 3, 0);
+  same.Open("INS", "SCOTT.I_INS_T", true);
+  same.Open(nullptr, "SCOTT.I_IN_T");
+  same.Number("A", 3, 0);
+  same.Close();
+  same.Close();
+  same.Open("LINES", "SCOTT.I_LINES_T", true);
+  same.Open(nullptr, "SCOTT.I_LINE_T");
+  same.Text("SKU", 10);
+  same.Open("TAGS", "SCOTT.I_NUMS_T", true);
+  same.Number(nullptr, 3, 0);
+  same.Close();
+  same.Close();
+  same.Close();
+  same.Open("RAWS", "SCOTT.I_RAWS_T", true);
+  same.Raw(nullptr, 4);
+  same.Close();
+  for (int i = 0; i < 2; ++i) {
+    r = ReadStream(same.Head(), record, pTdo);
+    ASSERT_EQ(0, r.nRC) << LastException() << Trace();
+    EXPECT_EQ("1||[[a|[1|2]]|[b|]]|", WriteBack(same.Head(), r, pTdo));
+    CAdpTree& root = static_cast<CAdp*>(ctx_)->_GetTree();
+    for (CAdpTree* p = root.GetFirstChild(); p != nullptr; p = p->GetNextSibling()) {
+      const Column_Def* pDef = p->m_Data.m_pColumnDef;
+      bool bInList = false;
+      for (const Column_Def* q = same.Head(); q != nullptr; q = q->Next) bInList |= q == pDef;
+      EXPECT_TRUE(bInList);
+    }
+  }
+}
+
 TEST_F(ReadInstanceTest, EachReadMakesANewObject) {
   OCIType* pTdo = Type("I_HOME_T");
   ReadResult first = ReadStream(home_.Head(), "[a|b]|c", pTdo);

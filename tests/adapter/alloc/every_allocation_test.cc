@@ -282,6 +282,22 @@ TEST_F(EveryAllocationTest, ProcessStream) { ReadRounds(false); }
 
 TEST_F(EveryAllocationTest, ProcessBuffer) { ReadRounds(true); }
 
+// The second record on one context: its tree is built, and the item nodes
+// that binding the new object cuts are put aside and taken back.
+TEST_F(EveryAllocationTest, ProcessBufferAfterARecord) {
+  // adpProcessBuffer reports as adpProcessStream, whose work it does.
+  const unsigned long n = EveryAllocation(
+      "adpProcessStream",
+      [&](VARNADP* ctx) { ASSERT_EQ(0, Read(ctx, true, defs_)) << LastException(); },
+      [&](VARNADP* ctx, Column_Def* pDefs) { return Read(ctx, true, pDefs); },
+      [&] {
+        EXPECT_EQ(1, lobs_);
+        EXPECT_EQ(static_cast<long>(sizeof kText - 1), consumed_);
+        EXPECT_EQ("7||0||[3|home]|[[n0|[0|p0]|[0]]|[n1|[1|p1]|[0|1]]]|[a|b]", ReadBack());
+      });
+  EXPECT_GT(n, 10u);
+}
+
 TEST_F(EveryAllocationTest, WriteLobs) {
   const char* pszSelect = "SELECT VALUE(d) FROM m_docs d FOR UPDATE";
   const unsigned long n = EveryAllocation(
