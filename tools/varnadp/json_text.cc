@@ -30,6 +30,16 @@ size_t Utf8Length(const unsigned char* p, size_t left) {
   return n;
 }
 
+// The bytes a JSON string holds as they are: printable ASCII but the quote
+// and the backslash.
+struct PlainBytes {
+  bool plain[256] = {};
+  constexpr PlainBytes() {
+    for (unsigned c = 0x20; c < 0x80; ++c) plain[c] = c != '"' && c != '\\';
+  }
+};
+constexpr PlainBytes kPlain;
+
 void AppendUnicodeEscape(unsigned code, std::string* out) {
   out->append("\\u00");
   out->push_back(kHexDigits[(code >> 4) & 0xF]);
@@ -51,11 +61,9 @@ void AppendJsonString(std::string_view text, std::string* out) {
   const unsigned char* end = p + text.size();
   const unsigned char* run = p;
   while (p < end) {
+    while (p < end && kPlain.plain[*p]) ++p;
+    if (p == end) break;
     const unsigned char c = *p;
-    if (c >= 0x20 && c != '"' && c != '\\' && c < 0x80) {
-      ++p;
-      continue;
-    }
     size_t length = c >= 0x80 ? Utf8Length(p, static_cast<size_t>(end - p)) : 0;
     if (length != 0) {
       p += length;

@@ -149,12 +149,13 @@ bool ObjectBuilder::FillObject(simdjson::ondemand::value json, const Shape& shap
   }
   simdjson::ondemand::object object;
   if (auto code = json.get_object().get(object)) return JsonError(code);
+  size_t next = 0;
   for (auto field_result : object) {
     simdjson::ondemand::field field;
     if (auto code = std::move(field_result).get(field)) return JsonError(code);
     std::string_view key;
     if (auto code = field.unescaped_key().get(key)) return JsonError(code);
-    const Shape* member = shape.FindMember(key);
+    const Shape* member = shape.FindMember(key, &next);
     if (member == nullptr) {
       return Fail(std::string("has no attribute \"") + std::string(key) + "\" (" + shape.type_name + ")");
     }

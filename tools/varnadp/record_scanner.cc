@@ -2,6 +2,10 @@
 
 #include <cstring>
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 namespace varnadp {
 namespace {
 
@@ -15,9 +19,39 @@ bool IsBinary(const Column_Def& def) {
 
 }  // namespace
 
-bool RecordScanner::At(size_t pos, std::string_view what) const {
-  return !what.empty() && text_.size() - pos >= what.size() &&
-         std::memcmp(text_.data() + pos, what.data(), what.size()) == 0;
+RecordScanner::RecordScanner(const Shape& root, const SpecialStrings& special)
+    : root_(root), special_(special) {
+  for (const std::string_view s :
+       {std::string_view(special.release), std::string_view(special.delimiter),
+        std::string_view(special.terminator), kGroupEnd}) {
+    if (!s.empty()) stops_[static_cast<unsigned char>(s[0])] = true;
+  }
+  // Each block holds one stop byte; blocks beyond the distinct bytes repeat
+  // the group end, which is always one.
+  int n = 0;
+  for (unsigned c = 0; c < 256 && n < 4; ++c) {
+    if (stops_[c]) std::memset(stop_blocks_[n++], static_cast<int>(c), 16);
+  }
+  while (n < 4) std::memset(stop_blocks_[n++], ']', 16);
+}
+
+// The first stop byte at or after `at` in data[0, size), or size.
+size_t RecordScanner::NextStop(const char* data, size_t at, size_t size) const {
+#ifdef __SSE2__
+  const __m128i b0 = _mm_load_si128(reinterpret_cast<const __m128i*>(stop_blocks_[0]));
+  const __m128i b1 = _mm_load_si128(reinterpret_cast<const __m128i*>(stop_blocks_[1]));
+  const __m128i b2 = _mm_load_si128(reinterpret_cast<const __m128i*>(stop_blocks_[2]));
+  const __m128i b3 = _mm_load_si128(reinterpret_cast<const __m128i*>(stop_blocks_[3]));
+  for (; at + 16 <= size; at += 16) {
+    const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(data + at));
+    const __m128i hit = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(v, b0), _mm_cmpeq_epi8(v, b1)),
+                                     _mm_or_si128(_mm_cmpeq_epi8(v, b2), _mm_cmpeq_epi8(v, b3)));
+    const unsigned bits = static_cast<unsigned>(_mm_movemask_epi8(hit));
+    if (bits != 0) return at + static_cast<size_t>(__builtin_ctz(bits));
+  }
+#endif
+  while (at < size && !stops_[static_cast<unsigned char>(data[at])]) ++at;
+  return at;
 }
 
 RecordScanner::Result RecordScanner::Scan(std::string_view text, size_t from, bool last,
@@ -86,18 +120,13 @@ RecordScanner::Step RecordScanner::Field(const Shape& field, size_t* pos) const 
 // Escaped text up to the next delimiter, group end or terminator.
 RecordScanner::Step RecordScanner::Text(size_t* pos) const {
   const std::string& release = special_.release;
-  const char release_byte = release[0];
-  const char delimiter_byte = special_.delimiter[0];
-  const char terminator_byte = special_.terminator[0];
   const char* data = text_.data();
   const size_t size = text_.size();
   size_t at = *pos;
   while (at < size) {
+    at = NextStop(data, at, size);
+    if (at == size) break;
     const char c = data[at];
-    if (c != release_byte && c != delimiter_byte && c != terminator_byte && c != ']') {
-      ++at;
-      continue;
-    }
     if (At(at, release)) {
       at += release.size();
       if (at == size) {

@@ -8,6 +8,7 @@
 #define TOOLS_VARNADP_RECORD_SCANNER_H
 
 #include <cstddef>
+#include <cstring>
 #include <string_view>
 #include <vector>
 
@@ -18,7 +19,7 @@ namespace varnadp {
 
 class RecordScanner {
  public:
-  RecordScanner(const Shape& root, const SpecialStrings& special) : root_(root), special_(special) {}
+  RecordScanner(const Shape& root, const SpecialStrings& special);
 
   enum class Result { kEnd, kNeedMore, kNoMatch };
   // Scans the record that starts at `from`. kEnd: *end is where its
@@ -43,11 +44,23 @@ class RecordScanner {
   Step Fields(const Shape& shape, size_t* pos) const;
   Step Field(const Shape& field, size_t* pos) const;
   Step Text(size_t* pos) const;
+  size_t NextStop(const char* data, size_t at, size_t size) const;
   Step Binary(const Column_Def& def, size_t* pos) const;
-  bool At(size_t pos, std::string_view what) const;
+  // Whether `what` (not empty) stands whole at pos.
+  bool At(size_t pos, std::string_view what) const {
+    if (what.empty() || text_.size() - pos < what.size()) return false;
+    if (what.size() == 1) return text_[pos] == what[0];
+    return std::memcmp(text_.data() + pos, what.data(), what.size()) == 0;
+  }
 
   const Shape& root_;
   const SpecialStrings& special_;
+  // The bytes where a text value may end or hold a release: the first bytes
+  // of the release, the delimiter and the terminator, and the group end.
+  bool stops_[256] = {};
+  // The same four bytes, each repeated over 16 bytes, for a scan 16 bytes at
+  // a time.
+  alignas(16) unsigned char stop_blocks_[4][16] = {};
   // The text being scanned, for the duration of Scan.
   mutable std::string_view text_;
   mutable BinaryMarks* marks_ = nullptr;

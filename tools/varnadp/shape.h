@@ -4,6 +4,7 @@
 #ifndef TOOLS_VARNADP_SHAPE_H
 #define TOOLS_VARNADP_SHAPE_H
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -29,6 +30,15 @@ struct Shape {
   bool IsComplex() const { return kind != Kind::kScalar; }
   // The attribute named `key`: the exact name first, then without regard to case.
   const Shape* FindMember(std::string_view key) const;
+  // The same, looking first at member *next (the one after the member found
+  // last, as JSON objects mostly list the attributes in order); *next moves
+  // past the member found.
+  const Shape* FindMember(std::string_view key, size_t* next) const {
+    if (*next < members.size() && members[*next].name == key) return &members[(*next)++];
+    const Shape* found = FindMember(key);
+    if (found != nullptr) *next = static_cast<size_t>(found - members.data()) + 1;
+    return found;
+  }
 };
 
 // Builds the tree of the type `type_name` from its list and looks up the

@@ -110,15 +110,21 @@ struct OCIType : std::enable_shared_from_this<OCIType> {
   bool Layout();
   [[gnu::always_inline]] const ocimem::Attribute* FindAttribute(const char* name,
                                                                 size_t length) const {
-    // In line: the attribute after the one found last (attribute names are unique, so
-    // this finds the same attribute as the scan).
+    // In line: the attribute after the one found last, then that one (attribute names
+    // are unique, so this finds the same attribute as the scan).
     const size_t hint = attribute_hint.load(std::memory_order_relaxed);
-    if (hint < attributes.size()) {
+    const size_t count = attributes.size();
+    if (hint < count) {
       const ocimem::Attribute& a = attributes[hint];
       if (a.name.size() == length && ocimem::SameBytes(a.name.data(), name, length)) {
-        attribute_hint.store(hint + 1 == attributes.size() ? 0 : hint + 1,
-                             std::memory_order_relaxed);
+        attribute_hint.store(hint + 1 == count ? 0 : hint + 1, std::memory_order_relaxed);
         return &a;
+      }
+      // Then the attribute found last: hosts that get an attribute and then
+      // set it ask for it twice in a row.
+      const ocimem::Attribute& last = attributes[hint == 0 ? count - 1 : hint - 1];
+      if (last.name.size() == length && ocimem::SameBytes(last.name.data(), name, length)) {
+        return &last;
       }
     }
     return FindAttributeScan(name, length);

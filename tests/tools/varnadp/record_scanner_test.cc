@@ -100,5 +100,40 @@ TEST_F(RecordScannerTest, ReleasedSpecialsStayInsideText) {
   EXPECT_EQ(text.size() - 2, end);
 }
 
+// Long text values are looked at sixteen bytes at a time: a released
+// special string, or the end of the value, at every offset of a long value.
+TEST_F(RecordScannerTest, EveryOffsetOfALongTextValue) {
+  for (const char* special : {"!|", "!]", "!!", "!\r\n", "!["}) {
+    for (size_t at = 0; at <= 40; ++at) {
+      const std::string name = std::string(at, 'n') + special + std::string(40 - at, 'm');
+      const std::string text = "1|" + name + "|||||[" + std::string(at, 't') + "]\r\nnext";
+      size_t end = 0;
+      ASSERT_EQ(RecordScanner::Result::kEnd, Scan(text, false, &end)) << special << " at " << at;
+      EXPECT_EQ(text.size() - 6, end) << special << " at " << at;
+    }
+  }
+  // A value that ends at every offset, followed by the other fields.
+  for (size_t length = 0; length <= 40; ++length) {
+    const std::string text = "1|" + std::string(length, 'v') + "|||||[a]\r\n";
+    size_t end = 0;
+    ASSERT_EQ(RecordScanner::Result::kEnd, Scan(text, false, &end)) << length;
+    EXPECT_EQ(text.size() - 2, end) << length;
+  }
+}
+
+// Special strings of several bytes, whose first bytes also appear alone in
+// the values.
+TEST_F(RecordScannerTest, SpecialStringsOfSeveralBytes) {
+  special_.delimiter = "<>";
+  special_.terminator = "~~";
+  special_.release = "\\";
+  const std::string name = "a<b~c" + std::string(30, 'x') + "\\<>\\~~d\\]e";
+  // The null RAW and the null BLOB are their bars, whatever the delimiter.
+  const std::string text = "1<>" + name + "<>|<>|<>[t<>u" + std::string(20, 'w') + "]~~next";
+  size_t end = 0;
+  ASSERT_EQ(RecordScanner::Result::kEnd, Scan(text, false, &end));
+  EXPECT_EQ(text.size() - 6, end);
+}
+
 }  // namespace
 }  // namespace varnadp
