@@ -34,23 +34,28 @@ class ReadInstanceTest : public ReadTest {
     home_.Text("CITY", 10);
     home_.Close();
     home_.Text("B", 10);
-    order_.Number("ID", 3, 0);
-    order_.Open("INS", "SCOTT.I_INS_T", true);
-    order_.Open(nullptr, "SCOTT.I_IN_T");
-    order_.Number("A", 3, 0);
-    order_.Close();
-    order_.Close();
-    order_.Open("LINES", "SCOTT.I_LINES_T", true);
-    order_.Open(nullptr, "SCOTT.I_LINE_T");
-    order_.Text("SKU", 10);
-    order_.Open("TAGS", "SCOTT.I_NUMS_T", true);
-    order_.Number(nullptr, 3, 0);
-    order_.Close();
-    order_.Close();
-    order_.Close();
-    order_.Open("RAWS", "SCOTT.I_RAWS_T", true);
-    order_.Raw(nullptr, 4);
-    order_.Close();
+    DescribeOrder(order_);
+  }
+
+  // I_ORDER_T's list.
+  static void DescribeOrder(DefList& defs) {
+    defs.Number("ID", 3, 0);
+    defs.Open("INS", "SCOTT.I_INS_T", true);
+    defs.Open(nullptr, "SCOTT.I_IN_T");
+    defs.Number("A", 3, 0);
+    defs.Close();
+    defs.Close();
+    defs.Open("LINES", "SCOTT.I_LINES_T", true);
+    defs.Open(nullptr, "SCOTT.I_LINE_T");
+    defs.Text("SKU", 10);
+    defs.Open("TAGS", "SCOTT.I_NUMS_T", true);
+    defs.Number(nullptr, 3, 0);
+    defs.Close();
+    defs.Close();
+    defs.Close();
+    defs.Open("RAWS", "SCOTT.I_RAWS_T", true);
+    defs.Raw(nullptr, 4);
+    defs.Close();
   }
 
   static int Children(CAdpTree& node) {
@@ -475,23 +480,7 @@ TEST_F(ReadInstanceTest, ItemNodesPutAsideServeOnlyTheirOwnList) {
   r = ReadStream(order_.Head(), record, pTdo);
   ASSERT_EQ(0, r.nRC) << LastException() << Trace();
   DefList& same = NewList();
-  same.Number("ID", 3, 0);
-  same.Open("INS", "SCOTT.I_INS_T", true);
-  same.Open(nullptr, "SCOTT.I_IN_T");
-  same.Number("A", 3, 0);
-  same.Close();
-  same.Close();
-  same.Open("LINES", "SCOTT.I_LINES_T", true);
-  same.Open(nullptr, "SCOTT.I_LINE_T");
-  same.Text("SKU", 10);
-  same.Open("TAGS", "SCOTT.I_NUMS_T", true);
-  same.Number(nullptr, 3, 0);
-  same.Close();
-  same.Close();
-  same.Close();
-  same.Open("RAWS", "SCOTT.I_RAWS_T", true);
-  same.Raw(nullptr, 4);
-  same.Close();
+  DescribeOrder(same);
   for (int i = 0; i < 2; ++i) {
     r = ReadStream(same.Head(), record, pTdo);
     ASSERT_EQ(0, r.nRC) << LastException() << Trace();
