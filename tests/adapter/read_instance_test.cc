@@ -37,8 +37,8 @@ class ReadInstanceTest : public ReadTest {
     DescribeOrder(order_);
   }
 
-  // I_ORDER_T's list.
-  static void DescribeOrder(DefList& defs) {
+  // I_ORDER_T's list; nLineFlags are added to the LINES item's flags.
+  static void DescribeOrder(DefList& defs, unsigned short nLineFlags = 0) {
     defs.Number("ID", 3, 0);
     defs.Open("INS", "SCOTT.I_INS_T", true);
     defs.Open(nullptr, "SCOTT.I_IN_T");
@@ -46,7 +46,7 @@ class ReadInstanceTest : public ReadTest {
     defs.Close();
     defs.Close();
     defs.Open("LINES", "SCOTT.I_LINES_T", true);
-    defs.Open(nullptr, "SCOTT.I_LINE_T");
+    defs.Open(nullptr, "SCOTT.I_LINE_T").Flags |= nLineFlags;
     defs.Text("SKU", 10);
     defs.Open("TAGS", "SCOTT.I_NUMS_T", true);
     defs.Number(nullptr, 3, 0);
@@ -398,23 +398,7 @@ TEST_F(ReadInstanceTest, AnItemTypeNameIsCutAtItsFirstPointAndLeftWhole) {
 
 TEST_F(ReadInstanceTest, AMarkedItemHoldingACollectionIsReadWithoutGroupMarks) {
   DefList& defs = NewList();
-  defs.Number("ID", 3, 0);
-  defs.Open("INS", "SCOTT.I_INS_T", true);
-  defs.Open(nullptr, "SCOTT.I_IN_T");
-  defs.Number("A", 3, 0);
-  defs.Close();
-  defs.Close();
-  defs.Open("LINES", "SCOTT.I_LINES_T", true);
-  defs.Open(nullptr, "SCOTT.I_LINE_T").Flags |= 0x0002;
-  defs.Text("SKU", 10);
-  defs.Open("TAGS", "SCOTT.I_NUMS_T", true);
-  defs.Number(nullptr, 3, 0);
-  defs.Close();
-  defs.Close();
-  defs.Close();
-  defs.Open("RAWS", "SCOTT.I_RAWS_T", true);
-  defs.Raw(nullptr, 4);
-  defs.Close();
+  DescribeOrder(defs, 0x0002);
   OCIType* pTdo = Type("I_ORDER_T");
   ReadResult r = ReadBuffer(defs.Head(), "1||[x|[5|6]]|[1|y]", pTdo);
   ASSERT_EQ(0, r.nRC) << LastException() << Trace();
