@@ -194,9 +194,10 @@ long Converter::OffsetInRecord(long offset) const {
   return offset - shift;
 }
 
-bool Converter::Decode(std::string_view received, std::string* out, RecordError* error) {
+bool Converter::Decode(std::string_view received, std::string* out, RecordError* error, bool as_read) {
   trace_.ClearBuffer();
-  const std::string_view record = ReaderForm(received);
+  if (as_read) edits_.clear();
+  const std::string_view record = as_read ? received : ReaderForm(received);
   const void* buffer = record.data();
   Column_Def* defs = list_;
   void* instance = nullptr;

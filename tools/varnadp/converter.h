@@ -58,7 +58,8 @@ class Converter {
   bool Encode(simdjson::ondemand::value json, std::string* out, RecordError* error);
   // Reads one record (without its terminator) and appends its JSON and a
   // line feed to *out; with out NULL it only reads and checks.
-  bool Decode(std::string_view received, std::string* out, RecordError* error);
+  // `as_read`: the record is known to read as received (see ReaderForm).
+  bool Decode(std::string_view received, std::string* out, RecordError* error, bool as_read = false);
 
   const Column_Def* list() const { return list_; }
   const Shape& shape() const { return *shape_; }

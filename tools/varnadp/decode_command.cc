@@ -13,7 +13,7 @@ void DecodeBatch(Converter& converter, Batch& batch, bool write, bool keep_going
   for (const Batch::Record& record : batch.records) {
     const std::string_view bytes(batch.data.data() + record.begin, record.size);
     RecordError error;
-    const bool ok = converter.Decode(bytes, write ? &batch.out : nullptr, &error);
+    const bool ok = converter.Decode(bytes, write ? &batch.out : nullptr, &error, record.as_read);
     AppendTrace(converter, &batch.messages);
     if (ok) {
       ++batch.converted;

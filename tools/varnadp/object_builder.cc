@@ -223,11 +223,54 @@ bool ObjectBuilder::FillCollection(simdjson::ondemand::value json, const Shape& 
   return true;
 }
 
+bool ObjectBuilder::BlankItem(const Shape& item, void** instance, OCIInd** ind) {
+  for (const Blank& blank : blanks_) {
+    if (blank.shape == &item) {
+      *instance = blank.instance;
+      *ind = blank.ind;
+      return true;
+    }
+  }
+  if (!NewInstance(item, instance, ind)) return false;
+  blanks_.push_back({&item, *instance, *ind});
+  return true;
+}
+
+ObjectBuilder::~ObjectBuilder() {
+  for (const Blank& blank : blanks_) Free(blank.instance);
+}
+
 bool ObjectBuilder::AppendItem(simdjson::ondemand::value json, const Shape& item, OCIColl* coll) {
   if (!item.IsComplex()) return AppendScalarItem(json, item, coll);
   JsonKind kind;
   std::string_view text;
   if (!Read(json, &kind, &text)) return false;
+  if (item.kind == Shape::Kind::kObject) {
+    // The null object goes in (a null item stays so), and a present item is
+    // filled where it now stands: the element OCICollGetElem hands out may be
+    // written through, so no object of its own is made, copied and freed.
+    void* blank = nullptr;
+    OCIInd* blank_ind = nullptr;
+    if (!BlankItem(item, &blank, &blank_ind)) return false;
+    if (!Oracle(OCICollAppend(session_.env(), session_.err(), blank, blank_ind, coll), "OCICollAppend")) {
+      return false;
+    }
+    if (kind == JsonKind::kNull) return true;
+    sb4 size = 0;
+    if (!Oracle(OCICollSize(session_.env(), session_.err(), coll, &size), "OCICollSize")) return false;
+    boolean exists = FALSE;
+    void* elem = nullptr;
+    void* elem_ind = nullptr;
+    if (!Oracle(OCICollGetElem(session_.env(), session_.err(), coll, size - 1, &exists, &elem, &elem_ind),
+                "OCICollGetElem")) {
+      return false;
+    }
+    if (!exists || elem == nullptr || elem_ind == nullptr) {
+      return Fail("was appended but cannot be found in its collection");
+    }
+    *static_cast<OCIInd*>(elem_ind) = OCI_IND_NOTNULL;
+    return FillObject(json, item, elem, elem_ind);
+  }
   void* value = nullptr;
   OCIInd* ind = nullptr;
   if (!NewInstance(item, &value, &ind)) return false;
@@ -235,10 +278,7 @@ bool ObjectBuilder::AppendItem(simdjson::ondemand::value json, const Shape& item
   // A null item goes in as a value with the null indicator.
   OCIInd null_collection = OCI_IND_NULL;
   void* item_ind = ind;
-  if (item.kind == Shape::Kind::kObject) {
-    *ind = kind == JsonKind::kNull ? OCI_IND_NULL : OCI_IND_NOTNULL;
-    if (kind != JsonKind::kNull) ok = FillObject(json, item, value, ind);
-  } else if (kind == JsonKind::kNull) {
+  if (kind == JsonKind::kNull) {
     item_ind = &null_collection;
   } else {
     ok = FillCollection(json, item, static_cast<OCIColl*>(value));

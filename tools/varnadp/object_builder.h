@@ -20,6 +20,9 @@ class OciSession;
 class ObjectBuilder {
  public:
   ObjectBuilder(OciSession& session, const Shape& root) : session_(session), root_(root) {}
+  ~ObjectBuilder();
+  ObjectBuilder(const ObjectBuilder&) = delete;
+  ObjectBuilder& operator=(const ObjectBuilder&) = delete;
 
   // A new instance (and its null structure; NULL for a collection) holding
   // the value. False with error() set: a JSON syntax error, an attribute that
@@ -39,6 +42,7 @@ class ObjectBuilder {
   bool AppendItem(simdjson::ondemand::value json, const Shape& item, OCIColl* coll);
   bool AppendScalarItem(simdjson::ondemand::value json, const Shape& item, OCIColl* coll);
   bool NewInstance(const Shape& shape, void** instance, OCIInd** ind);
+  bool BlankItem(const Shape& item, void** instance, OCIInd** ind);
 
   bool Read(simdjson::ondemand::value& json, JsonKind* kind, std::string_view* text);
   bool JsonError(simdjson::error_code code);
@@ -55,6 +59,14 @@ class ObjectBuilder {
     long index;
   };
   std::vector<Step> path_;
+  // A null object of each object item type met, made once: items are
+  // appended as a copy of it and filled where they stand in the collection.
+  struct Blank {
+    const Shape* shape;
+    void* instance;
+    OCIInd* ind;
+  };
+  std::vector<Blank> blanks_;
 };
 
 }  // namespace varnadp

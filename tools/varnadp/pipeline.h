@@ -26,6 +26,9 @@ struct Batch {
     size_t stored;       // in data, with its ending
     long long number;    // 1-based, in the input
     long long offset;    // of its first byte in the input
+    // The reader takes the record as received: the splitter scanned it and
+    // found nothing that reads differently (decode only).
+    bool as_read = false;
   };
   std::string data;      // the records' bytes as received, each followed by its ending
   std::vector<Record> records;

@@ -19,10 +19,11 @@ bool Refill(InputFile& input, std::string* data, size_t* pos, std::string* error
   return input.ReadMore(data, kChunk, kPadding, error);
 }
 
-void AddRecord(Batch* batch, std::string_view bytes, size_t size, long long number, long long offset) {
+void AddRecord(Batch* batch, std::string_view bytes, size_t size, long long number, long long offset,
+               bool as_read = false) {
   const size_t begin = batch->data.size();
   batch->data.append(bytes.data(), bytes.size());
-  batch->records.push_back({begin, size, bytes.size(), number, offset});
+  batch->records.push_back({begin, size, bytes.size(), number, offset, as_read});
 }
 
 }  // namespace
@@ -105,7 +106,8 @@ bool StreamSplitter::Next(InputFile& input, std::string* data, Batch* made, std:
     const std::string_view text(*data);
     if (pos_ == text.size() && input.at_end()) break;
     size_t end = 0;
-    const RecordScanner::Result result = scanner_.Scan(text, pos_, input.at_end(), &end);
+    marks_.clear();
+    const RecordScanner::Result result = scanner_.Scan(text, pos_, input.at_end(), &end, &marks_);
     if (result == RecordScanner::Result::kNoMatch) {
       end = special_.FindRecordEnd(text, pos_);
       if (end == text.size() && !input.at_end()) {
@@ -118,7 +120,12 @@ bool StreamSplitter::Next(InputFile& input, std::string* data, Batch* made, std:
     }
     const size_t next = end == text.size() ? end : end + terminator.size();
     const long long offset = consumed_;
-    AddRecord(made, text.substr(pos_, next - pos_), end - pos_, ++records_, offset);
+    // The converter scans again only a record that reads differently from
+    // how it came: one that is not laid out as the writer lays records out,
+    // or whose binary values hold bars that change.
+    const bool as_read = result == RecordScanner::Result::kEnd && marks_.null_raws.empty() &&
+                         (special_.delimiter == "|" || marks_.length_ends.empty());
+    AddRecord(made, text.substr(pos_, next - pos_), end - pos_, ++records_, offset, as_read);
     consumed_ += static_cast<long long>(next - pos_);
     pos_ = next;
     if (made->records.size() >= kBatchRecords || made->data.size() >= kBatchBytes) break;

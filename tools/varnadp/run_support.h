@@ -64,6 +64,7 @@ class StreamSplitter {
 
  private:
   RecordScanner scanner_;
+  RecordScanner::BinaryMarks marks_;
   const SpecialStrings& special_;
   size_t pos_ = 0;
   long long consumed_ = 0;

@@ -195,6 +195,50 @@ BAD_JSON_LINES = (b'{"ID":1,"NAME":"one"}\n'
                   b'{"ID":7,"NAME":"seven"}\n')
 
 
+def case_items_of_objects_stand_apart():
+    # Each object item holds only what its own JSON gives: an attribute left
+    # out is null, never the value an earlier item of the collection had,
+    # at every depth; a null item stays null.
+    record = (b'{"ID":7,"ORDERS":[{"ORDER_NO":1,"PLACED":"2001-02-03 04:05:06","LINES":[{"SKU":"a","QTY":1,'
+              b'"PRICE":2.5},{"SKU":"b"}]},{"ORDER_NO":2},null,{"LINES":[null,{"QTY":3,"PRICE":1}]}]}\n')
+    stream = b"7||||||[[1|2001-02-03 04:05:06||[[a|1|2.5]|[b||]]]|[2|||]||[|||[|[|3|1.]]]]|||||\r\n"
+    rc, out, err = run(write("items.jsonl", record), command="encode")
+    expect_equal(0, rc, "encode exit status")
+    expect_equal(stream, out, "stream")
+    rc, out, err = run(write("items.txt", stream), command="decode")
+    expect_equal(0, rc, "decode exit status")
+    expect_equal(b'{"ID":7,"NAME":null,"BALANCE":null,"SINCE":null,"ADDRESS":null,"PHONES":null,"ORDERS":['
+                 b'{"ORDER_NO":1,"PLACED":"2001-02-03 04:05:06","SHIPPED":null,"LINES":[{"SKU":"a","QTY":1,'
+                 b'"PRICE":2.50},{"SKU":"b","QTY":null,"PRICE":null}]},'
+                 b'{"ORDER_NO":2,"PLACED":null,"SHIPPED":null,"LINES":null},null,'
+                 b'{"ORDER_NO":null,"PLACED":null,"SHIPPED":null,"LINES":[null,{"SKU":null,"QTY":3,"PRICE":1.00}]}],'
+                 b'"NOTES":null,"PHOTO":null,"TOKEN":null}\n', out, "objects read back")
+    # A bad attribute in a later item is named by its path.
+    rc, out, err = run(write("bad_item.jsonl", b'{"ID":8,"ORDERS":[{"ORDER_NO":1},{"LINES":[{"SKU":"a"},{"SKUU":"b"}]}]}\n'),
+                       command="encode")
+    expect_equal(1, rc, "exit status of the bad item")
+    expect_equal(b"", out, "nothing written for the bad item")
+    expect_equal('varnadp: record 1 (byte 63): attribute ORDERS[1].LINES[1] has no attribute "SKUU" (SCOTT.LINE_T)\n',
+                 err, "message of the bad item")
+
+
+def case_object_items_beyond_a_varray_limit():
+    # The item that does not fit is named, and the byte is where it starts.
+    # ORA-22165 for a full VARRAY is the in-memory OCI's best reading of
+    # Oracle's documentation (UNCONFIRMED there).
+    schema = write("points.sql", "CREATE TYPE pt_t AS OBJECT (x NUMBER, label VARCHAR2(10));\n/\n"
+                                 "CREATE TYPE pts_t AS VARRAY(2) OF pt_t;\n/\n"
+                                 "CREATE TYPE shape_t AS OBJECT (id NUMBER, pts pts_t);\n/\n")
+    records = (b'{"ID":1,"PTS":[{"X":1},{"LABEL":"b"}]}\n'
+               b'{"ID":2,"PTS":[{"X":1},null,{"X":3}]}\n')
+    rc, out, err = run(write("points.jsonl", records), "--bad", os.devnull, command="encode",
+                       schema=schema, type_name="shape_t")
+    expect_equal(1, rc, "exit status")
+    expect_equal(b"1.|[[1.|]|[|b]]\r\n", out, "the record that fits")
+    expect_equal("varnadp: record 2 (byte 67): attribute PTS[2] OCICollAppend failed: ORA-22165: given index [2] "
+                 "must be in the range of [0] to [1]\n", err, "message")
+
+
 def case_first_failure_stops_the_run():
     rc, out, err = run(write("bad.jsonl", BAD_JSON_LINES), command="encode")
     expect_equal(1, rc, "exit status")
