@@ -52,8 +52,7 @@ bool JsonWriter::WriteObject(const Shape& shape, Value value, const Value* lobs,
   for (const Shape& member : shape.members) {
     if (!first) out->push_back(',');
     first = false;
-    AppendJsonString(member.name, out);
-    out->push_back(':');
+    out->append(member.json_key);
     // A LOB's contents, and anything that may hold one, come from the stored copy too.
     const bool from_lobs = lobs != nullptr && (IsLob(member) || member.IsComplex());
     const bool lob_only = lobs != nullptr && IsLob(member);

@@ -2,6 +2,7 @@
 
 #include <strings.h>
 
+#include "json_text.h"
 #include "oci_session.h"
 
 namespace varnadp {
@@ -16,6 +17,8 @@ void ReadMembers(const Column_Def*& record, Shape* parent) {
     Shape member;
     member.def = def;
     if (def->ColumnName != nullptr && def->InCollection == 0) member.name = def->ColumnName;
+    AppendJsonString(member.name, &member.json_key);
+    member.json_key.push_back(':');
     if ((def->Flags & COLDEF_COMPLEX) != 0) {
       member.kind = def->DataType == SQLT_NCO ? Shape::Kind::kCollection : Shape::Kind::kObject;
       if (def->TypeName != nullptr) member.type_name = def->TypeName;

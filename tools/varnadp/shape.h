@@ -23,6 +23,7 @@ struct Shape {
   Kind kind = Kind::kScalar;
   const Column_Def* def = nullptr;  // the record; nullptr for the root
   std::string name;                 // attribute name; empty for items and the root
+  std::string json_key;             // the name as a JSON key with its colon: "NAME":
   std::string type_name;            // of objects and collections
   OCIType* tdo = nullptr;           // of objects and collections
   std::vector<Shape> members;       // attributes, or a collection's one item
