@@ -194,11 +194,18 @@ bool ObjectBuilder::SetAttribute(simdjson::ondemand::value json, const Shape& me
     std::string error;
     if (!StoreScalar(session_, *member.def, kind, text, slot, &error)) return Fail(error);
   }
-  if (object) *static_cast<OCIInd*>(attr_null_struct) = result;
-  return Oracle(OCIObjectSetAttr(session_.env(), session_.err(), instance, null_struct, tdo, names,
-                                 lengths, 1, nullptr, 0, result, object ? attr_null_struct : nullptr,
-                                 nullptr),
-                "OCIObjectSetAttr");
+  // The value is in its slot; the indicator is written where Oracle's null
+  // structure keeps it, as a program built on the generated null structs
+  // does: an embedded object's _atomic (GetAttr handed out its null
+  // structure), any other attribute's own OCIInd. That is what
+  // OCIObjectSetAttr with no value would do, without looking the name up
+  // again.
+  if (object) {
+    *static_cast<OCIInd*>(attr_null_struct) = result;
+  } else {
+    static_cast<OCIInd*>(null_struct)[member.ind_index] = result;
+  }
+  return true;
 }
 
 bool ObjectBuilder::FillCollection(simdjson::ondemand::value json, const Shape& shape, OCIColl* coll) {

@@ -41,6 +41,17 @@ bool ResolveTypes(Shape* shape, OciSession& session) {
 
 }  // namespace
 
+void LayOutNullStructures(Shape* shape) {
+  size_t count = 1;  // the object's _atomic
+  for (Shape& member : shape->members) {
+    LayOutNullStructures(&member);
+    if (shape->kind != Shape::Kind::kObject) continue;  // an item has a null structure of its own
+    member.ind_index = count;
+    count += member.kind == Shape::Kind::kObject ? member.ind_count : 1;
+  }
+  shape->ind_count = shape->kind == Shape::Kind::kObject ? count : 1;
+}
+
 const Shape* Shape::FindMember(std::string_view key) const {
   for (const Shape& member : members) {
     if (member.name == key) return &member;
@@ -62,6 +73,7 @@ std::unique_ptr<Shape> BuildShape(const Column_Def* list, const std::string& typ
   root->kind = collection ? Shape::Kind::kCollection : Shape::Kind::kObject;
   const Column_Def* record = list;
   ReadMembers(record, root.get());
+  LayOutNullStructures(root.get());
   if (!ResolveTypes(root.get(), session)) return nullptr;
   return root;
 }

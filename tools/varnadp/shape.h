@@ -27,6 +27,12 @@ struct Shape {
   std::string type_name;            // of objects and collections
   OCIType* tdo = nullptr;           // of objects and collections
   std::vector<Shape> members;       // attributes, or a collection's one item
+  // Oracle's null structure of an object (its _atomic, then an OCIInd for
+  // every attribute, an embedded object's whole null structure in place):
+  // where an attribute's indicator stands in its parent's, and how many
+  // OCIInds an object's takes.
+  size_t ind_index = 0;
+  size_t ind_count = 1;
 
   bool IsComplex() const { return kind != Kind::kScalar; }
   // The attribute named `key`: the exact name first, then without regard to case.
@@ -45,6 +51,9 @@ struct Shape {
 // Builds the tree of the type `type_name` from its list and looks up the
 // type of every object and collection in it. Null with session's error set
 // when a type cannot be found.
+// Sets ind_index and ind_count over the tree (BuildShape does).
+void LayOutNullStructures(Shape* shape);
+
 std::unique_ptr<Shape> BuildShape(const Column_Def* list, const std::string& type_name,
                                   OciSession& session);
 
