@@ -186,33 +186,59 @@ void KeepShared(void* p, std::size_t c, std::size_t bytes) {
   ++g_values.kept[c];
 }
 
+// Trivially destructible and constant-initialised, so that reaching it costs one
+// thread-local access and no check of a guard: the flush at thread end is done by
+// ThreadFlush, made live the first time the thread uses its blocks.
 struct ThreadBlocks {
-  void* free_list[kClasses] = {};
-  std::size_t kept[kClasses] = {};
-  void* set_aside[kClasses] = {};
-
-  // The thread's blocks go to the shared lists when it ends.
-  ~ThreadBlocks();
+  enum State : unsigned char { kUnused, kInUse, kGone };
+  void* free_list[kClasses];
+  std::size_t kept[kClasses];
+  void* set_aside[kClasses];
+  State state;
 };
 
-// Whether this thread's blocks are gone (its thread-local objects were destroyed): frees
-// after that go to the shared lists.
-thread_local bool t_blocks_gone = false;
-thread_local ThreadBlocks t_blocks;
+thread_local ThreadBlocks t_blocks = {};
 
-ThreadBlocks::~ThreadBlocks() {
-  t_blocks_gone = true;
+// The thread's blocks go to the shared lists when it ends; frees after that (by
+// thread-local objects destroyed later) go straight to the shared lists.
+struct ThreadFlush {
+  bool armed = false;
+  ~ThreadFlush();
+};
+
+thread_local ThreadFlush t_flush;
+
+ThreadFlush::~ThreadFlush() {
+  ThreadBlocks& t = t_blocks;
+  t.state = ThreadBlocks::kGone;
   g_values.Lock();
   for (std::size_t c = 0; c < kClasses; ++c) {
     const std::size_t bytes = (c + 1) * kGrain;
-    for (void* p = free_list[c]; p != nullptr;) {
+    for (void* p = t.free_list[c]; p != nullptr;) {
       void* next = *static_cast<void**>(p);
       KeepShared(p, c, bytes);
       p = next;
     }
-    if (set_aside[c] != nullptr) KeepShared(set_aside[c], c, bytes);
+    t.free_list[c] = nullptr;
+    t.kept[c] = 0;
+    if (t.set_aside[c] != nullptr) KeepShared(t.set_aside[c], c, bytes);
+    t.set_aside[c] = nullptr;
   }
   g_values.Unlock();
+}
+
+// This thread's blocks, or nullptr once they are gone.
+[[gnu::noinline]] ThreadBlocks* FirstUse(ThreadBlocks& t) {
+  if (t.state == ThreadBlocks::kGone) return nullptr;
+  t_flush.armed = true;  // makes the flush live: its destructor runs when the thread ends
+  t.state = ThreadBlocks::kInUse;
+  return &t;
+}
+
+inline ThreadBlocks* Blocks() {
+  ThreadBlocks& t = t_blocks;
+  if (t.state == ThreadBlocks::kInUse) return &t;
+  return FirstUse(t);
 }
 
 // Keeps a free block of class c on this thread's list, moving half the list to the shared
@@ -238,8 +264,8 @@ void* PooledAlloc(std::size_t size) noexcept {
   const std::size_t c = ClassOf(size);
   if (c == kNotPooled) return std::malloc(size == 0 ? 1 : size);
   const std::size_t bytes = (c + 1) * kGrain;
-  if (!t_blocks_gone) {
-    ThreadBlocks& t = t_blocks;
+  if (ThreadBlocks* tb = Blocks()) {
+    ThreadBlocks& t = *tb;
     if (t.free_list[c] == nullptr) {
       // A batch from the shared list, under one lock.
       g_values.Lock();
@@ -282,8 +308,8 @@ void PooledFree(void* p, std::size_t size) noexcept {
   }
   const std::size_t bytes = (c + 1) * kGrain;
   PoisonBlock(p, bytes);
-  if (!t_blocks_gone) {
-    KeepOnThread(t_blocks, p, c);
+  if (ThreadBlocks* t = Blocks()) {
+    KeepOnThread(*t, p, c);
     return;
   }
   g_values.Lock();
@@ -299,7 +325,8 @@ void PooledFreeInstance(void* p, std::size_t size) noexcept {
   }
   const std::size_t bytes = (c + 1) * kGrain;
   PoisonBlock(p, bytes);
-  if (t_blocks_gone) {
+  ThreadBlocks* tb = Blocks();
+  if (tb == nullptr) {
     g_values.Lock();
     KeepShared(p, c, bytes);
     g_values.Unlock();
@@ -308,7 +335,7 @@ void PooledFreeInstance(void* p, std::size_t size) noexcept {
   // The block freed last is set aside until the next instance block of its class is
   // freed, so that the instance made right after a free is never at the address of the
   // one just freed, on this thread.
-  ThreadBlocks& t = t_blocks;
+  ThreadBlocks& t = *tb;
   void* previous = t.set_aside[c];
   t.set_aside[c] = p;
   if (previous != nullptr) KeepOnThread(t, previous, c);
@@ -332,8 +359,8 @@ void ForEachKeptBlock(void (*visit)(void* block, void* arg), void* arg) noexcept
     for (void* p = head; p != nullptr; p = *static_cast<void**>(p)) visit(p, arg);
   }
   g_values.Unlock();
-  if (t_blocks_gone) return;
   const ThreadBlocks& t = t_blocks;
+  if (t.state != ThreadBlocks::kInUse) return;
   for (std::size_t c = 0; c < kClasses; ++c) {
     for (void* p = t.free_list[c]; p != nullptr; p = *static_cast<void**>(p)) visit(p, arg);
     if (t.set_aside[c] != nullptr) visit(t.set_aside[c], arg);
