@@ -91,6 +91,26 @@ bool ObjectBuilder::Read(simdjson::ondemand::value& json, JsonKind* kind, std::s
   return JsonError(simdjson::INCORRECT_TYPE);
 }
 
+namespace {
+
+// Whether an object of this shape can be made over for the next record:
+// anything but large objects, whose temporary contents belong to a record.
+bool Reusable(const Shape& shape) {
+  if (shape.kind == Shape::Kind::kScalar) {
+    return shape.def == nullptr ||
+           (shape.def->DataType != SQLT_CLOB && shape.def->DataType != SQLT_BLOB);
+  }
+  for (const Shape& member : shape.members) {
+    if (!Reusable(member)) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+ObjectBuilder::ObjectBuilder(OciSession& session, const Shape& root)
+    : session_(session), root_(root), reusable_(root.kind == Shape::Kind::kObject && Reusable(root)) {}
+
 bool ObjectBuilder::NewInstance(const Shape& shape, void** instance, OCIInd** ind) {
   const OCITypeCode code =
       shape.kind == Shape::Kind::kCollection ? OCI_TYPECODE_NAMEDCOLLECTION : OCI_TYPECODE_OBJECT;
@@ -111,7 +131,45 @@ bool ObjectBuilder::NewInstance(const Shape& shape, void** instance, OCIInd** in
 }
 
 void ObjectBuilder::Free(void* instance) {
-  if (instance != nullptr) OCIObjectFree(session_.env(), session_.err(), instance, OCI_OBJECTFREE_FORCE);
+  if (instance != nullptr && instance != kept_) {
+    OCIObjectFree(session_.env(), session_.err(), instance, OCI_OBJECTFREE_FORCE);
+  }
+}
+
+// The kept object as OCIObjectNew makes one: atomically null, every
+// attribute null at every depth (the null structure is all OCIInds), every
+// collection empty. The values behind null indicators are never read.
+bool ObjectBuilder::MakeOver(void* instance, OCIInd* ind) {
+  for (size_t i = 0; i < root_.ind_count; ++i) ind[i] = OCI_IND_NULL;
+  return EmptyCollections(root_, instance, ind);
+}
+
+bool ObjectBuilder::EmptyCollections(const Shape& shape, void* instance, void* null_struct) {
+  for (const Shape& member : shape.members) {
+    if (member.kind == Shape::Kind::kScalar) continue;
+    const OraText* names[1] = {Name(member)};
+    const ub4 lengths[1] = {static_cast<ub4>(member.name.size())};
+    OCIInd status = OCI_IND_NULL;
+    void* attr_null_struct = nullptr;
+    void* slot = nullptr;
+    OCIType* attr_tdo = nullptr;
+    if (!Oracle(OCIObjectGetAttr(session_.env(), session_.err(), instance, null_struct, shape.tdo, names,
+                                 lengths, 1, nullptr, 0, &status, &attr_null_struct, &slot, &attr_tdo),
+                "OCIObjectGetAttr")) {
+      return false;
+    }
+    if (member.kind == Shape::Kind::kObject) {
+      if (!EmptyCollections(member, slot, attr_null_struct)) return false;
+      continue;
+    }
+    OCIColl* coll = *static_cast<OCIColl**>(slot);
+    sb4 size = 0;
+    if (!Oracle(OCICollSize(session_.env(), session_.err(), coll, &size), "OCICollSize")) return false;
+    if (size > 0 && !Oracle(OCICollTrim(session_.env(), session_.err(), size, coll), "OCICollTrim")) {
+      return false;
+    }
+  }
+  return true;
 }
 
 bool ObjectBuilder::Build(simdjson::ondemand::value json, void** instance, OCIInd** ind) {
@@ -120,7 +178,22 @@ bool ObjectBuilder::Build(simdjson::ondemand::value json, void** instance, OCIIn
   *ind = nullptr;
   void* made = nullptr;
   OCIInd* made_ind = nullptr;
-  if (!NewInstance(root_, &made, &made_ind)) return false;
+  if (kept_ != nullptr) {
+    made = kept_;
+    made_ind = kept_ind_;
+    if (!MakeOver(made, made_ind)) {
+      // Made anew next time.
+      kept_ = nullptr;
+      Free(made);
+      return false;
+    }
+  } else {
+    if (!NewInstance(root_, &made, &made_ind)) return false;
+    if (reusable_) {
+      kept_ = made;
+      kept_ind_ = made_ind;
+    }
+  }
   bool ok;
   if (root_.kind == Shape::Kind::kCollection) {
     ok = FillCollection(json, root_, static_cast<OCIColl*>(made));
@@ -130,7 +203,7 @@ bool ObjectBuilder::Build(simdjson::ondemand::value json, void** instance, OCIIn
     ok = FillObject(json, root_, made, made_ind);
   }
   if (!ok) {
-    Free(made);
+    Free(made);  // the kept object stays, made over for the next record
     return false;
   }
   *instance = made;
@@ -245,6 +318,9 @@ bool ObjectBuilder::BlankItem(const Shape& item, void** instance, OCIInd** ind) 
 
 ObjectBuilder::~ObjectBuilder() {
   for (const Blank& blank : blanks_) Free(blank.instance);
+  void* kept = kept_;
+  kept_ = nullptr;
+  Free(kept);
 }
 
 bool ObjectBuilder::AppendItem(simdjson::ondemand::value json, const Shape& item, OCIColl* coll) {

@@ -1,6 +1,10 @@
 // Builds an Oracle instance of a type from one JSON value through OCI calls:
 // an object from a JSON object keyed by attribute name, a collection from an
 // array. The caller frees what Build made with Free.
+//
+// An object of a type without large objects is made once and made over for
+// every record: every indicator null again and every collection emptied, so
+// that it holds exactly what a new object filled from the record would.
 #ifndef TOOLS_VARNADP_OBJECT_BUILDER_H
 #define TOOLS_VARNADP_OBJECT_BUILDER_H
 
@@ -19,7 +23,7 @@ class OciSession;
 
 class ObjectBuilder {
  public:
-  ObjectBuilder(OciSession& session, const Shape& root) : session_(session), root_(root) {}
+  ObjectBuilder(OciSession& session, const Shape& root);
   ~ObjectBuilder();
   ObjectBuilder(const ObjectBuilder&) = delete;
   ObjectBuilder& operator=(const ObjectBuilder&) = delete;
@@ -43,6 +47,8 @@ class ObjectBuilder {
   bool AppendScalarItem(simdjson::ondemand::value json, const Shape& item, OCIColl* coll);
   bool NewInstance(const Shape& shape, void** instance, OCIInd** ind);
   bool BlankItem(const Shape& item, void** instance, OCIInd** ind);
+  bool MakeOver(void* instance, OCIInd* ind);
+  bool EmptyCollections(const Shape& shape, void* instance, void* null_struct);
 
   bool Read(simdjson::ondemand::value& json, JsonKind* kind, std::string_view* text);
   bool JsonError(simdjson::error_code code);
@@ -67,6 +73,10 @@ class ObjectBuilder {
     OCIInd* ind;
   };
   std::vector<Blank> blanks_;
+  // The object made over for every record, when the type allows it.
+  bool reusable_ = false;
+  void* kept_ = nullptr;
+  OCIInd* kept_ind_ = nullptr;
 };
 
 }  // namespace varnadp

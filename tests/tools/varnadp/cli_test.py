@@ -239,6 +239,45 @@ def case_object_items_beyond_a_varray_limit():
                  "must be in the range of [0] to [1]\n", err, "message")
 
 
+def case_each_record_starts_from_a_new_object():
+    # One object is made over for record after record: each record must be
+    # written exactly as when it is the only one of its run, whatever the
+    # records before it set, at any depth, and after a record that failed.
+    schema = write("reuse.sql", "CREATE TYPE pt_t AS OBJECT (x NUMBER, label VARCHAR2(10));\n/\n"
+                                "CREATE TYPE pts_t AS VARRAY(3) OF pt_t;\n/\n"
+                                "CREATE TYPE tags_t AS TABLE OF VARCHAR2(10);\n/\n"
+                                "CREATE TYPE box_t AS OBJECT (corner pt_t, pts pts_t, tags tags_t);\n/\n"
+                                "CREATE TYPE rec_t AS OBJECT (id NUMBER, name VARCHAR2(20), at TIMESTAMP(3),\n"
+                                "  code RAW(4), born DATE, span INTERVAL DAY(2) TO SECOND(0), box box_t, tags tags_t);\n/\n")
+    records = [
+        b'{"ID":1,"NAME":"one","AT":"2020-01-02 03:04:05.678","CODE":"0A0B","BORN":"1999-12-31 23:59:59",'
+        b'"SPAN":"+01 02:03:04","BOX":{"CORNER":{"X":1,"LABEL":"a"},"PTS":[{"X":2},null,{"LABEL":"b"}],'
+        b'"TAGS":["p","q"]},"TAGS":["x","y","z"]}',
+        b'{"ID":2}',
+        b'{"ID":3,"BOX":{"PTS":[]}}',
+        b'{"ID":4,"BOX":{"CORNER":{"LABEL":"c"}},"TAGS":["z"]}',
+        b'{"ID":5,"NAME":"five","BOX":{"PTS":[{"X":1},{"Y":2}]},"TAGS":["t"]}',
+        b'{"ID":6}',
+        b'{"ID":7,"NAME":"","CODE":"","TAGS":[]}',
+    ]
+    rc, out, err = run(write("reuse.jsonl", b"\n".join(records) + b"\n"), "--jobs", "1", "--bad", os.devnull,
+                       command="encode", schema=schema, type_name="rec_t")
+    expect_equal(1, rc, "exit status")
+    expect_equal('varnadp: record 5 (byte 365): attribute BOX.PTS[1] has no attribute "Y" (SCOTT.PT_T)\n', err,
+                 "message of the bad record")
+    alone = b""
+    for number, record in enumerate(records, 1):
+        if number == 5:
+            continue
+        rc_alone, out_alone, err_alone = run(write("alone.jsonl", record + b"\n"), command="encode", schema=schema,
+                                             type_name="rec_t")
+        expect_equal(0, rc_alone, "exit status of record %d alone (%s)" % (number, err_alone))
+        alone += out_alone
+    expect_equal(alone, out, "records written together and alone")
+    expect_equal(b"2.||||||||\r\n", out.split(b"\r\n")[1] + b"\r\n", "the record after a full one")
+    expect_equal(b"6.||||||||\r\n", out.split(b"\r\n")[4] + b"\r\n", "the record after a failed one")
+
+
 def case_first_failure_stops_the_run():
     rc, out, err = run(write("bad.jsonl", BAD_JSON_LINES), command="encode")
     expect_equal(1, rc, "exit status")
