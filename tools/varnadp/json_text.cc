@@ -1,5 +1,9 @@
 #include "json_text.h"
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 namespace varnadp {
 namespace {
 
@@ -40,6 +44,27 @@ struct PlainBytes {
 };
 constexpr PlainBytes kPlain;
 
+// Where the next byte at or after p that is not plain stands (end when
+// none): sixteen bytes at a time while that many are left.
+const unsigned char* NextToEscape(const unsigned char* p, const unsigned char* end) {
+#ifdef __SSE2__
+  const __m128i space = _mm_set1_epi8(0x20);
+  const __m128i quote = _mm_set1_epi8('"');
+  const __m128i backslash = _mm_set1_epi8('\\');
+  while (end - p >= 16) {
+    const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+    // Compared as signed bytes, those of 0x80 and above are below 0x20 too.
+    const __m128i hits = _mm_or_si128(_mm_cmplt_epi8(block, space),
+                                      _mm_or_si128(_mm_cmpeq_epi8(block, quote), _mm_cmpeq_epi8(block, backslash)));
+    const unsigned bits = static_cast<unsigned>(_mm_movemask_epi8(hits));
+    if (bits != 0) return p + __builtin_ctz(bits);
+    p += 16;
+  }
+#endif
+  while (p < end && kPlain.plain[*p]) ++p;
+  return p;
+}
+
 void AppendUnicodeEscape(unsigned code, std::string* out) {
   out->append("\\u00");
   out->push_back(kHexDigits[(code >> 4) & 0xF]);
@@ -61,7 +86,7 @@ void AppendJsonString(std::string_view text, std::string* out) {
   const unsigned char* end = p + text.size();
   const unsigned char* run = p;
   while (p < end) {
-    while (p < end && kPlain.plain[*p]) ++p;
+    p = NextToEscape(p, end);
     if (p == end) break;
     const unsigned char c = *p;
     size_t length = c >= 0x80 ? Utf8Length(p, static_cast<size_t>(end - p)) : 0;

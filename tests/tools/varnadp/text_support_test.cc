@@ -32,6 +32,25 @@ TEST(JsonTextTest, BytesThatAreNotUtf8BecomeTheirOwnCharacters) {
   EXPECT_EQ("\"\\u00F4\\u0090\\u0080\\u0080\"", Json("\xf4\x90\x80\x80"));  // beyond U+10FFFF
 }
 
+TEST(JsonTextTest, EscapesAtEveryOffsetOfALongString) {
+  // Long strings are looked at sixteen bytes at a time: a byte to escape, or
+  // a character of several bytes, at any place among and across those blocks.
+  const struct {
+    std::string_view bytes;
+    const char* json;
+  } cases[] = {{"\"", "\\\""}, {"\\", "\\\\"}, {"\n", "\\n"}, {"\x01", "\\u0001"}, {"\x1f", "\\u001F"},
+               {"\x7f", "\x7f"}, {"\xc3\xa9", "\xc3\xa9"}, {"\xe2\x82\xac", "\xe2\x82\xac"}, {"\xe9", "\\u00E9"},
+               {"\xf0\x9f\x9a\x80", "\xf0\x9f\x9a\x80"}};
+  for (const auto& c : cases) {
+    for (size_t at = 0; at <= 40; ++at) {
+      const std::string text = std::string(at, 'a') + std::string(c.bytes) + std::string(40 - at, 'b');
+      const std::string expected = "\"" + std::string(at, 'a') + c.json + std::string(40 - at, 'b') + "\"";
+      EXPECT_EQ(expected, Json(text)) << "at " << at;
+    }
+  }
+  EXPECT_EQ("\"" + std::string(100, 'x') + "\"", Json(std::string(100, 'x')));
+}
+
 TEST(JsonTextTest, HexBothWays) {
   std::string out;
   const unsigned char bytes[] = {0x00, 0x7f, 0xff, 0x0a};
