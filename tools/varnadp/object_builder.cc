@@ -147,17 +147,9 @@ bool ObjectBuilder::MakeOver(void* instance, OCIInd* ind) {
 bool ObjectBuilder::EmptyCollections(const Shape& shape, void* instance, void* null_struct) {
   for (const Shape& member : shape.members) {
     if (member.kind == Shape::Kind::kScalar) continue;
-    const OraText* names[1] = {Name(member)};
-    const ub4 lengths[1] = {static_cast<ub4>(member.name.size())};
-    OCIInd status = OCI_IND_NULL;
     void* attr_null_struct = nullptr;
     void* slot = nullptr;
-    OCIType* attr_tdo = nullptr;
-    if (!Oracle(OCIObjectGetAttr(session_.env(), session_.err(), instance, null_struct, shape.tdo, names,
-                                 lengths, 1, nullptr, 0, &status, &attr_null_struct, &slot, &attr_tdo),
-                "OCIObjectGetAttr")) {
-      return false;
-    }
+    if (!GetAttribute(member, instance, null_struct, shape.tdo, &attr_null_struct, &slot)) return false;
     if (member.kind == Shape::Kind::kObject) {
       if (!EmptyCollections(member, slot, attr_null_struct)) return false;
       continue;
@@ -239,19 +231,24 @@ bool ObjectBuilder::FillObject(simdjson::ondemand::value json, const Shape& shap
   return true;
 }
 
-bool ObjectBuilder::SetAttribute(simdjson::ondemand::value json, const Shape& member, void* instance,
-                                 void* null_struct, OCIType* tdo) {
+// Where attribute `member` of the object stands: its slot and, for an
+// embedded object, its null structure.
+bool ObjectBuilder::GetAttribute(const Shape& member, void* instance, void* null_struct, OCIType* tdo,
+                                 void** attr_null_struct, void** slot) {
   const OraText* names[1] = {Name(member)};
   const ub4 lengths[1] = {static_cast<ub4>(member.name.size())};
   OCIInd status = OCI_IND_NULL;
+  OCIType* attr_tdo = nullptr;
+  return Oracle(OCIObjectGetAttr(session_.env(), session_.err(), instance, null_struct, tdo, names, lengths,
+                                 1, nullptr, 0, &status, attr_null_struct, slot, &attr_tdo),
+                "OCIObjectGetAttr");
+}
+
+bool ObjectBuilder::SetAttribute(simdjson::ondemand::value json, const Shape& member, void* instance,
+                                 void* null_struct, OCIType* tdo) {
   void* attr_null_struct = nullptr;
   void* slot = nullptr;
-  OCIType* attr_tdo = nullptr;
-  if (!Oracle(OCIObjectGetAttr(session_.env(), session_.err(), instance, null_struct, tdo, names,
-                               lengths, 1, nullptr, 0, &status, &attr_null_struct, &slot, &attr_tdo),
-              "OCIObjectGetAttr")) {
-    return false;
-  }
+  if (!GetAttribute(member, instance, null_struct, tdo, &attr_null_struct, &slot)) return false;
   JsonKind kind;
   std::string_view text;
   if (!Read(json, &kind, &text)) return false;

@@ -41,6 +41,8 @@ class ObjectBuilder {
   bool FillObject(simdjson::ondemand::value json, const Shape& shape, void* instance,
                   void* null_struct);
   bool FillCollection(simdjson::ondemand::value json, const Shape& shape, OCIColl* coll);
+  bool GetAttribute(const Shape& member, void* instance, void* null_struct, OCIType* tdo,
+                    void** attr_null_struct, void** slot);
   bool SetAttribute(simdjson::ondemand::value json, const Shape& member, void* instance,
                     void* null_struct, OCIType* tdo);
   bool AppendItem(simdjson::ondemand::value json, const Shape& item, OCIColl* coll);
