@@ -4,6 +4,7 @@
 #include <cstring>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <unordered_set>
 #include <vector>
 
@@ -156,7 +157,44 @@ bool OCIType::Layout() {
   align = max_align;
   size = RoundUp(offset, max_align);
   ind_size = ind;
+  flat = Flatten();
   return true;
+}
+
+bool OCIType::Flatten() {
+  flat_attributes.clear();
+  flat_object_inds.clear();
+  try {
+    bool whole = true;
+    for (const ocimem::Attribute& a : attributes) {
+      if (a.type.kind != ocimem::ValueKind::kObject) {
+        flat_attributes.push_back(FlatAttribute{&a.type, a.offset, a.ind_offset});
+      } else {
+        const OCIType& inner = *a.type.named;
+        if (!inner.flat) {
+          whole = false;
+          break;
+        }
+        flat_object_inds.push_back(a.ind_offset);
+        for (size_t at : inner.flat_object_inds) flat_object_inds.push_back(a.ind_offset + at);
+        for (const FlatAttribute& f : inner.flat_attributes) {
+          flat_attributes.push_back(
+              FlatAttribute{f.type, a.offset + f.offset, a.ind_offset + f.ind_offset});
+        }
+      }
+      if (flat_attributes.size() + flat_object_inds.size() > kMaxFlatAttributes) {
+        whole = false;
+        break;
+      }
+    }
+    if (whole) return true;
+  } catch (const std::bad_alloc&) {
+  }
+  flat_attributes.clear();
+  flat_attributes.shrink_to_fit();
+  flat_object_inds.clear();
+  flat_object_inds.shrink_to_fit();
+  return false;
 }
 
 const ocimem::Attribute* OCIType::FindAttributeScan(const char* attr_name,

@@ -85,6 +85,21 @@ struct OCIType : std::enable_shared_from_this<OCIType> {
   // (objects/walk.h).
   static constexpr size_t kNoAttribute = static_cast<size_t>(-1);
   size_t heaviest_object = kNoAttribute;
+  // Every attribute that is not an embedded object, at any depth of embedding, with its
+  // place in the instance and in the null struct, and the null-struct place of every
+  // embedded object: what making, copying and freeing a whole value go through without a
+  // walk.  Built by Layout from the flat lists of the embedded types; `flat` is false (and
+  // those callers walk) when a type embeds one without them or has more than
+  // kMaxFlatAttributes of them.
+  struct FlatAttribute {
+    const ocimem::ValueType* type;
+    size_t offset;
+    size_t ind_offset;
+  };
+  static constexpr size_t kMaxFlatAttributes = 256;
+  std::vector<FlatAttribute> flat_attributes;
+  std::vector<size_t> flat_object_inds;
+  bool flat = false;
 
   // Collection types.
   OCITypeCode collection_typecode = 0;  // OCI_TYPECODE_VARRAY or OCI_TYPECODE_TABLE
@@ -137,6 +152,8 @@ struct OCIType : std::enable_shared_from_this<OCIType> {
  private:
   // Adds what a value of type `v` holds to the has_ flags.
   void NoteContents(const ocimem::ValueType& v);
+  // Fills flat_attributes and flat_object_inds; false when the type gets none.
+  bool Flatten();
 };
 
 namespace ocimem {

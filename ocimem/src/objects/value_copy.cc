@@ -212,6 +212,38 @@ AssignResult ConstructValue(Env* env, const ValueType& t, void* slot, const void
 AssignResult Construct(Env* env, const ValueType& t, void* slot, const void* elem,
                        PendingCopies* pending) {
   if (t.kind != ValueKind::kObject) return ConstructValue(env, t, slot, elem, pending);
+  if (t.named->flat) {
+    auto* base = static_cast<unsigned char*>(slot);
+    const auto* from = static_cast<const unsigned char*>(elem);
+    for (const OCIType::FlatAttribute& f : t.named->flat_attributes) {
+      unsigned char* place = base + f.offset;
+      const unsigned char* other = from + f.offset;
+      switch (f.type->kind) {
+        case ValueKind::kNumber:
+          std::memmove(place, other, sizeof(OCINumber));
+          break;
+        case ValueKind::kDate:
+          std::memmove(place, other, sizeof(OCIDate));
+          break;
+        case ValueKind::kString:
+        case ValueKind::kRaw: {
+          const void* value = *reinterpret_cast<void* const*>(other);
+          const void* bytes = value != nullptr ? VarBytes(value) : nullptr;
+          const ub4 length = value != nullptr ? VarLength(value) : 0;
+          SlotPointer<void>(place) = NewVarBlock(bytes, length);
+          if (SlotPointer<void>(place) == nullptr) return AssignResult::kNoMemory;
+          break;
+        }
+        default: {
+          const AssignResult result =
+              ConstructValue(env, *f.type, place, ElementForm(*f.type, other), pending);
+          if (result != AssignResult::kOk) return result;
+          break;
+        }
+      }
+    }
+    return AssignResult::kOk;
+  }
   AssignResult result = AssignResult::kOk;
   WalkPlace at;
   at.slot = static_cast<unsigned char*>(slot);

@@ -44,6 +44,14 @@ T*& SlotPointer(void* slot) {
 void SetNullInfo(const ValueType& t, OCIInd* ind, OCIInd value) {
   ind[0] = value;
   if (t.kind != ValueKind::kObject) return;
+  if (t.named->flat) {
+    auto* base = reinterpret_cast<unsigned char*>(ind);
+    for (size_t at : t.named->flat_object_inds) *reinterpret_cast<OCIInd*>(base + at) = value;
+    for (const OCIType::FlatAttribute& f : t.named->flat_attributes) {
+      *reinterpret_cast<OCIInd*>(base + f.ind_offset) = value;
+    }
+    return;
+  }
   WalkPlace at;
   at.ind = ind;
   WalkObject(
@@ -153,6 +161,37 @@ bool InitObject(Env* env, const OCIType& type, void* slot, OCIInd* ind, bool not
   const OCIInd state = not_null ? OCI_IND_NOTNULL : OCI_IND_NULL;
   if (ind != nullptr) ind[0] = state;
   bool ok = true;
+  if (type.flat) {
+    auto* inds = reinterpret_cast<unsigned char*>(ind);
+    if (inds != nullptr) {
+      for (size_t at : type.flat_object_inds) *reinterpret_cast<OCIInd*>(inds + at) = state;
+    }
+    auto* base = static_cast<unsigned char*>(slot);
+    for (const OCIType::FlatAttribute& f : type.flat_attributes) {
+      unsigned char* place = base + f.offset;
+      OCIInd* attr_ind = inds != nullptr ? reinterpret_cast<OCIInd*>(inds + f.ind_offset) : nullptr;
+      switch (f.type->kind) {
+        case ValueKind::kNumber:
+          if (attr_ind != nullptr) *attr_ind = state;
+          SetZeroNumber(reinterpret_cast<OCINumber*>(place));
+          break;
+        case ValueKind::kDate:
+          if (attr_ind != nullptr) *attr_ind = state;
+          SetFirstDate(reinterpret_cast<OCIDate*>(place));
+          break;
+        case ValueKind::kString:
+        case ValueKind::kRaw:
+          if (attr_ind != nullptr) *attr_ind = state;
+          SlotPointer<void>(place) = NewVarBlock(nullptr, 0);
+          if (SlotPointer<void>(place) == nullptr) ok = false;
+          break;
+        default:
+          ok = InitValue(env, *f.type, place, attr_ind, not_null) && ok;
+          break;
+      }
+    }
+    return ok;
+  }
   WalkPlace at;
   at.slot = static_cast<unsigned char*>(slot);
   at.ind = ind;
@@ -188,6 +227,26 @@ bool InitObject(Env* env, const OCIType& type, void* slot, OCIInd* ind, bool not
 }
 
 void FreeObject(const OCIType& type, void* slot) {
+  if (type.flat) {
+    auto* base = static_cast<unsigned char*>(slot);
+    for (const OCIType::FlatAttribute& f : type.flat_attributes) {
+      unsigned char* place = base + f.offset;
+      switch (f.type->kind) {
+        case ValueKind::kNumber:
+        case ValueKind::kDate:
+          break;
+        case ValueKind::kString:
+        case ValueKind::kRaw:
+          FreeVarBlock(SlotPointer<void>(place));
+          SlotPointer<void>(place) = nullptr;
+          break;
+        default:
+          FreeValue(*f.type, place);
+          break;
+      }
+    }
+    return;
+  }
   WalkPlace at;
   at.slot = static_cast<unsigned char*>(slot);
   WalkObject(
