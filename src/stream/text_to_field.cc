@@ -19,6 +19,17 @@ CKelException AdapterError(int nCode) {
   return CKelException(nCode, kFunc, gAdpErrLookup, ADP_ERR_LOOKUP_COUNT);
 }
 
+// The byte a NUMBER's text byte stands for in the mask of its shape.
+struct MaskBytes {
+  char of[256];
+  constexpr MaskBytes() : of() {
+    for (int c = 0; c < 256; ++c) {
+      of[c] = (c >= '0' && c <= '9') ? '9' : (c == '+' || c == '-') ? 'S' : static_cast<char>(c);
+    }
+  }
+};
+constexpr MaskBytes kMaskByte;
+
 // The number of a binary value's length text (its extent); the read count
 // replaces the size.
 long ReadCount(CKelStream& stream, unsigned long nSize) {
@@ -53,13 +64,14 @@ void CAdp::_OraStreamToField(CAdpTree& element, unsigned long nSize) {
         // every other byte itself.
         // The mask's length is its strlen: up to a zero byte the text held.
         char szMask[128];
-        unsigned long nMaskLen = nSize;
         for (unsigned long i = 0; i < nSize; ++i) {
-          const char c = m_szValueBuf[i];
-          szMask[i] = (c >= '0' && c <= '9') ? '9' : (c == '+' || c == '-') ? 'S' : c;
-          if (c == '\0' && nMaskLen == nSize) nMaskLen = i;
+          szMask[i] = kMaskByte.of[static_cast<unsigned char>(m_szValueBuf[i])];
         }
         szMask[nSize] = '\0';
+        const void* pZero = std::memchr(m_szValueBuf, '\0', nSize);
+        const unsigned long nMaskLen =
+            pZero != nullptr ? static_cast<unsigned long>(static_cast<const char*>(pZero) - m_szValueBuf)
+                             : nSize;
         _OraCheck(OCINumberFromText(m_pErr, reinterpret_cast<const oratext*>(m_szValueBuf),
                                     static_cast<ub4>(nSize), reinterpret_cast<const oratext*>(szMask),
                                     static_cast<ub4>(nMaskLen), nullptr, 0, pNumber),
