@@ -29,8 +29,19 @@ bool JsonWriter::Write(Value value, std::string* out, const Value* lobs) {
   return WriteObject(root_, value, lobs, out);
 }
 
+// An attribute's indicator, value and (for an embedded object) null
+// structure: from the layouts when they were checked on the type and the
+// object has a null structure, else asked of Oracle by name.
 bool JsonWriter::GetAttribute(const Shape& object, const Shape& member, Value value, OCIInd* status,
                               Value* attribute, void** slot) {
+  if (member.direct && value.null_struct != nullptr) {
+    OCIInd* ind = static_cast<OCIInd*>(value.null_struct) + member.ind_index;
+    *status = *ind;
+    *slot = static_cast<char*>(value.instance) + member.value_offset;
+    attribute->null_struct = member.kind == Shape::Kind::kObject ? ind : nullptr;
+    attribute->instance = *slot;
+    return true;
+  }
   const OraText* names[1] = {reinterpret_cast<const OraText*>(member.name.c_str())};
   const ub4 lengths[1] = {static_cast<ub4>(member.name.size())};
   OCIType* attr_tdo = nullptr;

@@ -232,9 +232,16 @@ bool ObjectBuilder::FillObject(simdjson::ondemand::value json, const Shape& shap
 }
 
 // Where attribute `member` of the object stands: its slot and, for an
-// embedded object, its null structure.
+// embedded object, its null structure. Found from the layouts when they were
+// checked on this type, else asked of Oracle by name.
 bool ObjectBuilder::GetAttribute(const Shape& member, void* instance, void* null_struct, OCIType* tdo,
                                  void** attr_null_struct, void** slot) {
+  if (member.direct && null_struct != nullptr) {
+    *slot = static_cast<char*>(instance) + member.value_offset;
+    *attr_null_struct =
+        member.kind == Shape::Kind::kObject ? static_cast<OCIInd*>(null_struct) + member.ind_index : nullptr;
+    return true;
+  }
   const OraText* names[1] = {Name(member)};
   const ub4 lengths[1] = {static_cast<ub4>(member.name.size())};
   OCIInd status = OCI_IND_NULL;

@@ -33,6 +33,17 @@ struct Shape {
   // OCIInds an object's takes.
   size_t ind_index = 0;
   size_t ind_count = 1;
+  // Oracle's C layout of an object's instance (each attribute at its natural
+  // alignment, an embedded object's struct in place, the struct aligned as
+  // its strictest member): where an attribute's value stands in its parent's
+  // instance, and an object's size and alignment.
+  size_t value_offset = 0;
+  size_t value_size = 0;
+  size_t value_align = 1;
+  // True when the attribute's value and indicator were found where the
+  // layouts place them on an instance of its parent's type: they are then
+  // reached from the offsets instead of by name.
+  bool direct = false;
 
   bool IsComplex() const { return kind != Kind::kScalar; }
   // The attribute named `key`: the exact name first, then without regard to case.
@@ -53,6 +64,16 @@ struct Shape {
 // when a type cannot be found.
 // Sets ind_index and ind_count over the tree (BuildShape does).
 void LayOutNullStructures(Shape* shape);
+
+// Sets value_offset, value_size and value_align over the tree (BuildShape
+// does).
+void LayOutInstances(Shape* shape);
+
+// Sets `direct` on the attributes of every object type in the tree (the root,
+// and items that are objects) whose places, asked of Oracle on a new
+// instance of the type, are those of the layouts; the others keep it false.
+// BuildShape does this once the types are known.
+void CheckLayouts(Shape* shape, OciSession& session);
 
 std::unique_ptr<Shape> BuildShape(const Column_Def* list, const std::string& type_name,
                                   OciSession& session);

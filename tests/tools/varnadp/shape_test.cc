@@ -108,5 +108,96 @@ TEST_F(ShapeTest, ItemsHaveNullStructuresOfTheirOwn) {
   EXPECT_EQ(0u, words->members[0].ind_index);
 }
 
+// Every attribute at any depth, beside its slot as Oracle hands it out.
+struct Slot {
+  std::string path;
+  const Shape* member;
+  void* expected;
+  void* found;
+};
+
+void Slots(OciSession& session, const Shape& object, void* instance, void* null_struct,
+           const std::string& path, std::vector<Slot>* out) {
+  for (const Shape& member : object.members) {
+    const OraText* names[1] = {reinterpret_cast<const OraText*>(member.name.c_str())};
+    const ub4 lengths[1] = {static_cast<ub4>(member.name.size())};
+    OCIInd status = OCI_IND_NULL;
+    void* attr_null_struct = nullptr;
+    void* slot = nullptr;
+    OCIType* attr_tdo = nullptr;
+    ASSERT_EQ(OCI_SUCCESS, OCIObjectGetAttr(session.env(), session.err(), instance, null_struct, object.tdo,
+                                            names, lengths, 1, nullptr, 0, &status, &attr_null_struct, &slot,
+                                            &attr_tdo));
+    const std::string name = path + member.name;
+    out->push_back({name, &member, static_cast<char*>(instance) + member.value_offset, slot});
+    if (member.kind == Shape::Kind::kObject) {
+      Slots(session, member, slot, attr_null_struct, name + ".", out);
+    }
+  }
+}
+
+TEST_F(ShapeTest, ValuePlacesFollowTheInstanceLayout) {
+  void* instance = nullptr;
+  ASSERT_EQ(OCI_SUCCESS, OCIObjectNew(session_.env(), session_.err(), session_.svc(), OCI_TYPECODE_OBJECT,
+                                      shape_->tdo, nullptr, OCI_DURATION_DEFAULT, TRUE, &instance));
+  OCIInd* null_struct = nullptr;
+  ASSERT_EQ(OCI_SUCCESS, OCIObjectGetInd(session_.env(), session_.err(), instance,
+                                         reinterpret_cast<void**>(&null_struct)));
+  std::vector<Slot> slots;
+  Slots(session_, *shape_, instance, null_struct, "", &slots);
+  ASSERT_EQ(16u, slots.size());
+  for (const Slot& slot : slots) {
+    EXPECT_EQ(slot.expected, slot.found) << slot.path;
+    EXPECT_TRUE(slot.member->direct) << slot.path;
+  }
+  EXPECT_EQ(OCI_SUCCESS, OCIObjectFree(session_.env(), session_.err(), instance, OCI_OBJECTFREE_FORCE));
+  // ID NUMBER at 0 (22 bytes), FIRST at 24 (C DATE at 0, DEEP at 8: A at 0,
+  // B at 24; D at 40), WORDS at 72, STAMP at 80, SECOND at 88, ITEMS at 120,
+  // DOC at 128, SPAN at 136, LAST at 144: 152 bytes, as Oracle's generated
+  // structs lay them out on LP64.
+  EXPECT_EQ(152u, shape_->value_size);
+  EXPECT_EQ(8u, shape_->value_align);
+  EXPECT_EQ(24u, shape_->FindMember("FIRST")->value_offset);
+  EXPECT_EQ(40u, shape_->FindMember("FIRST")->FindMember("D")->value_offset);
+  EXPECT_EQ(144u, shape_->FindMember("LAST")->value_offset);
+  // Items are instances of their own type, checked on their own.
+  const Shape& item = shape_->FindMember("ITEMS")->members[0];
+  EXPECT_EQ(0u, item.members[0].value_offset);
+  EXPECT_EQ(24u, item.members[1].value_offset);
+  EXPECT_TRUE(item.members[0].direct);
+  EXPECT_TRUE(item.members[1].direct);
+}
+
+// A layout that does not match what Oracle hands out is not used: the
+// attributes keep being asked for by name.
+TEST_F(ShapeTest, ALayoutOracleDoesNotFollowIsNotUsed) {
+  auto wrong = BuildShape(list_, "OUTER_T", session_);
+  ASSERT_TRUE(wrong != nullptr);
+  auto clear = [](Shape* object, auto& self) -> void {
+    for (Shape& member : object->members) {
+      member.direct = false;
+      self(&member, self);
+    }
+  };
+  clear(wrong.get(), clear);
+  // DEEP's B placed one byte off.
+  ASSERT_EQ("B", wrong->members[1].members[1].members[1].name);
+  wrong->members[1].members[1].members[1].value_offset += 1;
+  CheckLayouts(wrong.get(), session_);
+  EXPECT_FALSE(wrong->FindMember("ID")->direct);
+  EXPECT_FALSE(wrong->FindMember("FIRST")->FindMember("DEEP")->FindMember("A")->direct);
+  // The items' type is another, and its layout holds.
+  EXPECT_TRUE(wrong->FindMember("ITEMS")->members[0].members[0].direct);
+  // An indicator one place off is found out too.
+  auto shifted = BuildShape(list_, "OUTER_T", session_);
+  ASSERT_TRUE(shifted != nullptr);
+  clear(shifted.get(), clear);
+  ASSERT_EQ("ITEMS", shifted->members[5].name);
+  shifted->members[5].members[0].members[1].ind_index = 1;
+  CheckLayouts(shifted.get(), session_);
+  EXPECT_TRUE(shifted->FindMember("ID")->direct);
+  EXPECT_FALSE(shifted->FindMember("ITEMS")->members[0].members[0].direct);
+}
+
 }  // namespace
 }  // namespace varnadp
