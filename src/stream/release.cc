@@ -31,14 +31,18 @@ const char* FindLead(const char* pBegin, const char* p, const char* pEnd,
                      const unsigned char (*aabLeads)[16], int nLeads, const unsigned char* abLead) {
 #ifdef __SSE2__
   if (nLeads > 0 && pEnd - pBegin >= 16) {
-    auto lead = [aabLeads](int k) {
-      return _mm_load_si128(reinterpret_cast<const __m128i*>(aabLeads[k]));
+    // Five registers, loaded once; the blocks beyond the lead bytes there
+    // are repeat the first.
+    auto lead = [aabLeads, nLeads](int k) {
+      return _mm_load_si128(reinterpret_cast<const __m128i*>(aabLeads[k < nLeads ? k : 0]));
     };
+    const __m128i v0 = lead(0), v1 = lead(1), v2 = lead(2), v3 = lead(3), v4 = lead(4);
     auto leadBits = [&](const char* pFrom) {
       const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(pFrom));
-      __m128i any = _mm_cmpeq_epi8(block, lead(0));
-      for (int k = 1; k < nLeads; ++k) any = _mm_or_si128(any, _mm_cmpeq_epi8(block, lead(k)));
-      return static_cast<unsigned>(_mm_movemask_epi8(any));
+      const __m128i a = _mm_or_si128(_mm_cmpeq_epi8(block, v0), _mm_cmpeq_epi8(block, v1));
+      const __m128i b = _mm_or_si128(_mm_cmpeq_epi8(block, v2), _mm_cmpeq_epi8(block, v3));
+      return static_cast<unsigned>(
+          _mm_movemask_epi8(_mm_or_si128(_mm_or_si128(a, b), _mm_cmpeq_epi8(block, v4))));
     };
     for (; pEnd - p >= 16; p += 16) {
       const unsigned nBits = leadBits(p);
