@@ -136,11 +136,14 @@ bool Converter::Encode(simdjson::ondemand::value json, std::string* out, RecordE
     return AdapterFailed(rc, error);
   }
   try {
-    const unsigned long size = stream_.GetSize();
-    const size_t at = out->size();
-    out->resize(at + size);
+    // Page by page, appended where they stand: no room zeroed first.
+    out->reserve(out->size() + stream_.GetSize() + special_.terminator.size());
     stream_.Seek(0, 0);
-    stream_.Read(&(*out)[at], size);
+    for (;;) {
+      const CKelStreamPage& page = stream_.ReadPage();
+      if (page.GetSize() == 0) break;
+      out->append(static_cast<const char*>(page.GetData()), page.GetSize());
+    }
     stream_.SetSize(0);
   } catch (const CKelException& e) {
     error->code = e.GetRC();
