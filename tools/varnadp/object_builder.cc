@@ -321,6 +321,15 @@ bool ObjectBuilder::BlankItem(const Shape& item, void** instance, OCIInd** ind) 
 }
 
 ObjectBuilder::~ObjectBuilder() {
+  for (ItemValue& kept : item_values_) {
+    if (kept.value == nullptr) continue;
+    const ub2 type = kept.shape->def->DataType;
+    if (type == SQLT_BIN || type == SQLT_LBI) {
+      OCIRawResize(session_.env(), session_.err(), 0, reinterpret_cast<OCIRaw**>(&kept.value));
+    } else {
+      OCIStringResize(session_.env(), session_.err(), 0, reinterpret_cast<OCIString**>(&kept.value));
+    }
+  }
   for (const Blank& blank : blanks_) Free(blank.instance);
   void* kept = kept_;
   kept_ = nullptr;
@@ -375,6 +384,14 @@ bool ObjectBuilder::AppendItem(simdjson::ondemand::value json, const Shape& item
   return ok;
 }
 
+void** ObjectBuilder::ItemValueOf(const Shape& item) {
+  for (ItemValue& kept : item_values_) {
+    if (kept.shape == &item) return &kept.value;
+  }
+  item_values_.push_back({&item, nullptr});
+  return &item_values_.back().value;
+}
+
 bool ObjectBuilder::AppendScalarItem(simdjson::ondemand::value json, const Shape& item, OCIColl* coll) {
   JsonKind kind;
   std::string_view text;
@@ -394,6 +411,11 @@ bool ObjectBuilder::AppendScalarItem(simdjson::ondemand::value json, const Shape
   void* slot = &pointer;
   if (def.DataType == SQLT_NUM) slot = &number;
   if (def.DataType == SQLT_DAT) slot = &date;
+  const bool inline_value = def.DataType == SQLT_NUM || def.DataType == SQLT_DAT;
+  // Text and RAW are assigned to the value kept for this item type, which
+  // keeps its room from item to item.
+  void** kept = descriptor == 0 && !inline_value ? ItemValueOf(item) : nullptr;
+  if (kept != nullptr) pointer = *kept;
   OCIInd ind = OCI_IND_NOTNULL;
   bool ok = true;
   if (kind == JsonKind::kNull) {
@@ -415,9 +437,12 @@ bool ObjectBuilder::AppendScalarItem(simdjson::ondemand::value json, const Shape
     ok = StoreScalar(session_, def, kind, text, slot, &error);
     if (!ok) Fail(error);
   }
-  const bool inline_value = def.DataType == SQLT_NUM || def.DataType == SQLT_DAT;
   if (ok) {
     ok = Oracle(OCICollAppend(env, err, inline_value ? slot : pointer, &ind, coll), "OCICollAppend");
+  }
+  if (kept != nullptr) {
+    *kept = pointer;
+    return ok;
   }
   if (descriptor == OCI_DTYPE_LOB) {
     boolean temporary = FALSE;

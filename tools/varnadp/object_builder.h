@@ -75,6 +75,14 @@ class ObjectBuilder {
     OCIInd* ind;
   };
   std::vector<Blank> blanks_;
+  // The text or RAW each scalar item type is assigned to before it is
+  // appended (a copy goes in), kept from item to item.
+  struct ItemValue {
+    const Shape* shape;
+    void* value;
+  };
+  std::vector<ItemValue> item_values_;
+  void** ItemValueOf(const Shape& item);
   // The object made over for every record, when the type allows it.
   bool reusable_ = false;
   void* kept_ = nullptr;

@@ -278,6 +278,43 @@ def case_each_record_starts_from_a_new_object():
     expect_equal(b"6.||||||||\r\n", out.split(b"\r\n")[4] + b"\r\n", "the record after a failed one")
 
 
+def case_scalar_items_stand_apart():
+    # Text and RAW items are assigned one after another to one value before
+    # each is appended: no item may keep bytes of a longer one before it, in
+    # a record or across records, nor of one that failed.
+    schema = write("items.sql", "CREATE TYPE words_t AS TABLE OF VARCHAR2(8);\n/\n"
+                                "CREATE TYPE codes_t AS VARRAY(4) OF RAW(4);\n/\n"
+                                "CREATE TYPE marks_t AS TABLE OF CHAR(3);\n/\n"
+                                "CREATE TYPE bag_t AS OBJECT (id NUMBER, words words_t, codes codes_t, marks marks_t);\n/\n")
+    records = [
+        b'{"ID":1,"WORDS":["longest1","ab","","x"],"CODES":["0A0B0C0D","0E",null,""],"MARKS":["abc","d"]}',
+        b'{"ID":2,"WORDS":["y"],"CODES":["FF"],"MARKS":["e",null]}',
+        b'{"ID":3,"WORDS":["ok",12],"CODES":["01"]}',
+        b'{"ID":4,"WORDS":[null,"z"],"CODES":["0102","03"],"MARKS":["fg"]}',
+        b'{"ID":5,"WORDS":["w"],"CODES":[],"MARKS":[]}',
+    ]
+    rc, out, err = run(write("items.jsonl", b"\n".join(records) + b"\n"), "--jobs", "1", "--bad", os.devnull,
+                       command="encode", schema=schema, type_name="bag_t")
+    expect_equal(1, rc, "exit status")
+    expect("record 3 " in err and "WORDS[1]" in err, err)
+    alone = b""
+    for number, record in enumerate(records, 1):
+        if number == 3:
+            continue
+        rc_alone, out_alone, err_alone = run(write("alone.jsonl", record + b"\n"), command="encode", schema=schema,
+                                             type_name="bag_t")
+        expect_equal(0, rc_alone, "exit status of record %d alone (%s)" % (number, err_alone))
+        alone += out_alone
+    expect_equal(alone, out, "records written together and alone")
+    lines = out.split(b"\r\n")
+    expect_equal(b"2.|[y]|[1|\xff]|[e|]", lines[1], "the record after longer items")
+    expect_equal(b"4.|[|z]|[2|\x01\x02|1|\x03]|[fg]", lines[2], "the record after a failed one")
+    rc, back, err = run(write("items.txt", out), command="decode", schema=schema, type_name="bag_t")
+    expect_equal(0, rc, "exit status of decode (%s)" % err)
+    expect_equal(b'{"ID":2,"WORDS":["y"],"CODES":["FF"],"MARKS":["e",null]}', back.split(b"\n")[1],
+                 "the record after longer items, read back")
+
+
 def case_first_failure_stops_the_run():
     rc, out, err = run(write("bad.jsonl", BAD_JSON_LINES), command="encode")
     expect_equal(1, rc, "exit status")
