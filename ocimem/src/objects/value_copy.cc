@@ -207,8 +207,33 @@ AssignResult ConstructValue(Env* env, const ValueType& t, void* slot, const void
   return AssignResult::kBadValue;
 }
 
-// ConstructSlot without the collections' elements, which are left in `pending`.  Numbers,
-// dates, strings and raws (the attributes of most objects) are handled in line.
+// One attribute that is not an embedded object, made as a copy of the one at `other`:
+// numbers, dates, strings and raws (the attributes of most objects) in line, the other
+// kinds by ConstructValue.
+inline AssignResult ConstructLeaf(Env* env, const ValueType& t, unsigned char* place,
+                                  const unsigned char* other, PendingCopies* pending) {
+  switch (t.kind) {
+    case ValueKind::kNumber:
+      std::memmove(place, other, sizeof(OCINumber));
+      return AssignResult::kOk;
+    case ValueKind::kDate:
+      std::memmove(place, other, sizeof(OCIDate));
+      return AssignResult::kOk;
+    case ValueKind::kString:
+    case ValueKind::kRaw: {
+      const void* value = *reinterpret_cast<void* const*>(other);
+      const void* bytes = value != nullptr ? VarBytes(value) : nullptr;
+      const ub4 length = value != nullptr ? VarLength(value) : 0;
+      SlotPointer<void>(place) = NewVarBlock(bytes, length);
+      return SlotPointer<void>(place) != nullptr ? AssignResult::kOk : AssignResult::kNoMemory;
+    }
+    default:
+      return ConstructValue(env, t, place, ElementForm(t, other), pending);
+  }
+}
+
+// ConstructSlot without the collections' elements, which are left in `pending`.  A type
+// with a list of every attribute it reaches goes through the list; others are walked.
 AssignResult Construct(Env* env, const ValueType& t, void* slot, const void* elem,
                        PendingCopies* pending) {
   if (t.kind != ValueKind::kObject) return ConstructValue(env, t, slot, elem, pending);
@@ -216,31 +241,8 @@ AssignResult Construct(Env* env, const ValueType& t, void* slot, const void* ele
     auto* base = static_cast<unsigned char*>(slot);
     const auto* from = static_cast<const unsigned char*>(elem);
     for (const OCIType::FlatAttribute& f : t.named->flat_attributes) {
-      unsigned char* place = base + f.offset;
-      const unsigned char* other = from + f.offset;
-      switch (f.type->kind) {
-        case ValueKind::kNumber:
-          std::memmove(place, other, sizeof(OCINumber));
-          break;
-        case ValueKind::kDate:
-          std::memmove(place, other, sizeof(OCIDate));
-          break;
-        case ValueKind::kString:
-        case ValueKind::kRaw: {
-          const void* value = *reinterpret_cast<void* const*>(other);
-          const void* bytes = value != nullptr ? VarBytes(value) : nullptr;
-          const ub4 length = value != nullptr ? VarLength(value) : 0;
-          SlotPointer<void>(place) = NewVarBlock(bytes, length);
-          if (SlotPointer<void>(place) == nullptr) return AssignResult::kNoMemory;
-          break;
-        }
-        default: {
-          const AssignResult result =
-              ConstructValue(env, *f.type, place, ElementForm(*f.type, other), pending);
-          if (result != AssignResult::kOk) return result;
-          break;
-        }
-      }
+      const AssignResult result = ConstructLeaf(env, *f.type, base + f.offset, from + f.offset, pending);
+      if (result != AssignResult::kOk) return result;
     }
     return AssignResult::kOk;
   }
@@ -251,27 +253,8 @@ AssignResult Construct(Env* env, const ValueType& t, void* slot, const void* ele
   WalkObject(
       *t.named, at, [](const Attribute&, WalkPlace&) { return WalkStep::kInto; },
       [&](const Attribute& a, const WalkPlace& p) {
-        switch (a.type.kind) {
-          case ValueKind::kNumber:
-            std::memmove(p.slot, p.other, sizeof(OCINumber));
-            return true;
-          case ValueKind::kDate:
-            std::memmove(p.slot, p.other, sizeof(OCIDate));
-            return true;
-          case ValueKind::kString:
-          case ValueKind::kRaw: {
-            const void* value = *reinterpret_cast<void* const*>(p.other);
-            const void* bytes = value != nullptr ? VarBytes(value) : nullptr;
-            ub4 length = value != nullptr ? VarLength(value) : 0;
-            SlotPointer<void>(p.slot) = NewVarBlock(bytes, length);
-            if (SlotPointer<void>(p.slot) != nullptr) return true;
-            result = AssignResult::kNoMemory;
-            return false;
-          }
-          default:
-            result = ConstructValue(env, a.type, p.slot, ElementForm(a.type, p.other), pending);
-            return result == AssignResult::kOk;
-        }
+        result = ConstructLeaf(env, a.type, p.slot, p.other, pending);
+        return result == AssignResult::kOk;
       });
   return result;
 }

@@ -113,8 +113,9 @@ bool InitSlot(Env* env, const ValueType& t, void* slot, OCIInd* ind, bool not_nu
 
 namespace {
 
-// FreeSlot of any kind but an embedded object.
-void FreeValue(const ValueType& t, void* slot) {
+// FreeSlot of any kind but an embedded object; in line, as freeing a whole value goes
+// through it for every attribute.
+[[gnu::always_inline]] inline void FreeValue(const ValueType& t, void* slot) {
   switch (t.kind) {
     case ValueKind::kNumber:
     case ValueKind::kDate:
@@ -155,8 +156,35 @@ void FreeSlot(const ValueType& t, void* slot) {
   }
 }
 
-// The attribute walks below handle numbers, dates, strings and raws in line (the
-// attributes of most objects) and leave the other kinds to InitValue and FreeValue.
+namespace {
+
+// One attribute that is not an embedded object, made new: numbers, dates, strings and raws
+// (the attributes of most objects) in line, the other kinds by InitValue.
+inline bool InitLeaf(Env* env, const ValueType& t, unsigned char* place, OCIInd* ind, OCIInd state,
+                     bool not_null) {
+  switch (t.kind) {
+    case ValueKind::kNumber:
+      if (ind != nullptr) *ind = state;
+      SetZeroNumber(reinterpret_cast<OCINumber*>(place));
+      return true;
+    case ValueKind::kDate:
+      if (ind != nullptr) *ind = state;
+      SetFirstDate(reinterpret_cast<OCIDate*>(place));
+      return true;
+    case ValueKind::kString:
+    case ValueKind::kRaw:
+      if (ind != nullptr) *ind = state;
+      SlotPointer<void>(place) = NewVarBlock(nullptr, 0);
+      return SlotPointer<void>(place) != nullptr;
+    default:
+      return InitValue(env, t, place, ind, not_null);
+  }
+}
+
+}  // namespace
+
+// A type with a list of every attribute it reaches goes through the list; others are
+// walked.
 bool InitObject(Env* env, const OCIType& type, void* slot, OCIInd* ind, bool not_null) {
   const OCIInd state = not_null ? OCI_IND_NOTNULL : OCI_IND_NULL;
   if (ind != nullptr) ind[0] = state;
@@ -168,27 +196,8 @@ bool InitObject(Env* env, const OCIType& type, void* slot, OCIInd* ind, bool not
     }
     auto* base = static_cast<unsigned char*>(slot);
     for (const OCIType::FlatAttribute& f : type.flat_attributes) {
-      unsigned char* place = base + f.offset;
       OCIInd* attr_ind = inds != nullptr ? reinterpret_cast<OCIInd*>(inds + f.ind_offset) : nullptr;
-      switch (f.type->kind) {
-        case ValueKind::kNumber:
-          if (attr_ind != nullptr) *attr_ind = state;
-          SetZeroNumber(reinterpret_cast<OCINumber*>(place));
-          break;
-        case ValueKind::kDate:
-          if (attr_ind != nullptr) *attr_ind = state;
-          SetFirstDate(reinterpret_cast<OCIDate*>(place));
-          break;
-        case ValueKind::kString:
-        case ValueKind::kRaw:
-          if (attr_ind != nullptr) *attr_ind = state;
-          SlotPointer<void>(place) = NewVarBlock(nullptr, 0);
-          if (SlotPointer<void>(place) == nullptr) ok = false;
-          break;
-        default:
-          ok = InitValue(env, *f.type, place, attr_ind, not_null) && ok;
-          break;
-      }
+      ok = InitLeaf(env, *f.type, base + f.offset, attr_ind, state, not_null) && ok;
     }
     return ok;
   }
@@ -202,25 +211,7 @@ bool InitObject(Env* env, const OCIType& type, void* slot, OCIInd* ind, bool not
         return WalkStep::kInto;
       },
       [&](const Attribute& a, const WalkPlace& p) {
-        switch (a.type.kind) {
-          case ValueKind::kNumber:
-            if (p.ind != nullptr) *p.ind = state;
-            SetZeroNumber(reinterpret_cast<OCINumber*>(p.slot));
-            break;
-          case ValueKind::kDate:
-            if (p.ind != nullptr) *p.ind = state;
-            SetFirstDate(reinterpret_cast<OCIDate*>(p.slot));
-            break;
-          case ValueKind::kString:
-          case ValueKind::kRaw:
-            if (p.ind != nullptr) *p.ind = state;
-            SlotPointer<void>(p.slot) = NewVarBlock(nullptr, 0);
-            if (SlotPointer<void>(p.slot) == nullptr) ok = false;
-            break;
-          default:
-            ok = InitValue(env, a.type, p.slot, p.ind, not_null) && ok;
-            break;
-        }
+        ok = InitLeaf(env, a.type, p.slot, p.ind, state, not_null) && ok;
         return true;
       });
   return ok;
@@ -229,22 +220,7 @@ bool InitObject(Env* env, const OCIType& type, void* slot, OCIInd* ind, bool not
 void FreeObject(const OCIType& type, void* slot) {
   if (type.flat) {
     auto* base = static_cast<unsigned char*>(slot);
-    for (const OCIType::FlatAttribute& f : type.flat_attributes) {
-      unsigned char* place = base + f.offset;
-      switch (f.type->kind) {
-        case ValueKind::kNumber:
-        case ValueKind::kDate:
-          break;
-        case ValueKind::kString:
-        case ValueKind::kRaw:
-          FreeVarBlock(SlotPointer<void>(place));
-          SlotPointer<void>(place) = nullptr;
-          break;
-        default:
-          FreeValue(*f.type, place);
-          break;
-      }
-    }
+    for (const OCIType::FlatAttribute& f : type.flat_attributes) FreeValue(*f.type, base + f.offset);
     return;
   }
   WalkPlace at;
@@ -252,19 +228,7 @@ void FreeObject(const OCIType& type, void* slot) {
   WalkObject(
       type, at, [](const Attribute&, WalkPlace&) { return WalkStep::kInto; },
       [](const Attribute& a, const WalkPlace& p) {
-        switch (a.type.kind) {
-          case ValueKind::kNumber:
-          case ValueKind::kDate:
-            break;
-          case ValueKind::kString:
-          case ValueKind::kRaw:
-            FreeVarBlock(SlotPointer<void>(p.slot));
-            SlotPointer<void>(p.slot) = nullptr;
-            break;
-          default:
-            FreeValue(a.type, p.slot);
-            break;
-        }
+        FreeValue(a.type, p.slot);
         return true;
       });
 }
