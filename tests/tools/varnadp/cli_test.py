@@ -239,6 +239,19 @@ def case_object_items_beyond_a_varray_limit():
                  "must be in the range of [0] to [1]\n", err, "message")
 
 
+def encode_each_alone(records, failing, schema, type_name):
+    """The streams of the records, each encoded in a run of its own, but record `failing` (from 1)."""
+    alone = b""
+    for number, record in enumerate(records, 1):
+        if number == failing:
+            continue
+        rc, out, err = run(write("alone.jsonl", record + b"\n"), command="encode", schema=schema,
+                           type_name=type_name)
+        expect_equal(0, rc, "exit status of record %d alone (%s)" % (number, err))
+        alone += out
+    return alone
+
+
 def case_each_record_starts_from_a_new_object():
     # One object is made over for record after record: each record must be
     # written exactly as when it is the only one of its run, whatever the
@@ -265,15 +278,7 @@ def case_each_record_starts_from_a_new_object():
     expect_equal(1, rc, "exit status")
     expect_equal('varnadp: record 5 (byte 365): attribute BOX.PTS[1] has no attribute "Y" (SCOTT.PT_T)\n', err,
                  "message of the bad record")
-    alone = b""
-    for number, record in enumerate(records, 1):
-        if number == 5:
-            continue
-        rc_alone, out_alone, err_alone = run(write("alone.jsonl", record + b"\n"), command="encode", schema=schema,
-                                             type_name="rec_t")
-        expect_equal(0, rc_alone, "exit status of record %d alone (%s)" % (number, err_alone))
-        alone += out_alone
-    expect_equal(alone, out, "records written together and alone")
+    expect_equal(encode_each_alone(records, 5, schema, "rec_t"), out, "records written together and alone")
     expect_equal(b"2.||||||||\r\n", out.split(b"\r\n")[1] + b"\r\n", "the record after a full one")
     expect_equal(b"6.||||||||\r\n", out.split(b"\r\n")[4] + b"\r\n", "the record after a failed one")
 
@@ -297,15 +302,7 @@ def case_scalar_items_stand_apart():
                        command="encode", schema=schema, type_name="bag_t")
     expect_equal(1, rc, "exit status")
     expect("record 3 " in err and "WORDS[1]" in err, err)
-    alone = b""
-    for number, record in enumerate(records, 1):
-        if number == 3:
-            continue
-        rc_alone, out_alone, err_alone = run(write("alone.jsonl", record + b"\n"), command="encode", schema=schema,
-                                             type_name="bag_t")
-        expect_equal(0, rc_alone, "exit status of record %d alone (%s)" % (number, err_alone))
-        alone += out_alone
-    expect_equal(alone, out, "records written together and alone")
+    expect_equal(encode_each_alone(records, 3, schema, "bag_t"), out, "records written together and alone")
     lines = out.split(b"\r\n")
     expect_equal(b"2.|[y]|[1|\xff]|[e|]", lines[1], "the record after longer items")
     expect_equal(b"4.|[|z]|[2|\x01\x02|1|\x03]|[fg]", lines[2], "the record after a failed one")

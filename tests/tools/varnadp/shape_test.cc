@@ -35,6 +35,14 @@ class ShapeTest : public ::testing::Test {
   }
   void TearDown() override { coldefFree(list_); }
 
+  // A new instance of the type and its null structure.
+  void NewInstance(void** instance, OCIInd** null_struct) {
+    ASSERT_EQ(OCI_SUCCESS, OCIObjectNew(session_.env(), session_.err(), session_.svc(), OCI_TYPECODE_OBJECT,
+                                        shape_->tdo, nullptr, OCI_DURATION_DEFAULT, TRUE, instance));
+    ASSERT_EQ(OCI_SUCCESS, OCIObjectGetInd(session_.env(), session_.err(), *instance,
+                                           reinterpret_cast<void**>(null_struct)));
+  }
+
   // Every attribute reached through embedded objects: its path of names
   // and the place of its indicator in the root's null structure.
   struct Place {
@@ -64,11 +72,8 @@ TEST_F(ShapeTest, IndicatorPlacesFollowTheNullStructure) {
   Places(*shape_, {}, 0, &places);
   ASSERT_EQ(16u, places.size());
   void* instance = nullptr;
-  ASSERT_EQ(OCI_SUCCESS, OCIObjectNew(session_.env(), session_.err(), session_.svc(), OCI_TYPECODE_OBJECT,
-                                      shape_->tdo, nullptr, OCI_DURATION_DEFAULT, TRUE, &instance));
   OCIInd* null_struct = nullptr;
-  ASSERT_EQ(OCI_SUCCESS, OCIObjectGetInd(session_.env(), session_.err(), instance,
-                                         reinterpret_cast<void**>(&null_struct)));
+  ASSERT_NO_FATAL_FAILURE(NewInstance(&instance, &null_struct));
   for (const Place& place : places) {
     std::vector<const OraText*> names;
     std::vector<ub4> lengths;
@@ -138,11 +143,8 @@ void Slots(OciSession& session, const Shape& object, void* instance, void* null_
 
 TEST_F(ShapeTest, ValuePlacesFollowTheInstanceLayout) {
   void* instance = nullptr;
-  ASSERT_EQ(OCI_SUCCESS, OCIObjectNew(session_.env(), session_.err(), session_.svc(), OCI_TYPECODE_OBJECT,
-                                      shape_->tdo, nullptr, OCI_DURATION_DEFAULT, TRUE, &instance));
   OCIInd* null_struct = nullptr;
-  ASSERT_EQ(OCI_SUCCESS, OCIObjectGetInd(session_.env(), session_.err(), instance,
-                                         reinterpret_cast<void**>(&null_struct)));
+  ASSERT_NO_FATAL_FAILURE(NewInstance(&instance, &null_struct));
   std::vector<Slot> slots;
   Slots(session_, *shape_, instance, null_struct, "", &slots);
   ASSERT_EQ(16u, slots.size());
