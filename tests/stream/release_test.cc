@@ -340,4 +340,37 @@ TEST_F(ReleaseTest, EscapingAgreesWithAByteByByteReferenceOnRandomValues) {
   }
 }
 
+// Long values of plain bytes with one special string (or its first byte
+// alone) at each place: found wherever it stands, in or across the blocks a
+// long value is scanned in, and in the last bytes.
+TEST_F(ReleaseTest, ASpecialAnywhereInALongPlainValueIsEscaped) {
+  DB_SPECIAL_STRINGS configured = Special("2", "<>", "3", "END", "~");
+  struct Set {
+    DB_SPECIAL_STRINGS* pSpecial;
+    std::vector<std::string> specials;
+    char cRelease;
+  };
+  const Set sets[] = {
+      {nullptr, {"[", "]", "|", "!", "\r\n"}, '!'},
+      {&configured, {"[", "]", "<>", "~", "END"}, '~'},
+  };
+  for (const Set& set : sets) {
+    Use(set.pSpecial);
+    for (const size_t nLength : {63u, 64u, 65u, 95u, 96u, 97u, 130u, 257u}) {
+      for (const std::string& special : set.specials) {
+        for (const std::string& inserted : {special, special.substr(0, 1)}) {
+          for (size_t nAt = 0; nAt < nLength; ++nAt) {
+            std::string value(nLength, 'a');
+            value.replace(nAt, inserted.size(), inserted);
+            value.resize(nLength);
+            const std::string expected = ReferenceEscape(value, set.specials, set.cRelease);
+            EXPECT_EQ(static_cast<long>(expected.size()), Escape(value)) << nAt << " " << value;
+            ASSERT_EQ(expected, Written()) << nAt << " " << value;
+          }
+        }
+      }
+    }
+  }
+}
+
 }  // namespace
