@@ -306,28 +306,34 @@ std::string ReferenceEscape(const std::string& value, const std::vector<std::str
   return out;
 }
 
+// The strings a value is escaped against, in ReferenceEscape's order, and an
+// alphabet rich in their bytes: the default strings, and a two-byte
+// delimiter, a three-byte terminator and another release (the special
+// strings at pConfigured).
+struct EscapeSet {
+  DB_SPECIAL_STRINGS* pSpecial;
+  std::vector<std::string> specials;
+  char cRelease;
+  const char* pszAlphabet;
+};
+
+std::vector<EscapeSet> EscapeSets(DB_SPECIAL_STRINGS* pConfigured) {
+  *pConfigured = Special("2", "<>", "3", "END", "~");
+  return {{nullptr, {"[", "]", "|", "!", "\r\n"}, '!', "ab|!][\r\nxyz"},
+          {pConfigured, {"[", "]", "<>", "~", "END"}, '~', "a<>~[]ENDx|!"}};
+}
+
 // Values of every length up to 100 over an alphabet rich in special bytes,
 // so that specials stand at every offset of a sixteen-byte block and in the
-// last bytes of a value, with the default strings and with a two-byte
-// delimiter, a three-byte terminator and another release.
+// last bytes of a value.
 TEST_F(ReleaseTest, EscapingAgreesWithAByteByByteReferenceOnRandomValues) {
-  DB_SPECIAL_STRINGS configured = Special("2", "<>", "3", "END", "~");
-  struct Set {
-    DB_SPECIAL_STRINGS* pSpecial;
-    std::vector<std::string> specials;
-    char cRelease;
-    const char* pszAlphabet;
-  };
-  const Set sets[] = {
-      {nullptr, {"[", "]", "|", "!", "\r\n"}, '!', "ab|!][\r\nxyz"},
-      {&configured, {"[", "]", "<>", "~", "END"}, '~', "a<>~[]ENDx|!"},
-  };
+  DB_SPECIAL_STRINGS configured;
   unsigned nSeed = 12345;
   auto next = [&nSeed]() {
     nSeed = nSeed * 1103515245u + 12345u;
     return (nSeed >> 16) & 0x7fff;
   };
-  for (const Set& set : sets) {
+  for (const EscapeSet& set : EscapeSets(&configured)) {
     Use(set.pSpecial);
     const std::string alphabet = set.pszAlphabet;
     for (int nRound = 0; nRound < 2000; ++nRound) {
@@ -344,17 +350,8 @@ TEST_F(ReleaseTest, EscapingAgreesWithAByteByByteReferenceOnRandomValues) {
 // alone) at each place: found wherever it stands, in or across the blocks a
 // long value is scanned in, and in the last bytes.
 TEST_F(ReleaseTest, ASpecialAnywhereInALongPlainValueIsEscaped) {
-  DB_SPECIAL_STRINGS configured = Special("2", "<>", "3", "END", "~");
-  struct Set {
-    DB_SPECIAL_STRINGS* pSpecial;
-    std::vector<std::string> specials;
-    char cRelease;
-  };
-  const Set sets[] = {
-      {nullptr, {"[", "]", "|", "!", "\r\n"}, '!'},
-      {&configured, {"[", "]", "<>", "~", "END"}, '~'},
-  };
-  for (const Set& set : sets) {
+  DB_SPECIAL_STRINGS configured;
+  for (const EscapeSet& set : EscapeSets(&configured)) {
     Use(set.pSpecial);
     for (const size_t nLength : {63u, 64u, 65u, 95u, 96u, 97u, 130u, 257u}) {
       for (const std::string& special : set.specials) {

@@ -28,6 +28,14 @@ class WideTypeTest : public OciTest {
     MustExec("CREATE TYPE nums_t AS TABLE OF NUMBER");
   }
 
+  // A new object of the type and its null struct.
+  void NewObject(OCIType* tdo, void** obj, OCIInd** ind) {
+    ASSERT_EQ(OCI_SUCCESS, OCIObjectNew(env_, err_, svc_, OCI_TYPECODE_OBJECT, tdo, nullptr,
+                                        OCI_DURATION_DEFAULT, TRUE, obj))
+        << FirstError(err_);
+    ASSERT_EQ(OCI_SUCCESS, OCIObjectGetInd(env_, err_, *obj, reinterpret_cast<void**>(ind)));
+  }
+
   // GROUPS_T with `groups` groups of attributes, and a nested table of it.
   void MakeType(const std::string& name, int groups) {
     std::string sql = "CREATE TYPE " + name + " AS OBJECT (";
@@ -86,11 +94,8 @@ class WideTypeTest : public OciTest {
     ASSERT_NE(nullptr, tab_tdo);
 
     void* obj = nullptr;
-    ASSERT_EQ(OCI_SUCCESS, OCIObjectNew(env_, err_, svc_, OCI_TYPECODE_OBJECT, tdo, nullptr,
-                                        OCI_DURATION_DEFAULT, TRUE, &obj))
-        << FirstError(err_);
     OCIInd* ind = nullptr;
-    ASSERT_EQ(OCI_SUCCESS, OCIObjectGetInd(env_, err_, obj, reinterpret_cast<void**>(&ind)));
+    ASSERT_NO_FATAL_FAILURE(NewObject(tdo, &obj, &ind));
     // A new object is null through and through: every OCIInd of its null struct, those of
     // the objects embedded at every depth included.
     const int inds = 1 + kIndsPerGroup * groups;
@@ -171,10 +176,8 @@ TEST_F(WideTypeTest, ATypeEmbeddingAWideOneIsNullThroughAndThrough) {
   MustExec("CREATE TYPE outer_t AS OBJECT (ID NUMBER, W wide_t, NAME VARCHAR2(10))");
   OCIType* tdo = TypeByName("OUTER_T");
   void* obj = nullptr;
-  ASSERT_EQ(OCI_SUCCESS, OCIObjectNew(env_, err_, svc_, OCI_TYPECODE_OBJECT, tdo, nullptr,
-                                      OCI_DURATION_DEFAULT, TRUE, &obj));
   OCIInd* ind = nullptr;
-  ASSERT_EQ(OCI_SUCCESS, OCIObjectGetInd(env_, err_, obj, reinterpret_cast<void**>(&ind)));
+  ASSERT_NO_FATAL_FAILURE(NewObject(tdo, &obj, &ind));
   const int inds = 1 + 1 + (1 + kIndsPerGroup * 40) + 1;
   for (int i = 0; i < inds; ++i) EXPECT_EQ(OCI_IND_NULL, ind[i]) << "OCIInd " << i;
   SetText(obj, ind, tdo, {"W", "E39", "IN2", "X"}, "deep");

@@ -239,17 +239,22 @@ def case_object_items_beyond_a_varray_limit():
                  "must be in the range of [0] to [1]\n", err, "message")
 
 
-def encode_each_alone(records, failing, schema, type_name):
-    """The streams of the records, each encoded in a run of its own, but record `failing` (from 1)."""
+def encode_together_and_alone(records, failing, schema, type_name):
+    """Encodes the records in one run, where record `failing` (from 1) goes to --bad, and each other
+    record in a run of its own; the two must give the same bytes. Returns the run's output and messages."""
+    rc, out, err = run(write("together.jsonl", b"\n".join(records) + b"\n"), "--jobs", "1", "--bad", os.devnull,
+                       command="encode", schema=schema, type_name=type_name)
+    expect_equal(1, rc, "exit status")
     alone = b""
     for number, record in enumerate(records, 1):
         if number == failing:
             continue
-        rc, out, err = run(write("alone.jsonl", record + b"\n"), command="encode", schema=schema,
-                           type_name=type_name)
-        expect_equal(0, rc, "exit status of record %d alone (%s)" % (number, err))
-        alone += out
-    return alone
+        rc, out_alone, err_alone = run(write("alone.jsonl", record + b"\n"), command="encode", schema=schema,
+                                       type_name=type_name)
+        expect_equal(0, rc, "exit status of record %d alone (%s)" % (number, err_alone))
+        alone += out_alone
+    expect_equal(alone, out, "records written together and alone")
+    return out, err
 
 
 def case_each_record_starts_from_a_new_object():
@@ -273,12 +278,9 @@ def case_each_record_starts_from_a_new_object():
         b'{"ID":6}',
         b'{"ID":7,"NAME":"","CODE":"","TAGS":[]}',
     ]
-    rc, out, err = run(write("reuse.jsonl", b"\n".join(records) + b"\n"), "--jobs", "1", "--bad", os.devnull,
-                       command="encode", schema=schema, type_name="rec_t")
-    expect_equal(1, rc, "exit status")
+    out, err = encode_together_and_alone(records, 5, schema, "rec_t")
     expect_equal('varnadp: record 5 (byte 365): attribute BOX.PTS[1] has no attribute "Y" (SCOTT.PT_T)\n', err,
                  "message of the bad record")
-    expect_equal(encode_each_alone(records, 5, schema, "rec_t"), out, "records written together and alone")
     expect_equal(b"2.||||||||\r\n", out.split(b"\r\n")[1] + b"\r\n", "the record after a full one")
     expect_equal(b"6.||||||||\r\n", out.split(b"\r\n")[4] + b"\r\n", "the record after a failed one")
 
@@ -298,11 +300,8 @@ def case_scalar_items_stand_apart():
         b'{"ID":4,"WORDS":[null,"z"],"CODES":["0102","03"],"MARKS":["fg"]}',
         b'{"ID":5,"WORDS":["w"],"CODES":[],"MARKS":[]}',
     ]
-    rc, out, err = run(write("items.jsonl", b"\n".join(records) + b"\n"), "--jobs", "1", "--bad", os.devnull,
-                       command="encode", schema=schema, type_name="bag_t")
-    expect_equal(1, rc, "exit status")
+    out, err = encode_together_and_alone(records, 3, schema, "bag_t")
     expect("record 3 " in err and "WORDS[1]" in err, err)
-    expect_equal(encode_each_alone(records, 3, schema, "bag_t"), out, "records written together and alone")
     lines = out.split(b"\r\n")
     expect_equal(b"2.|[y]|[1|\xff]|[e|]", lines[1], "the record after longer items")
     expect_equal(b"4.|[|z]|[2|\x01\x02|1|\x03]|[fg]", lines[2], "the record after a failed one")
