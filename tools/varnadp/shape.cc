@@ -2,8 +2,6 @@
 
 #include <strings.h>
 
-#include <vector>
-
 #include <orid.h>
 
 #include "json_text.h"
@@ -81,10 +79,11 @@ void ValueLayout(const Shape& member, size_t* size, size_t* align) {
 
 // Whether Oracle places every attribute of `object` (and of the objects
 // embedded in it) where the layouts say, on the instance at `instance` with
-// null structure `null_struct`. An attribute's indicator is found by making
-// it present with OCIObjectSetAttr and seeing which OCIInd changed.
-bool Matches(const Shape& object, char* instance, OCIInd* null_struct, OCIInd* root_ind,
-             size_t root_count, OciSession& session) {
+// null structure `null_struct`, all of whose OCIInds are null. An attribute's
+// indicator is found by making it present with OCIObjectSetAttr: the OCIInd
+// the layout names must turn present, and is made null again; one that
+// turned present elsewhere is left so for the caller's last look.
+bool Matches(const Shape& object, char* instance, OCIInd* null_struct, OciSession& session) {
   for (const Shape& member : object.members) {
     const OraText* names[1] = {reinterpret_cast<const OraText*>(member.name.c_str())};
     const ub4 lengths[1] = {static_cast<ub4>(member.name.size())};
@@ -98,18 +97,15 @@ bool Matches(const Shape& object, char* instance, OCIInd* null_struct, OCIInd* r
     }
     if (slot != instance + member.value_offset || status != null_struct[member.ind_index]) return false;
     if (member.kind == Shape::Kind::kObject && attr_null_struct != null_struct + member.ind_index) return false;
-    const std::vector<OCIInd> before(root_ind, root_ind + root_count);
     if (OCIObjectSetAttr(session.env(), session.err(), instance, null_struct, object.tdo, names, lengths, 1,
                          nullptr, 0, OCI_IND_NOTNULL, nullptr, nullptr) != OCI_SUCCESS) {
       return false;
     }
     OCIInd* const place = null_struct + member.ind_index;
-    for (size_t i = 0; i < root_count; ++i) {
-      if (root_ind[i] != (root_ind + i == place ? OCI_IND_NOTNULL : before[i])) return false;
-    }
+    if (*place != OCI_IND_NOTNULL) return false;
     *place = OCI_IND_NULL;
     if (member.kind == Shape::Kind::kObject &&
-        !Matches(member, instance + member.value_offset, place, root_ind, root_count, session)) {
+        !Matches(member, instance + member.value_offset, place, session)) {
       return false;
     }
   }
@@ -135,7 +131,9 @@ void CheckObjectLayout(Shape* object, OciSession& session) {
             OCI_SUCCESS;
   if (ok) {
     for (size_t i = 0; i < object->ind_count; ++i) ind[i] = OCI_IND_NULL;
-    ok = Matches(*object, static_cast<char*>(instance), ind, ind, object->ind_count, session);
+    ok = Matches(*object, static_cast<char*>(instance), ind, session);
+    // No attribute's indicator turned present anywhere but where it was made null again.
+    for (size_t i = 0; ok && i < object->ind_count; ++i) ok = ind[i] == OCI_IND_NULL;
   }
   OCIObjectFree(session.env(), session.err(), instance, OCI_OBJECTFREE_FORCE);
   if (ok) MarkDirect(object);
