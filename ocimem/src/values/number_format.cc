@@ -195,6 +195,97 @@ bool PlainMaskShape(std::string_view mask, PlainShape* out) {
   return pos == n;
 }
 
+bool ParseShapedNumber(std::string_view text, std::string_view mask, unsigned char* bytes) {
+  constexpr std::size_t kMaxPositions = 38;  // never rounded, never out of range
+  const std::size_t mask_size = mask.size();
+  const bool leading_s = mask_size != 0 && mask[0] == 'S';
+  const std::size_t int_begin = leading_s ? 1 : 0;
+  std::size_t m = SkipNines(mask, int_begin);
+  const std::size_t int_positions = m - int_begin;
+  if (int_positions == 0) return false;
+  std::size_t frac_positions = 0;
+  const bool has_point = m < mask_size && mask[m] == '.';
+  if (has_point) {
+    const std::size_t frac_begin = ++m;
+    m = SkipNines(mask, m);
+    frac_positions = m - frac_begin;
+  }
+  if (m != mask_size || int_positions + frac_positions > kMaxPositions) return false;
+
+  const char* p = text.data();
+  const char* const end = p + text.size();
+  bool negative = false;
+  if (p != end && (*p == '+' || *p == '-')) {
+    negative = *p++ == '-';
+  } else if (leading_s) {
+    return false;
+  }
+  // The digits, the point left out, between two '0's: digits[0] is the one
+  // before the first, so that pairs can start a place early without a test.
+  char digits[kMaxPositions + 2];
+  digits[0] = '0';
+  std::size_t count = 0;
+  // More digits than the mask has places: stop at the first one, before it
+  // overruns the buffer.
+  for (; p != end && static_cast<unsigned char>(*p - '0') < 10; ++p) {
+    if (count == int_positions) return false;
+    digits[++count] = *p;
+  }
+  const std::size_t int_digits = count;
+  if (p != end && *p == '.') {
+    if (!has_point) return false;
+    const std::size_t frac_end = count + frac_positions;
+    for (++p; p != end && static_cast<unsigned char>(*p - '0') < 10; ++p) {
+      if (count == frac_end) return false;
+      digits[++count] = *p;
+    }
+  }
+  if (p != end || count == 0) return false;
+
+  std::memset(bytes, 0, static_cast<std::size_t>(kNumberSize));
+  // value = 0.<digits from the first non-zero one> * 10^exponent.
+  std::size_t first = 1;
+  while (first <= count && digits[first] == '0') ++first;
+  if (first > count) {
+    bytes[0] = 1;
+    bytes[1] = 0x80;
+    return true;
+  }
+  while (digits[count] == '0') --count;
+  digits[count + 1] = '0';
+  long exponent = static_cast<long>(int_digits) - static_cast<long>(first - 1);
+  // Base-100 digits stand on the decimal point: an odd exponent starts a
+  // place early, on a '0'.
+  std::size_t from = first;
+  if ((exponent & 1) != 0) {
+    --from;
+    ++exponent;
+  }
+  const std::size_t pairs = (count - from + 2) / 2;
+  const long exponent100 = exponent / 2 - 1;
+  const char* d = digits + from;
+  unsigned char* out = bytes + 2;
+  if (negative) {
+    for (std::size_t i = 0; i < pairs; ++i, d += 2) {
+      out[i] = static_cast<unsigned char>(101 - ((d[0] - '0') * 10 + (d[1] - '0')));
+    }
+    bytes[1] = static_cast<unsigned char>(0x3E - exponent100);
+    std::size_t length = 1 + pairs;
+    if (pairs < static_cast<std::size_t>(kMaxMantissaBytes)) {
+      out[pairs] = 0x66;
+      ++length;
+    }
+    bytes[0] = static_cast<unsigned char>(length);
+  } else {
+    for (std::size_t i = 0; i < pairs; ++i, d += 2) {
+      out[i] = static_cast<unsigned char>((d[0] - '0') * 10 + (d[1] - '0') + 1);
+    }
+    bytes[1] = static_cast<unsigned char>(0xC1 + exponent100);
+    bytes[0] = static_cast<unsigned char>(1 + pairs);
+  }
+  return true;
+}
+
 int FormatNumber(const Decimal& value, const NumberModel& model, std::string* out) {
   if (model.unsupported) return kOraInvalidFormat;
   const int int_positions = static_cast<int>(DigitPositions(model.integer));

@@ -58,6 +58,13 @@ struct PlainShape {
 };
 bool PlainMaskShape(std::string_view mask, PlainShape* out);
 
+// OCINumberFromText for the masks a host builds from a text's own shape: an optional
+// leading 'S', '9's, and optionally '.' and more '9's, 38 positions at most ("S9999.99"
+// for "-1234.50").  Writes the kNumberSize bytes that ParseNumber and EncodeNumber would
+// write and returns true; false, with nothing written, for any other mask and for any
+// text that does not fit it (the general way then decides, errors included).
+bool ParseShapedNumber(std::string_view text, std::string_view mask, unsigned char* bytes);
+
 // Returns 0 or kOraInvalidInput; the result is not yet range-checked.
 int ParseNumber(std::string_view text, const NumberModel& model, Decimal* out);
 

@@ -14,6 +14,8 @@
 
 namespace {
 
+static_assert(ocimem::values::kNumberSize == OCI_NUMBER_SIZE, "a NUMBER's bytes fill an OCINumber");
+
 using ocimem::values::Decimal;
 using ocimem::values::NumberError;
 
@@ -49,104 +51,6 @@ int CachedNumberModel(std::string_view mask, const ocimem::values::NumberModel**
 
 std::string_view View(const oratext* p, ub4 length) {
   return std::string_view(reinterpret_cast<const char*>(p), length);
-}
-
-// OCINumberFromText for the masks a host builds from a text's own shape: an optional
-// leading 'S', '9's and an optional '.' with more '9's ("S9999.99" for "-1234.50").  Writes
-// the same bytes as ParseNumber and EncodeNumber would and returns true; false when the
-// mask or the text is anything else (the general path then decides, errors included).
-constexpr std::size_t kFastMaskDigits = 38;  // never rounded, never out of range
-
-bool FastNumberFromText(std::string_view text, std::string_view mask, OCINumber* number) {
-  std::size_t m = 0;
-  const bool leading_s = !mask.empty() && mask[0] == 'S';
-  if (leading_s) ++m;
-  std::size_t int_positions = 0;
-  while (m < mask.size() && mask[m] == '9') {
-    ++int_positions;
-    ++m;
-  }
-  if (int_positions == 0) return false;
-  std::size_t frac_positions = 0;
-  bool has_point = false;
-  if (m < mask.size() && mask[m] == '.') {
-    has_point = true;
-    ++m;
-    while (m < mask.size() && mask[m] == '9') {
-      ++frac_positions;
-      ++m;
-    }
-  }
-  if (m != mask.size() || int_positions + frac_positions > kFastMaskDigits) return false;
-
-  std::size_t pos = 0;
-  bool negative = false;
-  if (pos < text.size() && (text[pos] == '+' || text[pos] == '-')) {
-    negative = text[pos++] == '-';
-  } else if (leading_s) {
-    return false;
-  }
-  char digits[kFastMaskDigits + 2];
-  std::size_t count = 0;
-  const std::size_t int_begin = pos;
-  // More digits than the mask has places is the general path's case: stop
-  // at the first one, before it overruns the buffer.
-  while (pos < text.size() && text[pos] >= '0' && text[pos] <= '9') {
-    if (pos - int_begin >= int_positions) return false;
-    digits[count++] = text[pos++];
-  }
-  const int int_digits = static_cast<int>(count);
-  if (pos < text.size() && text[pos] == '.') {
-    if (!has_point) return false;
-    ++pos;
-    const std::size_t frac_begin = pos;
-    while (pos < text.size() && text[pos] >= '0' && text[pos] <= '9') {
-      if (pos - frac_begin >= frac_positions) return false;
-      digits[count++] = text[pos++];
-    }
-  }
-  if (pos != text.size() || count == 0) return false;
-
-  // Normalise: value = 0.<digits> * 10^exponent without leading or trailing zeros.
-  std::size_t first = 0;
-  while (first < count && digits[first] == '0') ++first;
-  std::memset(number->OCINumberPart, 0, sizeof number->OCINumberPart);
-  if (first == count) {
-    number->OCINumberPart[0] = 1;
-    number->OCINumberPart[1] = 0x80;
-    return true;
-  }
-  while (digits[count - 1] == '0') --count;
-  int exponent = int_digits - static_cast<int>(first);
-  // Base-100 digits aligned on the decimal point.
-  char aligned[kFastMaskDigits + 2];
-  std::size_t n = 0;
-  if (exponent % 2 != 0) {
-    aligned[n++] = '0';
-    ++exponent;
-  }
-  for (std::size_t k = first; k < count; ++k) aligned[n++] = digits[k];
-  if (n % 2 != 0) aligned[n++] = '0';
-  const int exponent100 = exponent / 2 - 1;
-  const std::size_t pairs = n / 2;
-  unsigned char* bytes = number->OCINumberPart;
-  for (std::size_t i = 0; i < pairs; ++i) {
-    const int pair = (aligned[2 * i] - '0') * 10 + (aligned[2 * i + 1] - '0');
-    bytes[2 + i] = static_cast<unsigned char>(negative ? 101 - pair : pair + 1);
-  }
-  if (negative) {
-    bytes[1] = static_cast<unsigned char>(0x3E - exponent100);
-    std::size_t length = 1 + pairs;
-    if (pairs < static_cast<std::size_t>(ocimem::values::kMaxMantissaBytes)) {
-      bytes[2 + pairs] = 0x66;
-      ++length;
-    }
-    bytes[0] = static_cast<unsigned char>(length);
-  } else {
-    bytes[1] = static_cast<unsigned char>(0xC1 + exponent100);
-    bytes[0] = static_cast<unsigned char>(1 + pairs);
-  }
-  return true;
 }
 
 // This library speaks the session defaults only (decimal '.', group ',').
@@ -264,7 +168,8 @@ sword OCINumberFromText(OCIError* err, const oratext* str, ub4 str_length, const
   if (HasNlsParams(nls_params, nls_p_length)) {
     return FailNlsParams(err, nls_params, nls_p_length);
   }
-  if (FastNumberFromText(View(str, str_length), View(fmt, fmt_length), number)) {
+  if (ocimem::values::ParseShapedNumber(View(str, str_length), View(fmt, fmt_length),
+                                       number->OCINumberPart)) {
     return OCI_SUCCESS;
   }
   const ocimem::values::NumberModel* model = nullptr;
