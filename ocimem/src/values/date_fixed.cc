@@ -5,6 +5,8 @@
 // to the general formatter and parser, which give the same results the long way.
 #include "date_fixed.h"
 
+#include <cstring>
+
 #include "calendar.h"
 #include "date_text.h"
 
@@ -124,13 +126,14 @@ bool ParseFixed(std::string_view text, const DateMask& mask, DateTimeFields* val
   v.nanos = 0;
   for (const DateToken& t : mask.tokens) {
     switch (t.element) {
-      case DateElement::Literal:
-        if (static_cast<std::size_t>(end - p) < t.text.size() ||
-            t.text.compare(0, t.text.size(), p, t.text.size()) != 0) {
-          return false;
-        }
-        p += t.text.size();
+      case DateElement::Literal: {
+        const std::size_t n = t.text.size();
+        if (static_cast<std::size_t>(end - p) < n) return false;
+        // The usual '-', ':', ' ' and '.' compared in line.
+        if (n == 1 ? *p != t.text[0] : std::memcmp(p, t.text.data(), n) != 0) return false;
+        p += n;
         break;
+      }
       case DateElement::Year4: if (!digits(4, &v.year)) return false; break;
       case DateElement::Month: if (!digits(2, &v.month)) return false; break;
       case DateElement::Day: if (!digits(2, &v.day)) return false; break;
