@@ -21,13 +21,15 @@ Instance* Register(Env* env, std::unique_ptr<Instance> instance) {
   Instance* raw = instance.get();
   std::lock_guard<std::mutex> lock(env->registry_mutex);
   try {
-    env->instances[raw->value] = std::move(instance);
+    // An entry left at this address by memory released elsewhere goes, as its
+    // instance's memory went.
+    delete env->instances.Insert(raw->value, raw);
   } catch (...) {
     // No room in the registry: the instance was never the caller's.
     FreeInstanceMemory(raw);
     throw;
   }
-  return raw;
+  return instance.release();
 }
 
 }  // namespace
@@ -95,8 +97,7 @@ Instance* NewValueInstance(Env* env, const ValueType& type) {
 Instance* FindInstance(Env* env, const void* value) {
   if (value == nullptr) return nullptr;
   std::lock_guard<std::mutex> lock(env->registry_mutex);
-  auto it = env->instances.find(const_cast<void*>(value));
-  return it == env->instances.end() ? nullptr : it->second.get();
+  return env->instances.Find(value);
 }
 
 void FreeInstanceMemory(Instance* instance) {
@@ -124,17 +125,16 @@ void FreeInstanceMemory(Instance* instance) {
 }
 
 std::unique_ptr<Instance> TakeInstance(Env* env, void* value, bool keep_null_struct) {
-  std::unique_ptr<Instance> instance;
   std::lock_guard<std::mutex> lock(env->registry_mutex);
-  auto it = env->instances.find(value);
-  if (it == env->instances.end()) return instance;
-  if (keep_null_struct && it->second->kind == Instance::Kind::kObject) {
-    env->kept_null_structs.push_back(it->second->null_struct);
-    it->second->null_struct = nullptr;
+  Instance* found = env->instances.Find(value);
+  if (found == nullptr) return nullptr;
+  if (keep_null_struct && found->kind == Instance::Kind::kObject) {
+    // Noted before the instance leaves the registry: when there is no room to note
+    // it, the instance stays as it was.
+    env->kept_null_structs.push_back(found->null_struct);
+    found->null_struct = nullptr;
   }
-  instance = std::move(it->second);
-  env->instances.erase(it);
-  return instance;
+  return std::unique_ptr<Instance>(env->instances.Erase(value));
 }
 
 void DestroyInstance(Env* env, void* value) {
@@ -145,20 +145,19 @@ void DestroyInstance(Env* env, void* value) {
 void RekeyInstance(Env* env, void* old_value, void* new_value) {
   if (env == nullptr) return;
   std::lock_guard<std::mutex> lock(env->registry_mutex);
-  if (env->instances.count(old_value) == 0) return;
+  Instance* instance = env->instances.Find(old_value);
+  if (instance == nullptr || new_value == old_value) return;
   // The new key's entry is made first, the only step that allocates: when it throws,
   // the instance is still registered under its old value.
-  std::unique_ptr<Instance>& slot = env->instances[new_value];
-  auto it = env->instances.find(old_value);
-  slot = std::move(it->second);
-  slot->value = new_value;
-  env->instances.erase(it);
+  delete env->instances.Insert(new_value, instance);
+  env->instances.Erase(old_value);
+  instance->value = new_value;
 }
 
 void ForgetInstance(Env* env, void* value) {
   if (env == nullptr) return;
   std::lock_guard<std::mutex> lock(env->registry_mutex);
-  env->instances.erase(value);
+  delete env->instances.Erase(value);
 }
 
 }  // namespace ocimem

@@ -71,8 +71,11 @@ Env::Env(ub4 create_mode)
 }
 
 Env::~Env() {
-  for (auto& [value, instance] : instances) FreeInstanceMemory(instance.get());
-  instances.clear();
+  instances.ForEach([](Instance* instance) {
+    FreeInstanceMemory(instance);
+    delete instance;
+  });
+  instances.Clear();
   for (void* p : kept_null_structs) std::free(p);
   FreeLooseValues(this);
   {

@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "oci.h"
+#include "objects/address_table.h"
 #include "session/recycle.h"
 #include "session/session_nls.h"
 
@@ -185,7 +186,7 @@ struct Env : Handle {
   std::mutex registry_mutex;
   std::unordered_set<Handle*> handles;
   std::unordered_map<void*, ub4> descriptors;  // OCIDescriptorAlloc'd: address -> OCI_DTYPE_
-  std::unordered_map<void*, std::unique_ptr<Instance>> instances;
+  AddressTable<Instance> instances;  // by the address handed out; owned
   // Null structs that OCIObjectFree(..., OCI_OBJECTFREE_NONULL) left to the caller.
   std::vector<void*> kept_null_structs;
   // Strings and raws that OCIStringAssignText & co. allocated for a NULL value.

@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "../../adapter/alloc/every_allocation.h"
 #include "oci_fixture.h"
@@ -171,7 +172,15 @@ class OciEveryAllocationTest : public ocimem_test::OciTest {
   void* source_ = nullptr;
 };
 
+// An object made after one of the same type was freed takes the freed one's memory and
+// allocates nothing, so the objects made here are kept until the end: every call then
+// gets its memory anew, and each allocation can fail. The instances made first leave the
+// registry of instances room for all the others, so that it does not grow in one call
+// and not in the next.
 TEST_F(OciEveryAllocationTest, ObjectNew) {
+  std::vector<void*> kept;
+  kept.reserve(1024);
+  for (int i = 0; i < 300; ++i) kept.push_back(New(tdo_, OCI_TYPECODE_OBJECT));
   void* made = nullptr;
   const unsigned long n = EveryAllocation(
       "OCIObjectNew",
@@ -180,11 +189,87 @@ TEST_F(OciEveryAllocationTest, ObjectNew) {
                             OCI_DURATION_DEFAULT, TRUE, &made);
       },
       [&] {
-        EXPECT_EQ(OCI_SUCCESS, OCIObjectFree(env_, err_, made, OCI_DEFAULT));
+        kept.push_back(made);
         made = nullptr;
       },
       [&] { EXPECT_EQ(0, Size(*static_cast<OCIColl**>(Attr(made, "NUMS")))); });
-  EXPECT_GE(n, 1u);
+  EXPECT_GE(n, 4u);
+  for (void* object : kept) EXPECT_EQ(OCI_SUCCESS, OCIObjectFree(env_, err_, object, OCI_DEFAULT));
+}
+
+// An environment's registry of instances gets its room with the first instance, the
+// last allocation of that OCIObjectNew: when it cannot be had, the call answers ORA-04030,
+// nothing of the object stays, and the next call makes the object. Blocks freed earlier
+// are taken before new memory, so the first objects of fresh environments are made (and
+// kept) until two in a row count the same allocations; the next fresh environment's first
+// call then fails at the last.
+TEST_F(OciEveryAllocationTest, FirstInstanceOfAnEnvironmentWithoutRoomForItsRegistry) {
+  struct Fresh {
+    OCIEnv* env = nullptr;
+    OCIError* err = nullptr;
+    OCISvcCtx* svc = nullptr;
+    OCIType* tdo = nullptr;
+  };
+  std::vector<Fresh> envs;
+  envs.reserve(64);
+  const std::string db = DatabaseName();
+  auto fresh = [&]() {
+    Fresh f;
+    EXPECT_EQ(OCI_SUCCESS, OCIEnvCreate(&f.env, OCI_OBJECT, nullptr, nullptr, nullptr, nullptr,
+                                        0, nullptr));
+    EXPECT_EQ(OCI_SUCCESS, OCIHandleAlloc(f.env, reinterpret_cast<void**>(&f.err),
+                                          OCI_HTYPE_ERROR, 0, nullptr));
+    EXPECT_EQ(OCI_SUCCESS, OCILogon(f.env, f.err, &f.svc, Text("scott"), 5, Text("tiger"), 5,
+                                    Text(db.c_str()), Len(db.c_str())));
+    EXPECT_EQ(OCI_SUCCESS, OCITypeByName(f.env, f.err, f.svc, nullptr, 0, Text("OA_T"), 4,
+                                         nullptr, 0, OCI_DURATION_SESSION, OCI_TYPEGET_HEADER,
+                                         &f.tdo));
+    envs.push_back(f);
+    return f;
+  };
+  auto first_new = [](const Fresh& f, void** made) {
+    return OCIObjectNew(f.env, f.err, f.svc, OCI_TYPECODE_OBJECT, f.tdo, nullptr,
+                        OCI_DURATION_DEFAULT, TRUE, made);
+  };
+  unsigned long counted = 0;
+  unsigned long before = 0;
+  for (int i = 0; i < 40 && (i < 2 || counted != before); ++i) {
+    const Fresh f = fresh();
+    void* made = nullptr;
+    before = counted;
+    {
+      ea::Injection counting(0);
+      ASSERT_EQ(OCI_SUCCESS, first_new(f, &made)) << FirstError(f.err);
+      counted = ea::Attempts();
+    }
+  }
+  ASSERT_EQ(counted, before) << "the allocations of a first instance never settled";
+  ASSERT_GE(counted, 1U);
+
+  const Fresh f = fresh();
+  void* made = nullptr;
+  sword rc;
+  bool injected;
+  {
+    ea::Injection injection(counted);
+    rc = first_new(f, &made);
+    injected = ea::Disarm();
+  }
+  ASSERT_TRUE(injected);
+  EXPECT_EQ(ea::kNew, ea::FailedKind()) << ea::KindName(ea::FailedKind());
+  EXPECT_EQ(OCI_ERROR, rc);
+  EXPECT_EQ("ORA-04030: out of process memory", FirstError(f.err));
+  EXPECT_EQ(nullptr, made);
+  ASSERT_EQ(OCI_SUCCESS, first_new(f, &made)) << FirstError(f.err);
+  void* ind = nullptr;
+  EXPECT_EQ(OCI_SUCCESS, OCIObjectGetInd(f.env, f.err, made, &ind));
+  EXPECT_EQ(OCI_SUCCESS, OCIObjectFree(f.env, f.err, made, OCI_DEFAULT));
+
+  // Every environment frees the objects it still holds.
+  for (const Fresh& e : envs) {
+    EXPECT_EQ(OCI_SUCCESS, OCILogoff(e.svc, e.err));
+    EXPECT_EQ(OCI_SUCCESS, OCIHandleFree(e.env, OCI_HTYPE_ENV));
+  }
 }
 
 TEST_F(OciEveryAllocationTest, ObjectCopy) {
