@@ -8,6 +8,10 @@
 #ifdef __SSE2__
 #include <emmintrin.h>
 #endif
+#if defined(__x86_64__) && defined(__GNUC__)
+#define KEL_SCAN_32 1
+#include <immintrin.h>
+#endif
 
 namespace {
 
@@ -130,6 +134,51 @@ class FirstBytes {
 
 static_assert(kFewStrings == 6, "six first bytes are compared at once");
 
+#ifdef KEL_SCAN_32
+namespace {
+
+bool HasAvx2() {
+  static const bool bHas = __builtin_cpu_supports("avx2") != 0;
+  return bHas;
+}
+
+// The first of the bytes nFrom .. nTo - 1 at p (at least 32 of them) that is
+// one of the six first bytes, or nTo: 32 bytes at a time, the last 32 loaded
+// so that they end at nTo.
+__attribute__((target("avx2"))) unsigned long FirstHit32(const unsigned char* p,
+                                                          unsigned long nFrom, unsigned long nTo,
+                                                          const unsigned char (*aabSplat)[16]) {
+  const __m256i v0 = _mm256_set1_epi8(static_cast<char>(aabSplat[0][0]));
+  const __m256i v1 = _mm256_set1_epi8(static_cast<char>(aabSplat[1][0]));
+  const __m256i v2 = _mm256_set1_epi8(static_cast<char>(aabSplat[2][0]));
+  const __m256i v3 = _mm256_set1_epi8(static_cast<char>(aabSplat[3][0]));
+  const __m256i v4 = _mm256_set1_epi8(static_cast<char>(aabSplat[4][0]));
+  const __m256i v5 = _mm256_set1_epi8(static_cast<char>(aabSplat[5][0]));
+  // Whole blocks, then one more that ends at nTo (rest bytes of it new).
+  for (bool bLast = false; !bLast; nFrom += 32) {
+    unsigned long nAt = nFrom;
+    unsigned nShift = 0;
+    if (nFrom + 32 > nTo) {
+      if (nFrom >= nTo) break;
+      bLast = true;
+      nAt = nTo - 32;
+      nShift = static_cast<unsigned>(32 - (nTo - nFrom));
+    }
+    const __m256i block = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + nAt));
+    const __m256i a = _mm256_or_si256(_mm256_cmpeq_epi8(block, v0), _mm256_cmpeq_epi8(block, v1));
+    const __m256i b = _mm256_or_si256(_mm256_cmpeq_epi8(block, v2), _mm256_cmpeq_epi8(block, v3));
+    const __m256i c = _mm256_or_si256(_mm256_cmpeq_epi8(block, v4), _mm256_cmpeq_epi8(block, v5));
+    const unsigned nBits =
+        static_cast<unsigned>(_mm256_movemask_epi8(_mm256_or_si256(_mm256_or_si256(a, b), c))) >>
+        nShift;
+    if (nBits != 0) return nFrom + static_cast<unsigned long>(__builtin_ctz(nBits));
+  }
+  return nTo;
+}
+
+}  // namespace
+#endif
+
 CKelDelimiters::CKelDelimiters() noexcept
     : m_ppszStrings(nullptr), m_pnLengths(nullptr), m_nCount(0), m_bAllSingle(true),
       m_anIndex(), m_abFirst(), m_aabSplat() {}
@@ -213,9 +262,20 @@ long CKelStream::Impl::ShortScan(const KelLeadBytes& lead, int& nIndex) const {
   for (; nAt < nScan; ++nAt) {
     if (matchAt(nAt)) return static_cast<long>(nAt);
   }
+#ifdef KEL_SCAN_32
+  // A longer field: the rest of the page, 32 bytes at a time, where the
+  // processor has AVX2 (the general scan would first build its tables).
+  if (nScan < nLeft && HasAvx2()) {
+    for (nAt = nScan; nAt < nLeft; ++nAt) {
+      nAt = FirstHit32(pFrom, nAt, nLeft, lead.aabSplat);
+      if (nAt < nLeft && matchAt(nAt)) return static_cast<long>(nAt);
+    }
+    nAt = nLeft;
+  }
+#endif
   // Nothing in the bytes looked at: the answer is known only when they were
   // the last of the data.
-  const bool bLast = nScan == nLeft && segment.nStart + segment.nSize == nTotal;
+  const bool bLast = nAt == nLeft && segment.nStart + segment.nSize == nTotal;
   return bLast ? static_cast<long>(nLeft) : -1;
 }
 

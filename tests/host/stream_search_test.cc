@@ -273,6 +273,42 @@ TEST(KelStreamSearch, LastBytesOfAPageSeeOnlyWhatFollowsThePosition) {
   }
 }
 
+// Past the first few dozen bytes of a page, the rest of it is looked at 32
+// bytes at a time (where the processor can): a lone first byte of a longer
+// string before the match is stepped over, the match found at every place,
+// the last bytes of the page seen once, and a page without a match that is
+// not the last hands over to the next page. Every answer against the plain
+// definition.
+TEST(KelStreamSearch, LongFieldsFoundAtEveryPlaceOfThePage) {
+  NeedleList list({"|", "\r\n", "]"});
+  for (size_t nSize : {49, 50, 63, 64, 65, 80, 95, 96, 97, 129, 200}) {
+    for (size_t nFrom : {size_t{0}, size_t{1}, size_t{15}, size_t{17}}) {
+      for (size_t nMatch = nFrom; nMatch <= nSize; ++nMatch) {
+        for (size_t nLone : {size_t{0}, nFrom + 48, nMatch - 1, nMatch - 33, nMatch + 1}) {
+          for (int bTwoPages = 0; bTwoPages < 2; ++bTwoPages) {
+            std::string data(nSize, 'v');
+            if (nLone < nSize && nLone >= nFrom && nLone != nMatch) data[nLone] = '\r';
+            if (nMatch < nSize) data[nMatch] = nMatch % 2 ? '|' : ']';
+            std::string tail = bTwoPages ? std::string(40, 'w') + "|" : std::string();
+            CKelStream stream(0, nullptr, nullptr, 0);
+            stream.WritePage(stream.NewPage(data.data(), data.size(), 0), data.size());
+            if (bTwoPages) stream.WritePage(stream.NewPage(tail.data(), tail.size(), 0), tail.size());
+            stream.Seek(static_cast<long>(nFrom), 0);
+            int nExpectedIndex = 0;
+            const long nExpected = ReferenceLength(data + tail, nFrom, list, nExpectedIndex);
+            int nIndex = 42;
+            const long nGot = Measure(stream, list, nIndex);
+            ASSERT_EQ(nExpected, nGot) << nSize << " " << nFrom << " " << nMatch << " " << nLone
+                                       << " " << bTwoPages;
+            ASSERT_EQ(nExpectedIndex, nIndex) << nSize << " " << nFrom << " " << nMatch;
+            ASSERT_EQ(static_cast<long>(nFrom), stream.Tell());
+          }
+        }
+      }
+    }
+  }
+}
+
 // Random data over a small alphabet, random page sizes (tiny ones
 // included), random needle sets with shared prefixes, random start offsets,
 // and pages that are partly the caller's buffers: every answer must agree
