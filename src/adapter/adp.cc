@@ -47,6 +47,7 @@ CAdp::CAdp(DB_SPECIAL_STRINGS* pSpecialStrings)
       m_bReleaseInField(1),
       m_pValuePage(nullptr),
       m_nSpare(0),
+      m_nCall(0),
       m_Iterators(0, 16, 0),
       m_nIterators(0),
       m_nReleaseLater(0),
@@ -150,6 +151,7 @@ void CAdp::_ReleaseHandedOut() {
 }
 
 void CAdp::_Init(CKelTrace* pTrace) {
+  ++m_nCall;
   m_bLobsPending = 0;
   m_pTrace = pTrace != nullptr ? pTrace : &m_Trace;
 }

@@ -243,6 +243,9 @@ class CAdp : public VARNADP {
   // no values of their own.
   CAdpTree* m_apSpare[ADP_SPARE_MAX];
   int m_nSpare;
+  // Calls made so far, this one included: what a node measured in an earlier
+  // call is measured again (CAdpElementData::NameLength).
+  unsigned long m_nCall;
   // The iterators made during the current call, and how many.
   CKelArray<OCIIter*> m_Iterators;
   unsigned long m_nIterators;

@@ -15,7 +15,7 @@ void CAdp::_OraGetChild(CAdpTree& child, CAdpTree& parent) {
   CAdpElementData& data = child.m_Data;
   const char* pszName = data.m_pColumnDef->ColumnName;
   const oratext* apszNames[1] = {reinterpret_cast<const oratext*>(pszName != nullptr ? pszName : "")};
-  const ub4 anLengths[1] = {static_cast<ub4>(pszName != nullptr ? std::strlen(pszName) : 0)};
+  const ub4 anLengths[1] = {data.NameLength(m_nCall)};
   data.ClearOraObjects();
   const CAdpElementData& owner = parent.m_Data;
   _OraCheck(OCIObjectGetAttr(m_pEnv, m_pErr, owner.m_pField, owner.m_pInd, owner.m_pTdo,
@@ -126,7 +126,7 @@ void CAdp::_OraSetIndicator(CAdpTree& child, CAdpTree& parent, int bNotNull) {
   }
   const char* pszName = data.m_pColumnDef->ColumnName;
   const oratext* apszNames[1] = {reinterpret_cast<const oratext*>(pszName != nullptr ? pszName : "")};
-  const ub4 anLengths[1] = {static_cast<ub4>(pszName != nullptr ? std::strlen(pszName) : 0)};
+  const ub4 anLengths[1] = {data.NameLength(m_nCall)};
   const CAdpElementData& owner = parent.m_Data;
   OCIInd nStatus;
   const void* pAttrNullStruct;

@@ -8,6 +8,8 @@
 
 #include <varnadp.h>
 
+#include <cstring>
+
 class CAdpElementData {
  public:
   CAdpElementData()
@@ -24,7 +26,9 @@ class CAdpElementData {
         m_pIter(nullptr),
         m_nReserved(0),
         m_nLobPos(0),
-        m_nLobSize(0) {}
+        m_nLobSize(0),
+        m_nNameCall(0),
+        m_nNameLength(0) {}
 
   int IsComplex() const { return m_pColumnDef->Flags & COLDEF_COMPLEX; }
   int InColl() const { return m_pColumnDef->InCollection != 0; }
@@ -49,6 +53,18 @@ class CAdpElementData {
   // The slot that holds the value's struct pointer, as the collection calls
   // want it.
   void* StructToField() { return IsHandleType() ? m_pField : static_cast<void*>(&m_pField); }
+
+  // The length of the definition's column name, as the attribute calls take
+  // it, measured once in call nCall (the adapter counts its calls from 1): a
+  // host may change a name in place between two calls with the same list.
+  ub4 NameLength(unsigned long nCall) const {
+    if (m_nNameCall != nCall) {
+      const char* pszName = m_pColumnDef->ColumnName;
+      m_nNameLength = pszName != nullptr ? static_cast<ub4>(std::strlen(pszName)) : 0;
+      m_nNameCall = nCall;
+    }
+    return m_nNameLength;
+  }
 
   void ClearOraObjects() {
     m_pField = nullptr;
@@ -85,6 +101,10 @@ class CAdpElementData {
   long long m_nReserved;
   long m_nLobPos;
   unsigned long m_nLobSize;
+
+ private:
+  mutable unsigned long m_nNameCall;
+  mutable ub4 m_nNameLength;
 };
 
 #endif  // SRC_ADAPTER_ELEMENT_DATA_H_

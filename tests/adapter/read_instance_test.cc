@@ -490,5 +490,29 @@ TEST_F(ReadInstanceTest, EachReadMakesANewObject) {
   EXPECT_EQ("|d", WriteBack(home_.Head(), second, pTdo));
 }
 
+// A host may keep its definition list and change a name in place between
+// calls: each call reads the names as they are then, lengths included.
+TEST_F(ReadInstanceTest, ANameChangedInPlaceBetweenCallsIsReadAnew) {
+  MustExec("CREATE TYPE i_ab_t AS OBJECT (a VARCHAR2(10), ab VARCHAR2(10))");
+  OCIType* pTdo = Type("I_AB_T");
+  char szFirst[4] = "A";
+  char szSecond[4] = "AB";
+  DefList defs;
+  defs.Text("A", 10).ColumnName = szFirst;
+  defs.Text("AB", 10).ColumnName = szSecond;
+  for (int nRound = 0; nRound < 3; ++nRound) {
+    ReadResult r = ReadBuffer(defs.Head(), "x|y|", pTdo);
+    ASSERT_EQ(0, r.nRC) << nRound << " " << LastException() << Trace();
+    const Instance inst{r.pInstance, r.pInd, pTdo};
+    const bool bSwapped = nRound % 2 == 1;
+    EXPECT_EQ(bSwapped ? "y" : "x", StringOf(*static_cast<OCIString**>(Slot(inst, {"A"}))))
+        << nRound;
+    EXPECT_EQ(bSwapped ? "x" : "y", StringOf(*static_cast<OCIString**>(Slot(inst, {"AB"}))))
+        << nRound;
+    // The first record's name grows to two bytes, the second's shrinks to one.
+    std::swap(szFirst, szSecond);
+  }
+}
+
 }  // namespace
 }  // namespace adapter_test
