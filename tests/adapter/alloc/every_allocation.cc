@@ -104,6 +104,14 @@ void Release(void* p) {
 
 namespace every_allocation {
 
+bool CountsMalloc() {
+#ifdef EVERY_ALLOCATION_ASAN
+  return false;
+#else
+  return true;
+#endif
+}
+
 const char* KindName(Kind kind) {
   static const char* const kNames[kKinds] = {"new", "nothrow new", "malloc", "calloc", "realloc"};
   return kNames[kind];

@@ -25,6 +25,9 @@ bool Disarm();
 unsigned long Attempts();
 // The kind of the allocation that failed last.
 Kind FailedKind();
+// Whether malloc, calloc and realloc are counted and failed too (not under the
+// address sanitizer, which owns them: then only operator new is).
+bool CountsMalloc();
 
 // Starts remembering the calling thread's new blocks (forgetting earlier ones).
 void Watch();

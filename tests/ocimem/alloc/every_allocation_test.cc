@@ -193,7 +193,9 @@ TEST_F(OciEveryAllocationTest, ObjectNew) {
         made = nullptr;
       },
       [&] { EXPECT_EQ(0, Size(*static_cast<OCIColl**>(Attr(made, "NUMS")))); });
-  EXPECT_GE(n, 4u);
+  // The instance's block, the instance, two strings and the collection; under
+  // the address sanitizer only the collection comes from operator new.
+  EXPECT_GE(n, ea::CountsMalloc() ? 5u : 1u);
   for (void* object : kept) EXPECT_EQ(OCI_SUCCESS, OCIObjectFree(env_, err_, object, OCI_DEFAULT));
 }
 
