@@ -8,8 +8,9 @@
 #define OCIMEM_SRC_OBJECTS_ADDRESS_TABLE_H
 
 #include <cstddef>
-#include <cstdint>
 #include <memory>
+
+#include "session/pointer_hash.h"
 
 namespace ocimem {
 
@@ -98,13 +99,7 @@ class AddressTable {
 
   std::size_t Capacity() const noexcept { return slots_ == nullptr ? 0 : mask_ + 1; }
 
-  std::size_t Home(const void* key) const noexcept {
-    auto v = static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(key));
-    v ^= v >> 29;
-    v *= 0xBF58476D1CE4E5B9ULL;
-    v ^= v >> 32;
-    return static_cast<std::size_t>(v) & mask_;
-  }
+  std::size_t Home(const void* key) const noexcept { return MixPointer(key) & mask_; }
 
   // Puts an entry whose key is not in the table into the first free slot of its run.
   void Place(const void* key, T* value) noexcept {

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "objects/value_descriptors.h"
+#include "session/pointer_hash.h"
 #include "calendar.h"
 #include "descriptor.h"
 
@@ -38,13 +39,7 @@ struct Table {
   std::size_t used = 0;  // slots with a key, live or freed (writers only)
 };
 
-std::size_t Hash(const void* p, std::size_t size) {
-  auto v = static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(p));
-  v ^= v >> 29;
-  v *= 0xBF58476D1CE4E5B9ULL;
-  v ^= v >> 32;
-  return static_cast<std::size_t>(v) & (size - 1);
-}
+std::size_t Hash(const void* p, std::size_t size) { return MixPointer(p) & (size - 1); }
 
 struct Registry {
   std::mutex mutex;  // writers
